@@ -1,0 +1,51 @@
+#pragma once
+
+#include "tables/row_data.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace lumbra::tables {
+
+class ALETable;
+class ProjectLink;
+
+// One clip: a map from column name to text. Rows are shared by their bin's table and the
+// smart tables that list them, hence held by shared pointer.
+class ALEEntry {
+public:
+    explicit ALEEntry(RowData data = {}, ProjectLink* sharedstuff = nullptr, ALETable* table = nullptr)
+        : m_data(std::move(data)), sharedstuff(sharedstuff), table(table) {}
+
+    [[nodiscard]] const RowData& data() const noexcept { return m_data; }
+    // The one way to change a row: dropped when the row's bin is locked (returns false),
+    // otherwise stored, and every smart table of the project tests the row again.
+    bool setData(RowData data);
+
+    [[nodiscard]] std::shared_ptr<ALEEntry> copy(bool keepSharedStuff) const;
+    [[nodiscard]] std::optional<std::string> value(std::string_view column) const;
+    // One key per given column; a missing value gives "".
+    [[nodiscard]] RowData projection(const std::vector<std::string>& columns) const;
+    [[nodiscard]] bool isAssociated(const ALETable* smart) const;
+    void removeAssociation(const ALETable* smart);
+    // True when every value is "" (also for an empty map).
+    [[nodiscard]] bool isEmpty() const;
+
+private:
+    RowData m_data;
+
+public:
+    std::vector<const ALETable*> associatedSmartBins;
+    ProjectLink* sharedstuff = nullptr; // does not own
+    ALETable* table = nullptr;          // does not own
+};
+
+using EntryPtr = std::shared_ptr<ALEEntry>;
+
+// Whether a row matches criteria: every criteria key that the row holds has the same value;
+// keys the row lacks are passed over.
+[[nodiscard]] bool matches(const ALEEntry& row, const RowData& criteria);
+
+} // namespace lumbra::tables

@@ -1,0 +1,269 @@
+#include "tables/ale_table.h"
+#include "tables/console.h"
+#include "tables/text_file.h"
+#include "tables/text_helpers.h"
+
+#include <filesystem>
+
+namespace lumbra::tables {
+
+namespace {
+
+// A line "reads as" a word when, less blanks and line feeds around it and in lower case, it is the word.
+bool readsAs(std::string_view line, std::string_view word) {
+    std::size_t b = line.find_first_not_of(" \n");
+    if (b == std::string_view::npos)
+        return word.empty();
+    std::size_t e = line.find_last_not_of(" \n");
+    std::string_view core = line.substr(b, e - b + 1);
+    if (core.size() == word.size()) {
+        bool same = true;
+        for (std::size_t i = 0; i < core.size() && same; ++i) {
+            char c = core[i];
+            if (c >= 'A' && c <= 'Z')
+                c = static_cast<char>(c - 'A' + 'a');
+            same = c == word[i];
+        }
+        if (same)
+            return true;
+    }
+    return !isAscii(core) && lowercased(core) == word;
+}
+
+// Removes every double quote and returns where each line starts: a line feed between quotes
+// does not end a line.
+std::vector<std::size_t> stripQuotesAndSplit(std::string& text) {
+    std::vector<std::size_t> starts{0};
+    std::size_t w = 0;
+    bool quoted = false;
+    for (std::size_t r = 0; r < text.size(); ++r) {
+        char c = text[r];
+        if (c == '"') {
+            quoted = !quoted;
+            continue;
+        }
+        text[w++] = c;
+        if (c == '\n' && !quoted)
+            starts.push_back(w);
+    }
+    text.resize(w);
+    return starts;
+}
+
+} // namespace
+
+ALETable::ALETable(const std::string& path, Notifications* notifications) {
+    readFile(path, notifications);
+}
+
+ALETable ALETable::fromText(std::string text, std::string tablename) {
+    ALETable table;
+    table.state = false;
+    table.tablename = std::move(tablename);
+    table.parseText(std::move(text));
+    return table;
+}
+
+void ALETable::readFile(const std::string& path, Notifications* notifications) {
+    namespace fs = std::filesystem;
+    state = false;
+    std::error_code ec;
+    auto status = fs::status(path, ec);
+    if (ec || !fs::exists(status)) {
+        printLine("file " + path + " does not exist");
+        return;
+    }
+    if (fs::is_directory(status)) {
+        printLine(path + " is a directory");
+        return;
+    }
+    auto parts = tokenise(path, "/");
+    // A name shorter than its four-character suffix leaves no name at all.
+    tablename = dropLastCharacters(parts.back(), 4);
+    auto text = readTextFile(path, notifications);
+    if (!text) {
+        printLine("error while opening " + path);
+        return;
+    }
+    parseText(std::move(*text));
+}
+
+void ALETable::parseText(std::string text) {
+    state = false;
+    std::size_t w = 0;
+    for (std::size_t r = 0; r < text.size(); ++r) {
+        if (text[r] == '\r') {
+            text[w++] = '\n';
+            if (r + 1 < text.size() && text[r + 1] == '\n')
+                ++r;
+        } else {
+            text[w++] = text[r];
+        }
+    }
+    text.resize(w);
+
+    auto starts = stripQuotesAndSplit(text);
+    std::size_t lineCount = starts.size();
+    auto line = [&](std::size_t i) -> std::string_view {
+        std::size_t b = starts[i];
+        std::size_t e = i + 1 < lineCount ? starts[i + 1] - 1 : text.size();
+        return std::string_view(text).substr(b, e - b);
+    };
+
+    if (!readsAs(line(0), "heading")) {
+        printLine("ERROR: file is missing heading");
+        return;
+    }
+    std::size_t i = 1;
+    while (i < lineCount && !readsAs(line(i), "column")) {
+        parseHeadingLine(line(i));
+        ++i;
+    }
+
+    separator = '\t';
+    if (!field_delim) {
+        printLine("WARNING: field delimiter not specified, assuming TABS");
+        field_delim = "TABS";
+    } else if (uppercased(*field_delim) != "TABS") {
+        printLine("WARNING: field delimiter '" + *field_delim + "' unknown, using TABS instead");
+        field_delim = "TABS";
+    }
+
+    if (i >= lineCount) {
+        printLine("ERROR: file is missing the Column line");
+        return;
+    }
+    if (i + 1 >= lineCount) {
+        printLine("ERROR: file is missing the line of column names");
+        return;
+    }
+    std::string_view columnsLine = line(i + 1);
+    std::string sep(1, separator);
+    std::string trimmed = trimRight(trimLeft(columnsLine, " \t" + sep), " \t" + sep);
+    for (auto& token : tokenise(trimmed, sep)) {
+        std::string base = token.empty() ? "NoName" : token;
+        std::string name = base;
+        for (int n = 2; hasColumn(name); ++n)
+            name = base + "_" + std::to_string(n);
+        cols.push_back(std::move(name));
+    }
+
+    std::size_t dataLine = 0;
+    if (readsAs(columnsLine, "data")) {
+        dataLine = i + 2;
+    } else {
+        std::size_t k = i + 2;
+        while (k < lineCount && !readsAs(line(k), "data"))
+            ++k;
+        if (k >= lineCount) {
+            printLine("ERROR: file is missing the Data line");
+            return;
+        }
+        dataLine = k + 1;
+    }
+    if (dataLine < lineCount) {
+        text.erase(0, starts[dataLine]);
+        datastring = std::move(text);
+    } else {
+        datastring.clear();
+    }
+    readClipLines();
+
+    if (!hasColumn("Tape") && tape) {
+        cols.insert(cols.begin(), "Tape");
+        for (auto& row : data) {
+            RowData d = row->data();
+            d.set("Tape", *tape);
+            row->setData(std::move(d));
+        }
+    }
+    if (!hasColumn("Lumbra_Color_Tag")) {
+        cols.insert(cols.begin(), "Lumbra_Color_Tag");
+        ColumnKey key = ColumnNames::key("Lumbra_Color_Tag");
+        for (auto& row : data) {
+            RowData d = row->data();
+            d.set(key, "None");
+            row->setData(std::move(d));
+        }
+    }
+    state = true;
+}
+
+void ALETable::readClipLines() {
+    std::vector<ColumnKey> keys;
+    keys.reserve(cols.size());
+    for (const auto& c : cols)
+        keys.push_back(ColumnNames::key(c));
+    auto finishRow = [&](RowData& row) {
+        if (row.empty())
+            return;
+        row.finishAppending();
+        auto entry = std::make_shared<ALEEntry>(std::move(row));
+        row = RowData();
+        appendEntry(std::move(entry));
+    };
+    RowData row;
+    std::size_t column = 0;
+    std::size_t start = 0;
+    const std::size_t n = datastring.size();
+    while (n > 0) {
+        std::size_t end = endOfField(start);
+        if (end > start) {
+            while (column >= cols.size()) {
+                addNumberedColumn();
+                keys.push_back(ColumnNames::key(cols.back()));
+            }
+            row.appendUnordered(keys[column], datastring.substr(start, end - start));
+        }
+        if (end == n)
+            break;
+        if (datastring[end] == '\n') {
+            finishRow(row);
+            column = 0;
+        } else {
+            ++column;
+        }
+        start = end + 1;
+        if (start == n)
+            break;
+    }
+    finishRow(row);
+}
+
+std::size_t ALETable::endOfField(std::size_t from) const {
+    const std::size_t n = datastring.size();
+    for (std::size_t i = from; i < n; ++i) {
+        char c = datastring[i];
+        if (c == separator || c == '\n')
+            return i;
+    }
+    return n;
+}
+
+void ALETable::parseHeadingLine(std::string_view line) {
+    std::string trimmed = trimRight(trimLeft(line, " \n"), " \n");
+    auto tokens = tokenise(trimmed, " \t");
+    if (tokens.size() < 2)
+        return;
+    std::string key = uppercased(tokens[0]);
+    auto joinedValue = [&] {
+        std::string v = tokens[1];
+        for (std::size_t k = 2; k < tokens.size(); ++k)
+            v += " " + tokens[k];
+        return v;
+    };
+    if (key == "FIELD_DELIM")
+        field_delim = tokens[1];
+    else if (key == "VIDEO_FORMAT")
+        video_format = joinedValue();
+    else if (key == "FPS")
+        fps = tokens[1];
+    else if (key == "AUDIO_FORMAT")
+        audio_format = joinedValue();
+    else if (key == "FILM_FORMAT")
+        film_format = joinedValue();
+    else if (key == "TAPE")
+        tape = joinedValue();
+}
+
+} // namespace lumbra::tables

@@ -1,0 +1,160 @@
+#include "tables/ale_table.h"
+#include "tables/console.h"
+#include "tables/text_file.h"
+
+#include <filesystem>
+
+namespace lumbra::tables {
+
+namespace {
+
+std::vector<ColumnKey> keysOf(const std::vector<std::string>& names) {
+    std::vector<ColumnKey> keys;
+    keys.reserve(names.size());
+    for (const auto& n : names)
+        keys.push_back(ColumnNames::key(n));
+    return keys;
+}
+
+void appendRow(std::string& out, const RowData& row, const std::vector<ColumnKey>& keys,
+               std::string_view sep) {
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        if (i > 0)
+            out.append(sep);
+        if (const std::string* v = row.find(keys[i]))
+            out.append(*v);
+    }
+}
+
+void appendJoined(std::string& out, const std::vector<std::string>& names, std::string_view sep) {
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        if (i > 0)
+            out.append(sep);
+        out.append(names[i]);
+    }
+}
+
+std::size_t estimateSize(const std::vector<EntryPtr>& rows, std::size_t columns) {
+    std::size_t total = 256;
+    for (std::size_t i = 0; i < rows.size() && i < 64; ++i) {
+        for (const auto& c : rows[i]->data())
+            total += c.value.size();
+    }
+    if (!rows.empty())
+        total = total * rows.size() / std::min<std::size_t>(rows.size(), 64) + rows.size() * (columns + 1);
+    return total;
+}
+
+// Creates the folder of a path that names one; false (with the caller's message) on failure.
+bool makeParentFolder(const std::string& path, const std::string& message) {
+    auto slash = path.rfind('/');
+    if (slash == std::string::npos)
+        return true;
+    std::string folder = path.substr(0, slash);
+    if (folder.empty())
+        return true;
+    std::error_code ec;
+    std::filesystem::create_directories(folder, ec);
+    if (ec || !std::filesystem::is_directory(folder, ec)) {
+        printLine(message + folder);
+        return false;
+    }
+    return true;
+}
+
+// Checked before the text is built, so a refused save costs nothing.
+bool refusedOverwrite(const std::string& path, bool overwrite) {
+    std::error_code ec;
+    if (std::filesystem::exists(path, ec) && !overwrite) {
+        printLine("ERROR: file exists, but overwrite is set to false");
+        return true;
+    }
+    return false;
+}
+
+bool saveText(const std::string& path, const std::string& text, const std::string& folderMessage) {
+    if (!makeParentFolder(path, folderMessage))
+        return false;
+    if (!writeFileAtomically(path, text)) {
+        printLine("ERROR while saving file " + path);
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+std::string ALETable::aleText(const std::vector<std::string>& columns, bool omitFilmFormat) const {
+    const auto& names = columns.empty() ? cols : columns;
+    auto keys = keysOf(names);
+    std::string out;
+    out.reserve(estimateSize(data, names.size()));
+    out += "Heading\n";
+    if (field_delim)
+        out += "FIELD_DELIM\t" + *field_delim + "\n";
+    if (video_format)
+        out += "VIDEO_FORMAT\t" + *video_format + "\n";
+    if (fps)
+        out += "FPS\t" + *fps + "\n";
+    if (audio_format)
+        out += "AUDIO_FORMAT\t" + *audio_format + "\n";
+    if (film_format && !omitFilmFormat)
+        out += "FILM_FORMAT\t" + *film_format + "\n";
+    if (tape && !tape->empty())
+        out += "TAPE\t" + *tape + "\n";
+    out += "\nColumn\n";
+    appendJoined(out, names, "\t");
+    out += "\n\nData";
+    for (const auto& row : data) {
+        out += '\n';
+        appendRow(out, row->data(), keys, "\t");
+    }
+    out += '\n';
+    return out;
+}
+
+std::string ALETable::csvText(const std::string& sep, bool withMetadata,
+                              const std::vector<std::string>& columns, bool omitFilmFormat) const {
+    const auto& names = columns.empty() ? cols : columns;
+    auto keys = keysOf(names);
+    std::string out;
+    out.reserve(estimateSize(data, names.size()));
+    if (withMetadata) {
+        out += "Metadata\n";
+        if (video_format)
+            out += "VIDEO_FORMAT" + sep + *video_format + "\n";
+        if (fps)
+            out += "FPS" + sep + *fps + "\n";
+        if (audio_format)
+            out += "AUDIO_FORMAT" + sep + *audio_format + "\n";
+        if (film_format && !omitFilmFormat)
+            out += "FILM_FORMAT" + sep + *film_format + "\n";
+        if (tape && !tape->empty())
+            out += "TAPE" + sep + *tape + "\n";
+        out += "Column\n";
+    }
+    appendJoined(out, names, sep);
+    out += '\n';
+    for (const auto& row : data) {
+        out += '\n';
+        appendRow(out, row->data(), keys, sep);
+    }
+    return out;
+}
+
+bool ALETable::saveALE(const std::string& path, const std::vector<std::string>& columns, bool overwrite,
+                       bool omitFilmFormat) const {
+    if (refusedOverwrite(path, overwrite))
+        return false;
+    return saveText(path, aleText(columns, omitFilmFormat), "ERROR: couldn't create directory ");
+}
+
+bool ALETable::saveCSV(const std::string& path, const std::string& sep, bool withMetadata,
+                       const std::vector<std::string>& columns, bool overwrite, bool omitFilmFormat) const {
+    if (refusedOverwrite(path, overwrite))
+        return false;
+    return saveText(path, csvText(sep, withMetadata, columns, omitFilmFormat),
+                    "ERROR: couldn't crete directory ");
+}
+
+} // namespace lumbra::tables

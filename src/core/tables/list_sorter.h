@@ -1,0 +1,158 @@
+#pragma once
+
+#include "tables/text_helpers.h"
+#include "tables/text_order.h"
+
+#include <numeric>
+#include <string>
+#include <vector>
+
+namespace lumbra::tables {
+
+// The order a list sorter uses: the type's own, and the program's text order for text.
+template <typename T> int threeWay(const T& a, const T& b) {
+    return a < b ? -1 : (b < a ? 1 : 0);
+}
+template <> inline int threeWay<std::string>(const std::string& a, const std::string& b) {
+    return compareText(a, b);
+}
+
+// Sorts a plain list with the merge sort and sense of ALESorter (`ascending` false: smallest first).
+template <typename T> class ListSorter {
+public:
+    ListSorter(std::vector<T> data, bool ascending) : m_data(std::move(data)), m_ascending(ascending) {
+        m_idxs.resize(m_data.size());
+        std::iota(m_idxs.begin(), m_idxs.end(), 0L);
+    }
+    virtual ~ListSorter() = default;
+
+    [[nodiscard]] int compareAt(std::size_t i, std::size_t j) const {
+        int c = compareValues(m_data[static_cast<std::size_t>(m_idxs[i])],
+                              m_data[static_cast<std::size_t>(m_idxs[j])]);
+        if (c == 0)
+            return 0;
+        if (!m_ascending)
+            return c < 0 ? 1 : 2;
+        return c > 0 ? 1 : 2;
+    }
+
+    void sort(long lo, long hi) {
+        if (hi <= lo)
+            return;
+        if (hi == lo + 1) {
+            if (compareAt(static_cast<std::size_t>(lo), static_cast<std::size_t>(hi)) == 2)
+                std::swap(m_idxs[lo], m_idxs[hi]);
+            return;
+        }
+        long mid = (lo + hi) / 2;
+        sort(lo, mid);
+        sort(mid + 1, hi);
+        std::vector<long> merged;
+        merged.reserve(static_cast<std::size_t>(hi - lo + 1));
+        long i = lo;
+        long j = mid + 1;
+        while (i <= mid && j <= hi) {
+            if (compareAt(static_cast<std::size_t>(i), static_cast<std::size_t>(j)) == 1)
+                merged.push_back(m_idxs[i++]);
+            else
+                merged.push_back(m_idxs[j++]);
+        }
+        while (i <= mid)
+            merged.push_back(m_idxs[i++]);
+        while (j <= hi)
+            merged.push_back(m_idxs[j++]);
+        std::copy(merged.begin(), merged.end(), m_idxs.begin() + lo);
+    }
+
+    void sort() {
+        if (m_data.size() >= 2)
+            sort(0, static_cast<long>(m_data.size()) - 1);
+    }
+
+    [[nodiscard]] std::vector<T> sortedList() const {
+        std::vector<T> out;
+        out.reserve(m_idxs.size());
+        for (long i : m_idxs)
+            out.push_back(m_data[static_cast<std::size_t>(i)]);
+        return out;
+    }
+    [[nodiscard]] const std::vector<long>& idxs() const noexcept { return m_idxs; }
+
+protected:
+    [[nodiscard]] virtual int compareValues(const T& a, const T& b) const { return threeWay(a, b); }
+
+private:
+    std::vector<T> m_data;
+    bool m_ascending;
+    std::vector<long> m_idxs;
+};
+
+// A list sorter for text that ignores case unless told otherwise.
+class StringSorter : public ListSorter<std::string> {
+public:
+    StringSorter(std::vector<std::string> data, bool ascending, bool caseSensitive)
+        : ListSorter(std::move(data), ascending), m_caseSensitive(caseSensitive) {}
+
+protected:
+    [[nodiscard]] int compareValues(const std::string& a, const std::string& b) const override {
+        return m_caseSensitive ? compareText(a, b) : compareText(lowercased(a), lowercased(b));
+    }
+
+private:
+    bool m_caseSensitive;
+};
+
+// A sorted list that refuses to insert a value it already holds.
+template <typename T> class OrderedList {
+public:
+    explicit OrderedList(bool unique = true) : unique(unique) {}
+    virtual ~OrderedList() = default;
+
+    // Binary search between lo and hi; returns whether it inserted. An empty list takes the value directly.
+    bool insert(const T& value, std::size_t lo, std::size_t hi) {
+        if (_data.empty()) {
+            _data.push_back(value);
+            return true;
+        }
+        while (lo != hi) {
+            std::size_t mid = (lo + hi) / 2;
+            int c = compareValues(_data[mid], value);
+            if (c == 0)
+                return false;
+            if (c < 0)
+                lo = mid + 1;
+            else
+                hi = mid;
+        }
+        int c = compareValues(value, _data[lo]);
+        if (c == 0)
+            return false;
+        if (c < 0)
+            _data.insert(_data.begin() + static_cast<long>(lo), value);
+        else
+            _data.insert(_data.begin() + static_cast<long>(lo) + 1, value);
+        return true;
+    }
+    bool insert(const T& value) { return insert(value, 0, _data.empty() ? 0 : _data.size() - 1); }
+
+    std::vector<T> _data;
+    const bool unique;
+
+protected:
+    [[nodiscard]] virtual int compareValues(const T& a, const T& b) const { return threeWay(a, b); }
+};
+
+// An ordered list of text, compared lowercased unless `caseSensitive`; stored texts keep their case.
+class OrderedStringList : public OrderedList<std::string> {
+public:
+    explicit OrderedStringList(bool caseSensitive, bool unique = true)
+        : OrderedList(unique), caseSensitive(caseSensitive) {}
+    const bool caseSensitive;
+
+protected:
+    [[nodiscard]] int compareValues(const std::string& a, const std::string& b) const override {
+        return caseSensitive ? compareText(a, b) : compareText(lowercased(a), lowercased(b));
+    }
+};
+
+} // namespace lumbra::tables

@@ -1,0 +1,244 @@
+#include "tables/text_helpers.h"
+
+#include <algorithm>
+#include <charconv>
+#include <unicode/locid.h>
+#include <unicode/unistr.h>
+#include <utility>
+
+namespace lumbra::tables {
+
+namespace {
+
+// Length in bytes of the UTF-8 sequence that starts with this byte (1 for stray bytes).
+std::size_t sequenceLength(unsigned char lead) noexcept {
+    if (lead < 0x80)
+        return 1;
+    if ((lead & 0xE0) == 0xC0)
+        return 2;
+    if ((lead & 0xF0) == 0xE0)
+        return 3;
+    if ((lead & 0xF8) == 0xF0)
+        return 4;
+    return 1;
+}
+
+std::vector<std::string_view> splitCharacters(std::string_view text) {
+    std::vector<std::string_view> out;
+    for (std::size_t i = 0; i < text.size();) {
+        std::size_t n = std::min(sequenceLength(static_cast<unsigned char>(text[i])), text.size() - i);
+        out.push_back(text.substr(i, n));
+        i += n;
+    }
+    return out;
+}
+
+bool startsWithAny(std::string_view text, const std::vector<std::string_view>& chars, std::size_t& length) {
+    for (auto c : chars) {
+        if (text.substr(0, c.size()) == c) {
+            length = c.size();
+            return true;
+        }
+    }
+    return false;
+}
+
+bool endsWithAny(std::string_view text, const std::vector<std::string_view>& chars, std::size_t& length) {
+    for (auto c : chars) {
+        if (text.size() >= c.size() && text.substr(text.size() - c.size()) == c) {
+            length = c.size();
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string mapCase(std::string_view text, bool upper) {
+    if (isAscii(text)) {
+        std::string out(text);
+        for (char& c : out) {
+            if (upper && c >= 'a' && c <= 'z')
+                c = static_cast<char>(c - 'a' + 'A');
+            else if (!upper && c >= 'A' && c <= 'Z')
+                c = static_cast<char>(c - 'A' + 'a');
+        }
+        return out;
+    }
+    icu::UnicodeString u =
+        icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+    if (upper)
+        u.toUpper(icu::Locale::getRoot());
+    else
+        u.toLower(icu::Locale::getRoot());
+    std::string out;
+    u.toUTF8String(out);
+    return out;
+}
+
+} // namespace
+
+std::string trimLeft(std::string_view text, std::string_view characters) {
+    auto chars = splitCharacters(characters);
+    std::size_t n = 0;
+    while (!text.empty() && startsWithAny(text, chars, n))
+        text.remove_prefix(n);
+    return std::string(text);
+}
+
+std::string trimRight(std::string_view text, std::string_view characters) {
+    auto chars = splitCharacters(characters);
+    std::size_t n = 0;
+    while (!text.empty() && endsWithAny(text, chars, n))
+        text.remove_suffix(n);
+    return std::string(text);
+}
+
+std::vector<std::string> tokenise(std::string_view text, std::string_view separators) {
+    auto seps = splitCharacters(separators);
+    std::string replaced;
+    if (seps.size() >= 2) {
+        replaced.reserve(text.size());
+        std::size_t n = 0;
+        std::vector<std::string_view> later(seps.begin() + 1, seps.end());
+        for (std::size_t i = 0; i < text.size();) {
+            if (startsWithAny(text.substr(i), later, n)) {
+                replaced.append(seps.front());
+                i += n;
+            } else {
+                replaced.push_back(text[i]);
+                ++i;
+            }
+        }
+        text = replaced;
+    }
+    std::string_view first = seps.empty() ? std::string_view() : seps.front();
+    std::vector<std::string> tokens;
+    std::string token;
+    bool quoted = false;
+    for (std::size_t i = 0; i < text.size();) {
+        char c = text[i];
+        if (c == '"') {
+            quoted = !quoted;
+            ++i;
+        } else if (!first.empty() && text.substr(i, first.size()) == first) {
+            if (quoted)
+                token.append(first);
+            else
+                tokens.push_back(std::exchange(token, std::string()));
+            i += first.size();
+        } else {
+            token.push_back(c);
+            ++i;
+        }
+    }
+    tokens.push_back(std::move(token));
+    return tokens;
+}
+
+std::string lowercased(std::string_view text) {
+    return mapCase(text, false);
+}
+
+std::string uppercased(std::string_view text) {
+    return mapCase(text, true);
+}
+
+std::string dropLastCharacters(std::string_view text, std::size_t n) {
+    std::size_t end = text.size();
+    for (std::size_t dropped = 0; dropped < n; ++dropped) {
+        if (end == 0)
+            return {};
+        --end;
+        while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
+            --end;
+    }
+    return std::string(text.substr(0, end));
+}
+
+bool isAscii(std::string_view text) noexcept {
+    for (char c : text) {
+        if (static_cast<unsigned char>(c) >= 0x80)
+            return false;
+    }
+    return true;
+}
+
+bool isValidUtf8(std::string_view text) noexcept {
+    const auto* s = reinterpret_cast<const unsigned char*>(text.data());
+    std::size_t n = text.size();
+    std::size_t i = 0;
+    while (i < n) {
+        unsigned char c = s[i];
+        if (c < 0x80) {
+            ++i;
+            continue;
+        }
+        std::size_t len;
+        char32_t cp;
+        if (c >= 0xC2 && c <= 0xDF) {
+            len = 2;
+            cp = c & 0x1F;
+        } else if (c >= 0xE0 && c <= 0xEF) {
+            len = 3;
+            cp = c & 0x0F;
+        } else if (c >= 0xF0 && c <= 0xF4) {
+            len = 4;
+            cp = c & 0x07;
+        } else {
+            return false;
+        }
+        if (i + len > n)
+            return false;
+        for (std::size_t k = 1; k < len; ++k) {
+            if ((s[i + k] & 0xC0) != 0x80)
+                return false;
+            cp = (cp << 6) | (s[i + k] & 0x3F);
+        }
+        if ((len == 3 && cp < 0x800) || (len == 4 && (cp < 0x10000 || cp > 0x10FFFF)) ||
+            (cp >= 0xD800 && cp <= 0xDFFF))
+            return false;
+        i += len;
+    }
+    return true;
+}
+
+std::optional<long long> parseInteger(std::string_view text) noexcept {
+    if (!text.empty() && text.front() == '+')
+        text.remove_prefix(1);
+    if (text.empty() || text.front() == '+')
+        return std::nullopt;
+    long long value = 0;
+    auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (ec != std::errc() || end != text.data() + text.size())
+        return std::nullopt;
+    return value;
+}
+
+std::optional<double> parseDecimal(std::string_view text) noexcept {
+    if (!text.empty() && text.front() == '+')
+        text.remove_prefix(1);
+    if (text.empty() || text.front() == '+')
+        return std::nullopt;
+    double value = 0;
+    auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (ec != std::errc() || end != text.data() + text.size())
+        return std::nullopt;
+    return value;
+}
+
+std::optional<Timecode> parseTimecode(std::string_view text) {
+    auto parts = tokenise(text, ":");
+    if (parts.size() < 4)
+        return std::nullopt;
+    Timecode tc;
+    long long* fields[] = {&tc.H, &tc.M, &tc.S, &tc.F};
+    for (std::size_t i = 0; i < 4; ++i) {
+        auto v = parseInteger(parts[i]);
+        if (!v)
+            return std::nullopt;
+        *fields[i] = *v;
+    }
+    return tc;
+}
+
+} // namespace lumbra::tables

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lumbra::tables {
+
+// Character lists are given as UTF-8 text whose every character is one member of the list.
+
+// Drops characters from the start while they are in the list; nothing left gives "".
+[[nodiscard]] std::string trimLeft(std::string_view text, std::string_view characters);
+// Drops characters from the end while they are in the list.
+[[nodiscard]] std::string trimRight(std::string_view text, std::string_view characters);
+// Splits on the first separator (later ones stand for it); double quotes group and are dropped.
+// Never empty: an empty text gives one empty token.
+[[nodiscard]] std::vector<std::string> tokenise(std::string_view text, std::string_view separators);
+
+// Full Unicode case mapping, with a fast path for ASCII.
+[[nodiscard]] std::string lowercased(std::string_view text);
+[[nodiscard]] std::string uppercased(std::string_view text);
+
+// The text less its last n characters (code points); shorter texts give "".
+[[nodiscard]] std::string dropLastCharacters(std::string_view text, std::size_t n);
+
+[[nodiscard]] bool isAscii(std::string_view text) noexcept;
+// True when the bytes are well-formed UTF-8.
+[[nodiscard]] bool isValidUtf8(std::string_view text) noexcept;
+
+// "HH:MM:SS:FF" split on ":": the first four parts must be decimal integers.
+struct Timecode {
+    long long H = 0;
+    long long M = 0;
+    long long S = 0;
+    long long F = 0;
+    bool operator==(const Timecode&) const = default;
+};
+[[nodiscard]] std::optional<Timecode> parseTimecode(std::string_view text);
+
+// A whole decimal integer with an optional sign, nothing around it; absent on overflow.
+[[nodiscard]] std::optional<long long> parseInteger(std::string_view text) noexcept;
+// A decimal number ("25", "23.976", "-1e2"), nothing around it.
+[[nodiscard]] std::optional<double> parseDecimal(std::string_view text) noexcept;
+
+} // namespace lumbra::tables
