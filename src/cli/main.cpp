@@ -1,1 +1,49 @@
-int main() { return 0; }
+#include "command.h"
+
+#include <algorithm>
+#include <array>
+#include <iostream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using lumbra::cli::Command;
+
+const std::array<const Command*, 1>& commands() {
+    static const std::array<const Command*, 1> list{&lumbra::cli::convertCommand()};
+    return list;
+}
+
+void printUsage(std::ostream& out) {
+    out << "Usage: lumbra-cli COMMAND [ARGUMENTS]\n"
+           "       lumbra-cli COMMAND --help\n\n"
+           "Commands:\n";
+    for (const Command* command : commands()) {
+        std::string name(command->name);
+        name.resize(std::max<std::size_t>(name.size() + 2, 12), ' ');
+        out << "  " << name << command->summary << '\n';
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::vector<std::string> args(argv + 1, argv + argc);
+    if (args.empty()) {
+        printUsage(std::cerr);
+        return lumbra::cli::exitUsage;
+    }
+    if (lumbra::cli::isHelpOption(args.front())) {
+        printUsage(std::cout);
+        return lumbra::cli::exitSuccess;
+    }
+    for (const Command* command : commands()) {
+        if (command->name == args.front()) {
+            return command->run(std::span<const std::string>(args).subspan(1));
+        }
+    }
+    std::cerr << "lumbra-cli: unknown command \"" << args.front() << "\"\n";
+    printUsage(std::cerr);
+    return lumbra::cli::exitUsage;
+}

@@ -1,0 +1,158 @@
+#include "command.h"
+#include "tables/console.h"
+#include "tables/file_formats.h"
+
+#include <iostream>
+#include <optional>
+#include <variant>
+#include <vector>
+
+namespace lumbra::cli {
+
+namespace {
+
+namespace tables = lumbra::tables;
+
+constexpr std::string_view usage =
+    "Usage: lumbra-cli convert INPUT OUTPUT [--metadata] [--omit-film-format] "
+    "[--columns A,B,C]\n"
+    "\n"
+    "Reads INPUT (.ale) and writes OUTPUT (.ale, .csv or .tsv), chosen by suffix.\n"
+    "\n"
+    "  --metadata          put the heading values above the columns of a .csv "
+    "or .tsv\n"
+    "  --omit-film-format  leave out the FILM_FORMAT heading\n"
+    "  --columns A,B,C     write only these columns, in this order\n"
+    "  -h, --help          show this text\n";
+
+int run(std::span<const std::string> args);
+
+const Command command{"convert", "convert a table file into another format", usage, run};
+
+struct ConvertArguments {
+    std::string input;
+    std::string output;
+    tables::WriteOptions options;
+};
+
+// Splits "A,B,C" into names; column names may hold blanks, so nothing is trimmed.
+std::vector<std::string> splitColumns(std::string_view list) {
+    std::vector<std::string> names;
+    std::size_t start = 0;
+    while (true) {
+        std::size_t comma = list.find(',', start);
+        names.emplace_back(list.substr(start, comma == std::string_view::npos ? comma : comma - start));
+        if (comma == std::string_view::npos)
+            return names;
+        start = comma + 1;
+    }
+}
+
+// The parsed arguments, or the message of a usage error.
+std::variant<ConvertArguments, std::string> parseArguments(std::span<const std::string> args) {
+    ConvertArguments parsed;
+    std::vector<std::string> files;
+    bool optionsEnded = false;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        std::optional<std::string> columnList;
+        if (optionsEnded || arg == "-" || !arg.starts_with("-")) {
+            files.push_back(arg);
+        } else if (arg == "--") {
+            optionsEnded = true;
+        } else if (arg == "--metadata") {
+            parsed.options.withMetadata = true;
+        } else if (arg == "--omit-film-format") {
+            parsed.options.omitFilmFormat = true;
+        } else if (arg == "--columns") {
+            if (i + 1 == args.size())
+                return std::string("--columns needs a list of column names");
+            columnList = args[++i];
+        } else if (arg.starts_with("--columns=")) {
+            columnList = arg.substr(std::string_view("--columns=").size());
+        } else {
+            return "unknown option " + arg;
+        }
+        if (columnList) {
+            if (columnList->empty())
+                return std::string("--columns needs a list of column names");
+            auto names = splitColumns(*columnList);
+            parsed.options.columns.insert(parsed.options.columns.end(), names.begin(), names.end());
+        }
+    }
+    if (files.size() != 2)
+        return std::string(files.size() < 2 ? "INPUT and OUTPUT are needed" : "too many arguments");
+    parsed.input = std::move(files[0]);
+    parsed.output = std::move(files[1]);
+    return parsed;
+}
+
+// Why a path's suffix does not fit: unknown, or known but not available in that direction.
+std::string suffixReason(std::string_view path, const tables::FileFormat* format,
+                         std::string_view direction) {
+    if (format)
+        return std::string(format->name) + " files cannot be " + std::string(direction) + " yet";
+    std::string_view suffix = tables::pathSuffix(path);
+    if (suffix.empty())
+        return "no file suffix to choose the format by";
+    return "unknown file suffix \"" + std::string(suffix) + "\"";
+}
+
+// Runs a core step with its log lines held back, then prints them as they came; the last one
+// tells why the step failed, when it did.
+template <typename Step> auto runLogged(Step step, std::string& lastLine) {
+    std::vector<std::string> lines;
+    auto result = [&] {
+        tables::PrintCapture capture;
+        auto r = step();
+        lines = capture.lines();
+        return r;
+    }();
+    for (const auto& line : lines)
+        tables::printLine(line);
+    lastLine = lines.empty() ? std::string() : lines.back();
+    return result;
+}
+
+int run(std::span<const std::string> args) {
+    for (const auto& arg : args) {
+        if (arg == "--")
+            break;
+        if (isHelpOption(arg)) {
+            std::cout << usage;
+            return exitSuccess;
+        }
+    }
+    auto parsed = parseArguments(args);
+    if (auto* message = std::get_if<std::string>(&parsed))
+        return usageError(command, *message);
+    auto& arguments = std::get<ConvertArguments>(parsed);
+
+    const tables::FileFormat* in = tables::formatForPath(arguments.input);
+    if (!in || !in->read)
+        return failure("Cannot read " + arguments.input + ": " + suffixReason(arguments.input, in, "read"));
+    const tables::FileFormat* out = tables::formatForPath(arguments.output);
+    if (!out || !out->write)
+        return failure("Cannot write " + arguments.output + ": " +
+                       suffixReason(arguments.output, out, "written"));
+
+    std::string lastLine;
+    auto table = runLogged([&] { return in->read(arguments.input, nullptr); }, lastLine);
+    if (!table->state)
+        return failure("Cannot read " + arguments.input + ": " +
+                       (lastLine.empty() ? std::string("the file was refused") : lastLine));
+    bool written =
+        runLogged([&] { return out->write(*table, arguments.output, arguments.options); }, lastLine);
+    if (!written)
+        return failure("Cannot write " + arguments.output + ": " +
+                       (lastLine.empty() ? std::string("the file could not be written") : lastLine));
+    return exitSuccess;
+}
+
+} // namespace
+
+const Command& convertCommand() {
+    return command;
+}
+
+} // namespace lumbra::cli

@@ -1,0 +1,60 @@
+#include "tables/file_formats.h"
+
+#include "tables/text_helpers.h"
+
+#include <array>
+
+namespace lumbra::tables {
+
+namespace {
+
+std::unique_ptr<ALETable> readALE(const std::string& path, Notifications* notifications) {
+    return std::make_unique<ALETable>(path, notifications);
+}
+
+bool writeALE(const ALETable& table, const std::string& path, const WriteOptions& options) {
+    // Writing to a file the user named replaces it, as any save-as does once confirmed; an ALE
+    // file always carries its heading, so withMetadata has nothing to add.
+    return table.saveALE(path, options.columns, true, options.omitFilmFormat);
+}
+
+bool writeCSV(const ALETable& table, const std::string& path, const WriteOptions& options) {
+    return table.saveCSV(path, ",", options.withMetadata, options.columns, true, options.omitFilmFormat);
+}
+
+bool writeTSV(const ALETable& table, const std::string& path, const WriteOptions& options) {
+    return table.saveCSV(path, "\t", options.withMetadata, options.columns, true, options.omitFilmFormat);
+}
+
+constexpr std::array<FileFormat, 3> formats{{
+    {"ALE", ".ale", readALE, writeALE},
+    {"CSV", ".csv", nullptr, writeCSV},
+    {"TSV", ".tsv", nullptr, writeTSV},
+}};
+
+} // namespace
+
+std::span<const FileFormat> fileFormats() {
+    return formats;
+}
+
+std::string_view pathSuffix(std::string_view path) {
+    auto slash = path.rfind('/');
+    std::string_view name = slash == std::string_view::npos ? path : path.substr(slash + 1);
+    auto dot = name.rfind('.');
+    // A leading dot names a hidden file, not a suffix.
+    if (dot == std::string_view::npos || dot == 0)
+        return {};
+    return name.substr(dot);
+}
+
+const FileFormat* formatForPath(std::string_view path) {
+    std::string suffix = lowercased(pathSuffix(path));
+    for (const auto& format : formats) {
+        if (format.suffix == suffix)
+            return &format;
+    }
+    return nullptr;
+}
+
+} // namespace lumbra::tables

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "tables/ale_table.h"
+#include "tables/notification.h"
+
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lumbra::tables {
+
+// How a table is written: the columns to put out (empty: all) and the heading choices.
+struct WriteOptions {
+    std::vector<std::string> columns;
+    bool withMetadata = false;
+    bool omitFilmFormat = false;
+};
+
+// One kind of file the program knows, found by its suffix. A missing reader or writer means the
+// format cannot be read or written (yet).
+struct FileFormat {
+    std::string_view name;
+    // Lower case, with its dot.
+    std::string_view suffix;
+    // Always gives a table; its `state` tells whether the read was good.
+    std::unique_ptr<ALETable> (*read)(const std::string& path, Notifications* notifications);
+    // False (with the writer's message printed) when the file could not be written.
+    bool (*write)(const ALETable& table, const std::string& path, const WriteOptions& options);
+};
+
+// Every format, in the order the user is shown them.
+[[nodiscard]] std::span<const FileFormat> fileFormats();
+// The format whose suffix ends the path, in any case; null when none does.
+[[nodiscard]] const FileFormat* formatForPath(std::string_view path);
+// The path's suffix as written, with its dot; "" when the file name has none.
+[[nodiscard]] std::string_view pathSuffix(std::string_view path);
+
+} // namespace lumbra::tables
