@@ -1,0 +1,167 @@
+#include "app/project_catalogue.h"
+#include "tables/console.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+#include <random>
+
+namespace lumbra::app {
+namespace {
+
+namespace fs = std::filesystem;
+
+// A fresh folder under the system's temporary folder, removed with its content.
+class TempFolder {
+public:
+    TempFolder() {
+        std::random_device random;
+        m_path = fs::temp_directory_path() / ("lumbra_catalogue_" + std::to_string(random()));
+        fs::create_directories(m_path);
+    }
+    ~TempFolder() {
+        std::error_code error;
+        fs::remove_all(m_path, error);
+    }
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
+    [[nodiscard]] const fs::path& path() const noexcept { return m_path; }
+
+private:
+    fs::path m_path;
+};
+
+void touch(const fs::path& file) {
+    fs::create_directories(file.parent_path());
+    std::ofstream(file) << "x\n";
+}
+
+TEST(ListProjects, ListsExactlyTheDirectSubfoldersHoldingTheProjectFile) {
+    TempFolder root;
+    touch(root.path() / "Feature" / "tarelproject");
+    touch(root.path() / "Short film" / "tarelproject");
+    touch(root.path() / "Short film" / "_bins_" / "bin_01" / "x.ale");
+    touch(root.path() / "No project file" / "tarelproject.bak");
+    touch(root.path() / "Wrong case" / "Tarelproject");
+    touch(root.path() / ".Hidden" / "tarelproject");
+    touch(root.path() / "Outer" / "Inner" / "tarelproject");
+    touch(root.path() / "a plain file");
+    touch(root.path() / "tarelproject");
+    fs::create_directories(root.path() / "Empty");
+    // A folder named tarelproject inside a project folder is one of its names too.
+    fs::create_directories(root.path() / "Odd" / "tarelproject");
+
+    EXPECT_EQ(listProjects(root.path()), (std::vector<std::string>{"Feature", "Odd", "Short film"}));
+}
+
+TEST(ListProjects, AMissingFolderListsNothingAndSaysSo) {
+    TempFolder root;
+    const fs::path missing = root.path() / "gone";
+    tables::PrintCapture capture;
+    EXPECT_TRUE(listProjects(missing).empty());
+    EXPECT_TRUE(capture.contains("ERROR: cannot get projects list from folder " + missing.string()));
+}
+
+TEST(ListProjects, AnUnreadableSubfolderIsSkippedAndTheRestListed) {
+    TempFolder root;
+    touch(root.path() / "Open" / "tarelproject");
+    touch(root.path() / "Closed" / "tarelproject");
+    fs::permissions(root.path() / "Closed", fs::perms::none);
+    std::error_code error;
+    const bool readable = fs::directory_iterator(root.path() / "Closed", error) != fs::directory_iterator();
+    if (readable) {
+        fs::permissions(root.path() / "Closed", fs::perms::owner_all);
+        GTEST_SKIP() << "permissions do not apply to this user";
+    }
+    tables::PrintCapture capture;
+    EXPECT_EQ(listProjects(root.path()), (std::vector<std::string>{"Open"}));
+    EXPECT_TRUE(
+        capture.contains("ERROR: cannot list content of folder " + (root.path() / "Closed").string()));
+    fs::permissions(root.path() / "Closed", fs::perms::owner_all);
+}
+
+TEST(FolderKey, NamesTheThreeFoldersAndNothingElse) {
+    EXPECT_EQ(folderKey(0), "localfolder");
+    EXPECT_EQ(folderKey(1), "sharedfolder");
+    EXPECT_EQ(folderKey(2), "externalfolder");
+    EXPECT_EQ(folderKey(3), "");
+    EXPECT_EQ(folderKey(-1), "");
+}
+
+TEST(ProjectCatalogue, EachTypeReadsItsOwnKeyAndFallsBackToHome) {
+    TempFolder home;
+    TempFolder shared;
+    touch(home.path() / "At home" / "tarelproject");
+    touch(shared.path() / "On the server" / "tarelproject");
+    MemoryUserDefaults defaults;
+    defaults.setString("sharedfolder", shared.path().string());
+    ProjectCatalogue catalogue(defaults, home.path());
+
+    struct Case {
+        const char* name;
+        int type;
+        fs::path folder;
+        std::vector<std::string> projects;
+    };
+    const Case cases[] = {
+        {"local unset", 0, home.path(), {"At home"}},
+        {"shared set", 1, shared.path(), {"On the server"}},
+        {"external unset", 2, home.path(), {"At home"}},
+        {"unknown type", 7, home.path(), {"At home"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        catalogue.setFolderType(c.type);
+        EXPECT_EQ(catalogue.folder(), c.folder);
+        EXPECT_EQ(catalogue.availableProjects(), c.projects);
+        EXPECT_TRUE(catalogue.canCreateProject());
+    }
+}
+
+TEST(ProjectCatalogue, SetFolderStoresUnderTheCurrentTypeOnly) {
+    TempFolder home;
+    TempFolder external;
+    touch(external.path() / "Drive project" / "tarelproject");
+    MemoryUserDefaults defaults;
+    ProjectCatalogue catalogue(defaults, home.path());
+    catalogue.setFolderType(2);
+    catalogue.setFolder(external.path());
+    EXPECT_EQ(defaults.stringValue("externalfolder"), external.path().string());
+    EXPECT_FALSE(defaults.stringValue("localfolder"));
+    EXPECT_FALSE(defaults.stringValue("sharedfolder"));
+    EXPECT_EQ(catalogue.availableProjects(), (std::vector<std::string>{"Drive project"}));
+}
+
+TEST(ProjectCatalogue, AMissingFolderListsNothingAndRefusesNewProjects) {
+    TempFolder home;
+    touch(home.path() / "Kept" / "tarelproject");
+    MemoryUserDefaults defaults;
+    defaults.setString("localfolder", (home.path() / "unplugged").string());
+    ProjectCatalogue catalogue(defaults, home.path());
+    tables::PrintCapture capture;
+    catalogue.refresh();
+    EXPECT_TRUE(catalogue.availableProjects().empty());
+    EXPECT_FALSE(catalogue.canCreateProject());
+    // A file where the folder should be is no folder either.
+    touch(home.path() / "a file");
+    catalogue.setFolder(home.path() / "a file");
+    EXPECT_FALSE(catalogue.canCreateProject());
+}
+
+TEST(ProjectCatalogue, SelectionFollowsTheTagAndRefreshClearsIt) {
+    TempFolder home;
+    touch(home.path() / "A" / "tarelproject");
+    touch(home.path() / "B" / "tarelproject");
+    MemoryUserDefaults defaults;
+    ProjectCatalogue catalogue(defaults, home.path());
+    catalogue.refresh();
+    catalogue.select(1);
+    EXPECT_EQ(catalogue.selectedProjectFolder(), home.path() / "B");
+    catalogue.select(2);
+    EXPECT_FALSE(catalogue.selected());
+    catalogue.select(0);
+    catalogue.refresh();
+    EXPECT_FALSE(catalogue.selectedProjectFolder());
+}
+
+} // namespace
+} // namespace lumbra::app
