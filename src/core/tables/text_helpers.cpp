@@ -203,8 +203,12 @@ bool isValidUtf8(std::string_view text) noexcept {
 }
 
 std::optional<long long> parseInteger(std::string_view text) noexcept {
-    if (!text.empty() && text.front() == '+')
+    if (!text.empty() && text.front() == '+') {
         text.remove_prefix(1);
+        // One sign only: "+-5" is no number.
+        if (!text.empty() && text.front() == '-')
+            return std::nullopt;
+    }
     if (text.empty() || text.front() == '+')
         return std::nullopt;
     long long value = 0;
@@ -215,8 +219,11 @@ std::optional<long long> parseInteger(std::string_view text) noexcept {
 }
 
 std::optional<double> parseDecimal(std::string_view text) noexcept {
-    if (!text.empty() && text.front() == '+')
+    if (!text.empty() && text.front() == '+') {
         text.remove_prefix(1);
+        if (!text.empty() && text.front() == '-')
+            return std::nullopt;
+    }
     if (text.empty() || text.front() == '+')
         return std::nullopt;
     double value = 0;

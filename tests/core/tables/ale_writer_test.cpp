@@ -1,0 +1,286 @@
+#include "table_test_support.h"
+#include "tables/ale_table.h"
+#include "tables/console.h"
+#include "tables/text_file.h"
+
+#include <gtest/gtest.h>
+
+namespace lumbra::tables {
+namespace {
+
+using testing::fileBytes;
+using testing::makeTable;
+using testing::TempDir;
+using Lines = std::vector<std::string>;
+using Names = std::vector<std::string>;
+
+// Two columns, two rows; the second row lacks B and the first holds a quote.
+ALETable sampleTable() {
+    ALETable t = makeTable({"A", "B"}, {{{"A", "1"}, {"B", "say \"hi\""}}, {{"A", "3"}}});
+    t.field_delim = "TABS";
+    t.video_format = "1080";
+    t.fps = "25";
+    t.audio_format = "48khz";
+    t.film_format = "35mm, 4 perf";
+    t.tape = "T1";
+    return t;
+}
+
+TEST(ALEWriter, AleTextBytes) {
+    const std::string rows = "\n\nColumn\nA\tB\n\nData\n1\tsay \"hi\"\n3\t\n";
+    struct Case {
+        const char* name;
+        std::function<void(ALETable&)> change;
+        Names columns;
+        bool omitFilmFormat;
+        std::string expected;
+    };
+    const Case cases[] = {
+        {"every heading, in the writer's order",
+         [](ALETable&) {},
+         {},
+         false,
+         "Heading\nFIELD_DELIM\tTABS\nVIDEO_FORMAT\t1080\nFPS\t25\nAUDIO_FORMAT\t48khz\n"
+         "FILM_FORMAT\t35mm, 4 perf\nTAPE\tT1" +
+             rows},
+        {"film format omitted",
+         [](ALETable&) {},
+         {},
+         true,
+         "Heading\nFIELD_DELIM\tTABS\nVIDEO_FORMAT\t1080\nFPS\t25\nAUDIO_FORMAT\t48khz\nTAPE\tT1" + rows},
+        {"empty tape",
+         [](ALETable& t) { t.tape = ""; },
+         {},
+         false,
+         "Heading\nFIELD_DELIM\tTABS\nVIDEO_FORMAT\t1080\nFPS\t25\nAUDIO_FORMAT\t48khz\n"
+         "FILM_FORMAT\t35mm, 4 perf" +
+             rows},
+        {"empty values of other headings are written",
+         [](ALETable& t) {
+             t.field_delim.reset();
+             t.video_format = "";
+             t.fps.reset();
+             t.audio_format.reset();
+             t.film_format = "";
+             t.tape.reset();
+         },
+         {},
+         false,
+         "Heading\nVIDEO_FORMAT\t\nFILM_FORMAT\t" + rows},
+        {"no headings",
+         [](ALETable& t) {
+             t.field_delim.reset();
+             t.video_format.reset();
+             t.fps.reset();
+             t.audio_format.reset();
+             t.film_format.reset();
+             t.tape.reset();
+         },
+         {},
+         true,
+         "Heading" + rows},
+        {"given columns, one unknown",
+         [](ALETable& t) { t.tape.reset(); },
+         {"B", "X", "A"},
+         true,
+         "Heading\nFIELD_DELIM\tTABS\nVIDEO_FORMAT\t1080\nFPS\t25\nAUDIO_FORMAT\t48khz\n\nColumn\nB\tX\tA\n\n"
+         "Data\nsay \"hi\"\t\t1\n\t\t3\n"},
+        {"no rows ends in Data and a line feed",
+         [](ALETable& t) { t.data.clear(); },
+         {"A"},
+         true,
+         "Heading\nFIELD_DELIM\tTABS\nVIDEO_FORMAT\t1080\nFPS\t25\nAUDIO_"
+         "FORMAT\t48khz\nTAPE\tT1\n\nColumn\nA\n\n"
+         "Data\n"},
+        {"no columns",
+         [](ALETable& t) {
+             t.cols.clear();
+             t.tape.reset();
+         },
+         {},
+         true,
+         "Heading\nFIELD_DELIM\tTABS\nVIDEO_FORMAT\t1080\nFPS\t25\nAUDIO_"
+         "FORMAT\t48khz\n\nColumn\n\n\nData\n\n\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        ALETable t = sampleTable();
+        c.change(t);
+        EXPECT_EQ(t.aleText(c.columns, c.omitFilmFormat), c.expected);
+    }
+}
+
+TEST(ALEWriter, CsvTextBytes) {
+    struct Case {
+        const char* name;
+        std::function<void(ALETable&)> change;
+        std::string separator;
+        bool withMetadata;
+        Names columns;
+        bool omitFilmFormat;
+        std::string expected;
+    };
+    const Case cases[] = {
+        {"with metadata, no field delimiter line",
+         [](ALETable&) {},
+         ",",
+         true,
+         {},
+         false,
+         "Metadata\nVIDEO_FORMAT,1080\nFPS,25\nAUDIO_FORMAT,48khz\nFILM_FORMAT,35mm, 4 "
+         "perf\nTAPE,T1\nColumn\n"
+         "A,B\n\n1,say \"hi\"\n3,"},
+        {"metadata without film format and empty tape",
+         [](ALETable& t) { t.tape = ""; },
+         ";",
+         true,
+         {},
+         true,
+         "Metadata\nVIDEO_FORMAT;1080\nFPS;25\nAUDIO_FORMAT;48khz\nColumn\nA;B\n\n1;say \"hi\"\n3;"},
+        {"metadata with no headings",
+         [](ALETable& t) {
+             t.video_format.reset();
+             t.fps.reset();
+             t.audio_format.reset();
+             t.film_format.reset();
+             t.tape.reset();
+         },
+         ",",
+         true,
+         {},
+         false,
+         "Metadata\nColumn\nA,B\n\n1,say \"hi\"\n3,"},
+        {"without metadata", [](ALETable&) {}, ",", false, {}, false, "A,B\n\n1,say \"hi\"\n3,"},
+        {"tab and given columns",
+         [](ALETable&) {},
+         "\t",
+         false,
+         {"B", "A"},
+         false,
+         "B\tA\n\nsay \"hi\"\t1\n\t3"},
+        {"longer separator", [](ALETable&) {}, " | ", false, {}, false, "A | B\n\n1 | say \"hi\"\n3 | "},
+        {"no rows", [](ALETable& t) { t.data.clear(); }, ",", false, {}, false, "A,B\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        ALETable t = sampleTable();
+        c.change(t);
+        EXPECT_EQ(t.csvText(c.separator, c.withMetadata, c.columns, c.omitFilmFormat), c.expected);
+    }
+}
+
+TEST(ALEWriter, SaveRefusesToOverwriteAndCreatesFolders) {
+    TempDir dir;
+    ALETable t = sampleTable();
+    struct Case {
+        const char* name;
+        std::function<bool(const std::string& path, bool overwrite)> save;
+        std::string expected;
+    };
+    const Case cases[] = {
+        {"ale", [&](const std::string& p, bool o) { return t.saveALE(p, {}, o, true); }, t.aleText({}, true)},
+        {"csv", [&](const std::string& p, bool o) { return t.saveCSV(p, ",", true, {"A"}, o, false); },
+         t.csvText(",", true, {"A"}, false)},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::string path = dir.file(std::string(c.name) + "/deeper/out.txt");
+        {
+            PrintCapture capture;
+            EXPECT_TRUE(c.save(path, false));
+            EXPECT_TRUE(capture.lines().empty());
+        }
+        EXPECT_EQ(fileBytes(path), c.expected);
+
+        dir.write(std::string(c.name) + "/deeper/out.txt", "old");
+        {
+            PrintCapture capture;
+            EXPECT_FALSE(c.save(path, false));
+            EXPECT_EQ(capture.lines(), Lines{"ERROR: file exists, but overwrite is set to false"});
+        }
+        EXPECT_EQ(fileBytes(path), "old");
+        EXPECT_TRUE(c.save(path, true));
+        EXPECT_EQ(fileBytes(path), c.expected);
+    }
+}
+
+TEST(ALEWriter, SaveFailures) {
+    TempDir dir;
+    ALETable t = sampleTable();
+    std::string blocker = dir.write("blocker", "a file where a folder should be");
+    {
+        PrintCapture capture;
+        EXPECT_FALSE(t.saveALE(blocker + "/sub/x.ale", {}, false, false));
+        EXPECT_EQ(capture.lines(), Lines{"ERROR: couldn't create directory " + blocker + "/sub"});
+    }
+    {
+        PrintCapture capture;
+        EXPECT_FALSE(t.saveCSV(blocker + "/x.csv", ",", false, {}, false, false));
+        EXPECT_EQ(capture.lines(), Lines{"ERROR: couldn't crete directory " + blocker});
+    }
+    {
+        std::string path = dir.file("failing.ale");
+        setWriteFailureHook([](const std::string&) { return true; });
+        PrintCapture capture;
+        bool saved = t.saveALE(path, {}, true, false);
+        bool savedCsv = t.saveCSV(path, ",", false, {}, true, false);
+        setWriteFailureHook({});
+        EXPECT_FALSE(saved);
+        EXPECT_FALSE(savedCsv);
+        EXPECT_EQ(capture.lines(),
+                  (Lines{"ERROR while saving file " + path, "ERROR while saving file " + path}));
+    }
+    {
+        // A plain file name has no folder to make.
+        auto cwd = std::filesystem::current_path();
+        std::filesystem::current_path(dir.path());
+        PrintCapture capture;
+        EXPECT_TRUE(t.saveALE("plain.ale", {}, false, false));
+        std::filesystem::current_path(cwd);
+        EXPECT_TRUE(capture.lines().empty());
+        EXPECT_EQ(fileBytes(dir.file("plain.ale")), t.aleText({}, false));
+    }
+}
+
+TEST(ALEWriter, RoundTripGivesTheSameTable) {
+    TempDir dir;
+    const std::string file = "Heading\nFIELD_DELIM\tTABS\nVIDEO_FORMAT\t1080 i\nFPS\t23.976\n"
+                             "AUDIO_FORMAT\t48khz\nFILM_FORMAT\t35mm, 4 perf\nTAPE\tReel 1\n\n"
+                             "Column\nName\t\tStart\tName\n\nData\n"
+                             "A\t\t01:00:00:00\tx\n"
+                             "\tn\t\t\t\textra\n"
+                             "C \tcaf\xC3\xA9\n";
+    std::string path = dir.write("first.ale", file);
+    PrintCapture capture;
+    ALETable first(path);
+    ASSERT_TRUE(first.state);
+    first.data[1]->setData([&] {
+        RowData d = first.data[1]->data();
+        d.set("Lumbra_Color_Tag", "Blue");
+        return d;
+    }());
+    EXPECT_EQ(first.cols, (Names{"Lumbra_Color_Tag", "Tape", "Name", "NoName", "Start", "Name_2",
+                                 "newcol_001", "newcol_002"}));
+
+    ASSERT_TRUE(first.saveALE(dir.file("second.ale"), {}, false, false));
+    ALETable second(dir.file("second.ale"));
+    ASSERT_TRUE(second.state);
+    EXPECT_EQ(second.cols, first.cols);
+    EXPECT_EQ(second.field_delim, first.field_delim);
+    EXPECT_EQ(second.video_format, first.video_format);
+    EXPECT_EQ(second.fps, first.fps);
+    EXPECT_EQ(second.audio_format, first.audio_format);
+    EXPECT_EQ(second.film_format, first.film_format);
+    EXPECT_EQ(second.tape, first.tape);
+    ASSERT_EQ(second.data.size(), first.data.size());
+    for (std::size_t i = 0; i < first.data.size(); ++i) {
+        SCOPED_TRACE(i);
+        EXPECT_EQ(second.data[i]->data(), first.data[i]->data());
+    }
+    EXPECT_EQ(second.data[1]->value("Lumbra_Color_Tag"), "Blue");
+    EXPECT_EQ(second.aleText({}, false), first.aleText({}, false));
+    EXPECT_TRUE(capture.lines().empty());
+}
+
+} // namespace
+} // namespace lumbra::tables

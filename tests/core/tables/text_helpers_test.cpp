@@ -1,0 +1,247 @@
+#include "table_test_support.h"
+#include "tables/console.h"
+#include "tables/text_file.h"
+#include "tables/text_helpers.h"
+
+#include <gtest/gtest.h>
+
+namespace lumbra::tables {
+namespace {
+
+using Tokens = std::vector<std::string>;
+
+TEST(Tokenise, SplitsQuotesAndSeparators) {
+    struct Case {
+        const char* name;
+        std::string text;
+        std::string separators;
+        Tokens expected;
+    };
+    const Case cases[] = {
+        {"empty text gives one empty token", "", ",", {""}},
+        {"plain split", "a,b", ",", {"a", "b"}},
+        {"trailing separator ends in an empty token", "a,", ",", {"a", ""}},
+        {"two separators give an empty token", "a,,b", ",", {"a", "", "b"}},
+        {"leading separator", ",a", ",", {"", "a"}},
+        {"later separators stand for the first", "a;b,c", ",;", {"a", "b", "c"}},
+        {"blank and tab", "a b\tc", " \t", {"a", "b", "c"}},
+        {"two blanks in a row", "TAPE  A", " \t", {"TAPE", "", "A"}},
+        {"quotes group and are dropped", "\"a,b\",c", ",", {"a,b", "c"}},
+        {"a lone quote is dropped", "x\"y", ",", {"xy"}},
+        {"quotes inside a word", "sa\"y\" hi", " ", {"say", "hi"}},
+        {"only quotes", "\"\"", ",", {""}},
+        {"separator not present", "abc", ",", {"abc"}},
+        {"multi-byte separator",
+         "a\xE2\x86\x92"
+         "b",
+         "\xE2\x86\x92",
+         {"a", "b"}},
+        {"path", "/tmp/x/clip.ale", "/", {"", "tmp", "x", "clip.ale"}},
+        {"line feeds", "a\n\nb\n", "\n", {"a", "", "b", ""}},
+        {"quoted line feed stays in its token", "a\"\n\"b\nc", "\n", {"a\nb", "c"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(tokenise(c.text, c.separators), c.expected);
+    }
+}
+
+TEST(Trim, DropsListedCharactersAtOneEnd) {
+    struct Case {
+        const char* name;
+        std::string text;
+        std::string characters;
+        std::string left;
+        std::string right;
+    };
+    const Case cases[] = {
+        {"blanks and tabs", " \t a b \t", " \t", "a b \t", " \t a b"},
+        {"nothing left", "   ", " ", "", ""},
+        {"empty text", "", " ", "", ""},
+        {"characters not in the list stay", "xa x", " ", "xa x", "xa x"},
+        {"line feed", "\n Heading \n", " \n", "Heading \n", "\n Heading"},
+        {"multi-byte characters",
+         "\xC2\xAB\xC2\xAB"
+         "a\xC2\xBB",
+         "\xC2\xAB\xC2\xBB", "a\xC2\xBB",
+         "\xC2\xAB\xC2\xAB"
+         "a"},
+        {"empty list trims nothing", " a ", "", " a ", " a "},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(trimLeft(c.text, c.characters), c.left);
+        EXPECT_EQ(trimRight(c.text, c.characters), c.right);
+    }
+}
+
+TEST(ParseTimecode, NeedsFourDecimalParts) {
+    struct Case {
+        const char* name;
+        std::string text;
+        std::optional<Timecode> expected;
+    };
+    const Case cases[] = {
+        {"plain", "01:02:03:04", Timecode{1, 2, 3, 4}},
+        {"single digits", "1:2:3:4", Timecode{1, 2, 3, 4}},
+        {"a fifth part is ignored", "10:20:30:40:xx", Timecode{10, 20, 30, 40}},
+        {"three parts", "01:02:03", std::nullopt},
+        {"letters", "01:02:xx:04", std::nullopt},
+        {"empty part", "01::03:04", std::nullopt},
+        {"semicolons are not separators", "01;02;03;04", std::nullopt},
+        {"blank before a part", " 01:02:03:04", std::nullopt},
+        {"decimal point", "01:02:03:04.5", std::nullopt},
+        {"empty text", "", std::nullopt},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(parseTimecode(c.text), c.expected);
+    }
+}
+
+TEST(ParseNumbers, OneOptionalSignAndNothingAround) {
+    struct Case {
+        const char* text;
+        std::optional<long long> integer;
+        std::optional<double> decimal;
+    };
+    const Case cases[] = {
+        {"25", 25, 25.0},
+        {"+5", 5, 5.0},
+        {"-5", -5, -5.0},
+        {"23.976", std::nullopt, 23.976},
+        {"+-5", std::nullopt, std::nullopt},
+        {"-+5", std::nullopt, std::nullopt},
+        {"++5", std::nullopt, std::nullopt},
+        {"--5", std::nullopt, std::nullopt},
+        {"+", std::nullopt, std::nullopt},
+        {"", std::nullopt, std::nullopt},
+        {" 5", std::nullopt, std::nullopt},
+        {"5 ", std::nullopt, std::nullopt},
+        {"0x10", std::nullopt, std::nullopt},
+        {"1,5", std::nullopt, std::nullopt},
+        {"99999999999999999999", std::nullopt, 1e20},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        EXPECT_EQ(parseInteger(c.text), c.integer);
+        EXPECT_EQ(parseDecimal(c.text), c.decimal);
+    }
+    EXPECT_EQ(parseTimecode("+-1:00:00:00"), std::nullopt);
+}
+
+TEST(TextHelpers, CaseMappingAndCharacterCounting) {
+    EXPECT_EQ(lowercased("HEADING"), "heading");
+    EXPECT_EQ(lowercased("\xC3\x89"
+                         "COLE"),
+              "\xC3\xA9"
+              "cole");
+    EXPECT_EQ(uppercased("tabs"), "TABS");
+    EXPECT_EQ(uppercased("\xC3\xA9t\xC3\xA9"), "\xC3\x89T\xC3\x89");
+
+    // Characters, not bytes: "abcdé" less four characters is "a".
+    EXPECT_EQ(dropLastCharacters("abcd\xC3\xA9", 4), "a");
+    EXPECT_EQ(dropLastCharacters("clips.ale", 4), "clips");
+    EXPECT_EQ(dropLastCharacters(".ale", 4), "");
+    EXPECT_EQ(dropLastCharacters("ab", 4), "");
+    EXPECT_EQ(dropLastCharacters("", 4), "");
+}
+
+TEST(TextHelpers, Utf8Validity) {
+    struct Case {
+        const char* name;
+        std::string bytes;
+        bool valid;
+    };
+    const Case cases[] = {
+        {"ascii", "abc", true},
+        {"two-byte", "caf\xC3\xA9", true},
+        {"four-byte", "\xF0\x9F\x8E\xAC", true},
+        {"latin-1 byte", "caf\xE9", false},
+        {"overlong", "\xC0\xAF", false},
+        {"overlong three-byte", "\xE0\x80\xAF", false},
+        {"surrogate", "\xED\xA0\x80", false},
+        {"beyond U+10FFFF", "\xF4\x90\x80\x80", false},
+        {"cut short", "\xE2\x86", false},
+        {"stray continuation", "\x80", false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(isValidUtf8(c.bytes), c.valid);
+    }
+}
+
+TEST(DecodeText, ByteOrderMarksAndLineEnds) {
+    struct Case {
+        const char* name;
+        std::string bytes;
+        std::optional<std::string> expected;
+    };
+    const Case cases[] = {
+        {"utf-8", "a\r\nb\rc\n", "a\nb\rc\n"},
+        {"utf-8 with byte order mark",
+         "\xEF\xBB\xBF"
+         "caf\xC3\xA9\r\n",
+         "caf\xC3\xA9\n"},
+        {"utf-16 little endian",
+         std::string("\xFF\xFE"
+                     "a\0\xE9\0\r\0\n\0",
+                     10),
+         "a\xC3\xA9\n"},
+        {"utf-16 big endian", std::string("\xFE\xFF\0a\0\xE9\0\r\0\n", 10), "a\xC3\xA9\n"},
+        {"utf-16 surrogate pair", std::string("\xFF\xFE\x3C\xD8\xAC\xDF", 6), "\xF0\x9F\x8E\xAC"},
+        {"utf-16 odd length",
+         std::string("\xFF\xFE"
+                     "a\0b",
+                     5),
+         std::nullopt},
+        {"not utf-8", "caf\xE9", std::nullopt},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::string bytes = c.bytes;
+        bool ok = decodeText(bytes);
+        EXPECT_EQ(ok, c.expected.has_value());
+        // A refusal leaves the bytes as they were.
+        EXPECT_EQ(bytes, c.expected.value_or(c.bytes));
+    }
+}
+
+TEST(ReadTextFile, FallsBackToLatin1WithoutTouchingLineEnds) {
+    testing::TempDir dir;
+    auto latin = dir.write("latin.txt", "caf\xE9\r\nna\xEFve\r");
+    EXPECT_EQ(readTextFile(latin), "caf\xC3\xA9\r\nna\xC3\xAFve\r");
+    auto utf8 = dir.write("utf8.txt", "caf\xC3\xA9\r\nx");
+    EXPECT_EQ(readTextFile(utf8), "caf\xC3\xA9\nx");
+    auto empty = dir.write("empty.txt", "");
+    EXPECT_EQ(readTextFile(empty), "");
+}
+
+TEST(ReadTextFile, UnreadablePathPrintsAndNotifies) {
+    testing::TempDir dir;
+    struct Case {
+        const char* name;
+        std::string path;
+    };
+    const Case cases[] = {
+        {"missing file", dir.file("none.txt")},
+        {"a folder", dir.path()},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        PrintCapture capture;
+        Notifications notes;
+        EXPECT_EQ(readTextFile(c.path, &notes), std::nullopt);
+        EXPECT_EQ(capture.lines(), std::vector<std::string>{"ERROR reading " + c.path});
+        ASSERT_EQ(notes.size(), 1u);
+        EXPECT_EQ(notes[0].title, "Reading error");
+        EXPECT_EQ(notes[0].body, "Error reading file " + c.path);
+        EXPECT_EQ(notes[0].type, NotificationType::KO);
+
+        PrintCapture quiet;
+        EXPECT_EQ(readTextFile(c.path), std::nullopt);
+    }
+}
+
+} // namespace
+} // namespace lumbra::tables
