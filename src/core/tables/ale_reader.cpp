@@ -3,6 +3,7 @@
 #include "tables/text_file.h"
 #include "tables/text_helpers.h"
 
+#include <algorithm>
 #include <filesystem>
 
 namespace lumbra::tables {
@@ -34,9 +35,13 @@ bool readsAs(std::string_view line, std::string_view word) {
 // does not end a line.
 std::vector<std::size_t> stripQuotesAndSplit(std::string& text) {
     std::vector<std::size_t> starts{0};
-    std::size_t w = 0;
+    // Up to the first quote nothing moves, so the line feeds are found by a fast search.
+    std::size_t firstQuote = std::min(text.find('"'), text.size());
+    for (std::size_t lf = text.find('\n'); lf < firstQuote; lf = text.find('\n', lf + 1))
+        starts.push_back(lf + 1);
+    std::size_t w = firstQuote;
     bool quoted = false;
-    for (std::size_t r = 0; r < text.size(); ++r) {
+    for (std::size_t r = firstQuote; r < text.size(); ++r) {
         char c = text[r];
         if (c == '"') {
             quoted = !quoted;
@@ -90,8 +95,8 @@ void ALETable::readFile(const std::string& path, Notifications* notifications) {
 
 void ALETable::parseText(std::string text) {
     state = false;
-    std::size_t w = 0;
-    for (std::size_t r = 0; r < text.size(); ++r) {
+    std::size_t w = std::min(text.find('\r'), text.size());
+    for (std::size_t r = w; r < text.size(); ++r) {
         if (text[r] == '\r') {
             text[w++] = '\n';
             if (r + 1 < text.size() && text[r + 1] == '\n')
@@ -169,23 +174,11 @@ void ALETable::parseText(std::string text) {
     }
     readClipLines();
 
-    if (!hasColumn("Tape") && tape) {
+    // The cells of these two columns were put in each row as it was built (see readClipLines).
+    if (!hasColumn("Tape") && tape)
         cols.insert(cols.begin(), "Tape");
-        for (auto& row : data) {
-            RowData d = row->data();
-            d.set("Tape", *tape);
-            row->setData(std::move(d));
-        }
-    }
-    if (!hasColumn("Lumbra_Color_Tag")) {
+    if (!hasColumn("Lumbra_Color_Tag"))
         cols.insert(cols.begin(), "Lumbra_Color_Tag");
-        ColumnKey key = ColumnNames::key("Lumbra_Color_Tag");
-        for (auto& row : data) {
-            RowData d = row->data();
-            d.set(key, "None");
-            row->setData(std::move(d));
-        }
-    }
     state = true;
 }
 
@@ -194,18 +187,34 @@ void ALETable::readClipLines() {
     keys.reserve(cols.size());
     for (const auto& c : cols)
         keys.push_back(ColumnNames::key(c));
-    auto finishRow = [&](RowData& row) {
-        if (row.empty())
+    // The heading's tape and the colour tag that every kept row gets once the clips are read. Rows
+    // have no bin and no project yet, so writing them at build time is the same as writing each row
+    // again afterwards, without copying every row twice.
+    std::vector<RowData::Cell> added;
+    if (!hasColumn("Tape") && tape)
+        added.push_back({ColumnNames::key("Tape"), *tape});
+    if (!hasColumn("Lumbra_Color_Tag"))
+        added.push_back({ColumnNames::key("Lumbra_Color_Tag"), "None"});
+
+    std::vector<std::pair<ColumnKey, std::string_view>> fields;
+    fields.reserve(keys.size());
+    auto finishRow = [&] {
+        if (fields.empty())
             return;
+        RowData row;
+        row.reserve(fields.size() + added.size());
+        for (const auto& [key, text] : fields)
+            row.appendUnordered(key, std::string(text));
+        for (const auto& cell : added)
+            row.appendUnordered(cell.key, cell.value);
         row.finishAppending();
-        auto entry = std::make_shared<ALEEntry>(std::move(row));
-        row = RowData();
-        appendEntry(std::move(entry));
+        appendEntry(std::make_shared<ALEEntry>(std::move(row)));
+        fields.clear();
     };
-    RowData row;
+    std::string_view text = datastring;
     std::size_t column = 0;
     std::size_t start = 0;
-    const std::size_t n = datastring.size();
+    const std::size_t n = text.size();
     while (n > 0) {
         std::size_t end = endOfField(start);
         if (end > start) {
@@ -213,12 +222,12 @@ void ALETable::readClipLines() {
                 addNumberedColumn();
                 keys.push_back(ColumnNames::key(cols.back()));
             }
-            row.appendUnordered(keys[column], datastring.substr(start, end - start));
+            fields.emplace_back(keys[column], text.substr(start, end - start));
         }
         if (end == n)
             break;
-        if (datastring[end] == '\n') {
-            finishRow(row);
+        if (text[end] == '\n') {
+            finishRow();
             column = 0;
         } else {
             ++column;
@@ -227,7 +236,7 @@ void ALETable::readClipLines() {
         if (start == n)
             break;
     }
-    finishRow(row);
+    finishRow();
 }
 
 std::size_t ALETable::endOfField(std::size_t from) const {

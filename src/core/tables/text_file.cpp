@@ -3,6 +3,7 @@
 #include "tables/console.h"
 #include "tables/text_helpers.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -89,8 +90,8 @@ bool startsWith(std::string_view s, std::string_view prefix) {
 }
 
 void collapseCrLf(std::string& text) {
-    std::size_t w = 0;
-    for (std::size_t r = 0; r < text.size(); ++r) {
+    std::size_t w = std::min(text.find('\r'), text.size());
+    for (std::size_t r = w; r < text.size(); ++r) {
         if (text[r] == '\r' && r + 1 < text.size() && text[r + 1] == '\n')
             continue;
         text[w++] = text[r];
@@ -140,14 +141,16 @@ std::optional<std::string> readFileBytes(const std::string& path) {
     std::string bytes;
     std::error_code ec;
     auto size = std::filesystem::file_size(path, ec);
-    if (!ec)
-        bytes.reserve(static_cast<std::size_t>(size));
-    char buffer[1 << 16];
-    std::size_t n = 0;
-    bool failed = false;
-    while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0)
-        bytes.append(buffer, n);
-    failed = std::ferror(f) != 0;
+    // Read straight into the text; a file that grows meanwhile is read on in chunks.
+    std::size_t got = 0;
+    bytes.resize(ec ? std::size_t(1) << 16 : static_cast<std::size_t>(size) + 1);
+    while (std::size_t n = std::fread(bytes.data() + got, 1, bytes.size() - got, f)) {
+        got += n;
+        if (got == bytes.size())
+            bytes.resize(bytes.size() * 2);
+    }
+    bytes.resize(got);
+    bool failed = std::ferror(f) != 0;
     std::fclose(f);
     if (failed)
         return std::nullopt;

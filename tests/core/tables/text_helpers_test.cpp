@@ -164,6 +164,9 @@ TEST(TextHelpers, Utf8Validity) {
         {"beyond U+10FFFF", "\xF4\x90\x80\x80", false},
         {"cut short", "\xE2\x86", false},
         {"stray continuation", "\x80", false},
+        {"long ascii run then latin-1", "0123456789abcdef caf\xE9", false},
+        {"two-byte across an eight-byte block", "1234567\xC3\xA9 and more text", true},
+        {"cut short after a long run", "0123456789abcdef\xE2\x86", false},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
