@@ -420,6 +420,21 @@ TEST(ALEReader, PathsThatAreNoFile) {
     }
 }
 
+TEST(ALEReader, UnreadableFile) {
+    // The kernel lets this file be opened but not read from its start.
+    const std::string path = "/proc/self/mem";
+    if (!std::filesystem::exists(path))
+        GTEST_SKIP() << "no " << path;
+    PrintCapture capture;
+    Notifications notes;
+    ALETable table(path, &notes);
+    EXPECT_FALSE(table.state);
+    EXPECT_EQ(capture.lines(), (Lines{"ERROR reading " + path, "error while opening " + path}));
+    ASSERT_EQ(notes.size(), 1u);
+    EXPECT_EQ(notes[0].title, "Reading error");
+    EXPECT_TRUE(table.cols.empty());
+}
+
 TEST(ALEReader, TableName) {
     struct Case {
         const char* fileName;

@@ -14,20 +14,6 @@ using testing::RecordingProject;
 using Lines = std::vector<std::string>;
 using Names = std::vector<std::string>;
 
-TEST(ALETable, EmptyTable) {
-    ALETable t;
-    EXPECT_TRUE(t.state);
-    EXPECT_EQ(t.tablename, "");
-    EXPECT_EQ(t.delimiter, U'"');
-    EXPECT_EQ(t.separator, '\t');
-    EXPECT_EQ(ALETable::openQuotes, U'\u201C');
-    EXPECT_EQ(ALETable::closedQuotes, U'\u201D');
-    EXPECT_FALSE(t.inDelimiter);
-    EXPECT_FALSE(t.inQuotes);
-    EXPECT_EQ(t.bin, nullptr);
-    EXPECT_FALSE(t.fps.has_value());
-}
-
 TEST(ALETable, RowValues) {
     ALETable t = makeTable({"A", "B"}, {{{"A", "1"}, {"B", "2"}}, {{"B", "x"}}});
     EXPECT_EQ(t.rowValues(0), (Names{"1", "2"}));
