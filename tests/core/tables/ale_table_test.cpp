@@ -376,6 +376,25 @@ TEST(ALETable, UpdateEntry) {
     EXPECT_EQ(t.data.size(), 3u);
 }
 
+TEST(ALETable, CallersBreakingTheRulesDoNotEndTheProgram) {
+    // A row of the other table without an id key matches nothing here.
+    ALETable here = makeTable({"Name"}, {{{"Name", "A"}}, {}});
+    ALETable other = makeTable({"Name"}, {{{"Tape", "T"}}, {{"Name", "A"}}});
+    auto result = here.compare(other, {"Name"});
+    EXPECT_EQ(result.found_entries, (std::vector<EntryPtr>{other.data[1]}));
+    EXPECT_EQ(result.new_entries, (std::vector<EntryPtr>{other.data[0]}));
+
+    // Priorities of the right size but without a key keep what the row holds.
+    EXPECT_EQ(
+        here.updateEntry(RowData{{"Name", "A"}, {"Tape", "T"}}, {"Name"}, {}, {{"Name", true}, {"X", true}}),
+        1);
+    EXPECT_EQ(here.data[0]->data(), (RowData{{"Name", "A"}, {"Tape", "T"}}));
+    EXPECT_EQ(
+        here.updateEntry(RowData{{"Name", "A"}, {"Tape", "U"}}, {"Name"}, {}, {{"Name", true}, {"X", true}}),
+        1);
+    EXPECT_EQ(here.data[0]->value("Tape"), "T");
+}
+
 TEST(ALETable, UpdateEntryOnALockedBin) {
     FakeBin bin;
     ALETable t = makeTable({"Name"}, {{{"Name", "A"}}});
