@@ -79,6 +79,9 @@ void writeSampleFile(const fs::path& path) {
 // Keeps the best time of every benchmark while the console shows them all.
 class BestTimeReporter : public benchmark::ConsoleReporter {
 public:
+    // Colour only on a terminal, so the figures can be piped into a file.
+    BestTimeReporter() : ConsoleReporter(::isatty(STDOUT_FILENO) ? OO_Defaults : OO_None) {}
+
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const auto& run : runs) {
             if (run.run_type != Run::RT_Iteration || run.error_occurred || run.iterations == 0)
