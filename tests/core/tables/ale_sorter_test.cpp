@@ -18,12 +18,13 @@ std::vector<EntryPtr> rowsOf(const Names& values, const std::string& column = "V
     return rows;
 }
 
-Names sortedIds(const std::vector<EntryPtr>& rows, Names cols, bool ascending) {
+// The `shown` value of each row after sorting by `cols`.
+Names sorted(const std::vector<EntryPtr>& rows, Names cols, bool ascending, const std::string& shown = "Id") {
     ALESorter sorter(rows, std::move(cols), ascending);
     sorter.sort();
     Names out;
     for (const auto& row : sorter.sortedRows())
-        out.push_back(row->data().valueOr("Id"));
+        out.push_back(row->data().valueOr(shown));
     return out;
 }
 
@@ -45,7 +46,7 @@ TEST(ALESorter, TieRulesOfTheMergeSort) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        EXPECT_EQ(sortedIds(rowsOf(c.values), {"V"}, c.ascending), c.ids);
+        EXPECT_EQ(sorted(rowsOf(c.values), {"V"}, c.ascending), c.ids);
     }
 }
 
@@ -68,19 +69,8 @@ TEST(ALESorter, OrderOfText) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         auto rows = rowsOf(c.values);
-        ALESorter down(rows, {"V"}, false);
-        down.sort();
-        Names got;
-        for (const auto& row : down.sortedRows())
-            got.push_back(row->data().valueOr("V"));
-        EXPECT_EQ(got, c.smallestFirst);
-
-        ALESorter up(rows, {"V"}, true);
-        up.sort();
-        got.clear();
-        for (const auto& row : up.sortedRows())
-            got.push_back(row->data().valueOr("V"));
-        EXPECT_EQ(got, Names(c.smallestFirst.rbegin(), c.smallestFirst.rend()));
+        EXPECT_EQ(sorted(rows, {"V"}, false, "V"), c.smallestFirst);
+        EXPECT_EQ(sorted(rows, {"V"}, true, "V"), Names(c.smallestFirst.rbegin(), c.smallestFirst.rend()));
     }
 }
 
@@ -120,10 +110,10 @@ TEST(ALESorter, LaterColumnsBreakTies) {
     for (std::size_t i = 0; i < 4; ++i)
         rows.push_back(std::make_shared<ALEEntry>(
             RowData{{"K", cells[i].first}, {"L", cells[i].second}, {"Id", std::to_string(i)}}));
-    EXPECT_EQ(sortedIds(rows, {"K", "L"}, false), (Names{"2", "0", "1", "3"}));
-    EXPECT_EQ(sortedIds(rows, {"K", "L"}, true), (Names{"3", "1", "0", "2"}));
+    EXPECT_EQ(sorted(rows, {"K", "L"}, false), (Names{"2", "0", "1", "3"}));
+    EXPECT_EQ(sorted(rows, {"K", "L"}, true), (Names{"3", "1", "0", "2"}));
     // A column no row holds reads as "" everywhere and decides nothing.
-    EXPECT_EQ(sortedIds(rows, {"Unheard of", "L"}, false), (Names{"2", "1", "0", "3"}));
+    EXPECT_EQ(sorted(rows, {"Unheard of", "L"}, false), (Names{"2", "1", "0", "3"}));
 }
 
 TEST(ListSorter, SameSchemeAsTheRowSorter) {
