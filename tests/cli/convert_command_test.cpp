@@ -219,6 +219,18 @@ TEST_F(ConvertCommandTest, FailuresExitOneWithOneLineNamingTheFile) {
     }
 }
 
+TEST_F(ConvertCommandTest, FailedWriteOverAFolderLeavesItAsItWas) {
+    fs::create_directories(m_dir / "taken.ale" / "inside");
+    const std::string output = temp("taken.ale");
+    auto result = run({"convert", data("clips.ale"), output});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err, "Cannot write " + output + ": ERROR while saving file " + output + "\n");
+    EXPECT_EQ(result.out, "ERROR while saving file " + output + "\n");
+    EXPECT_TRUE(fs::is_directory(m_dir / "taken.ale" / "inside"));
+    EXPECT_EQ(std::distance(fs::directory_iterator(m_dir), fs::directory_iterator()),
+              3); // taken.ale, stdout, stderr
+}
+
 TEST_F(ConvertCommandTest, UnwritableFolderFailsAndLeavesNoFile) {
     if (::geteuid() == 0)
         GTEST_SKIP() << "folder permissions do not hold for root";
