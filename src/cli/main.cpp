@@ -10,8 +10,9 @@ namespace {
 
 using lumbra::cli::Command;
 
-const std::array<const Command*, 1>& commands() {
-    static const std::array<const Command*, 1> list{&lumbra::cli::convertCommand()};
+// Every command, in the order of the usage text; a new command is one more entry.
+std::span<const Command* const> commands() {
+    static const std::array list{&lumbra::cli::convertCommand()};
     return list;
 }
 
