@@ -1,8 +1,11 @@
 #pragma once
 
+#include "tables/console.h"
+
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace lumbra::cli {
 
@@ -28,5 +31,21 @@ int usageError(const Command& command, std::string_view message);
 int failure(std::string_view line);
 // True for "-h" and "--help".
 [[nodiscard]] bool isHelpOption(std::string_view arg);
+
+// Runs a core step with its log lines held back, then prints them as they came; the last one
+// tells why the step failed, when it did.
+template <typename Step> auto runLogged(Step step, std::string& lastLine) {
+    std::vector<std::string> lines;
+    auto result = [&] {
+        lumbra::tables::PrintCapture capture;
+        auto r = step();
+        lines = capture.lines();
+        return r;
+    }();
+    for (const auto& line : lines)
+        lumbra::tables::printLine(line);
+    lastLine = lines.empty() ? std::string() : lines.back();
+    return result;
+}
 
 } // namespace lumbra::cli

@@ -1,5 +1,4 @@
 #include "command.h"
-#include "tables/console.h"
 #include "tables/file_formats.h"
 
 #include <iostream>
@@ -96,22 +95,6 @@ std::string suffixReason(std::string_view path, const tables::FileFormat* format
     if (suffix.empty())
         return "no file suffix to choose the format by";
     return "unknown file suffix \"" + std::string(suffix) + "\"";
-}
-
-// Runs a core step with its log lines held back, then prints them as they came; the last one
-// tells why the step failed, when it did.
-template <typename Step> auto runLogged(Step step, std::string& lastLine) {
-    std::vector<std::string> lines;
-    auto result = [&] {
-        tables::PrintCapture capture;
-        auto r = step();
-        lines = capture.lines();
-        return r;
-    }();
-    for (const auto& line : lines)
-        tables::printLine(line);
-    lastLine = lines.empty() ? std::string() : lines.back();
-    return result;
 }
 
 int run(std::span<const std::string> args) {
