@@ -1,0 +1,136 @@
+#include "project/bins_tree_loader.h"
+
+#include "tables/text_helpers.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+
+namespace lumbra::project {
+
+namespace fs = std::filesystem;
+using tables::Notifications;
+
+namespace {
+
+bool looksLikeUuid(std::string_view text) {
+    if (text.size() != 36)
+        return false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        bool dash = i == 8 || i == 13 || i == 18 || i == 23;
+        if (dash ? text[i] != '-' : !std::isxdigit(static_cast<unsigned char>(text[i])))
+            return false;
+    }
+    return true;
+}
+
+// Folders by name: the order of children until the first sort is the same on every disk.
+std::vector<std::string> subfolders(const std::string& folder) {
+    std::vector<std::string> out;
+    std::error_code ec;
+    fs::directory_iterator it(folder, ec);
+    if (ec)
+        return out;
+    for (const auto& entry : it) {
+        std::error_code typeError;
+        if (entry.is_directory(typeError) && !entry.is_symlink(typeError))
+            out.push_back(entry.path().string());
+    }
+    std::sort(out.begin(), out.end());
+    return out;
+}
+
+} // namespace
+
+std::string nameOfFolder(const std::string& folder) {
+    std::string last = fs::path(folder).filename().string();
+    if (auto uuid = readDetailsLine(folder, 1)) {
+        std::string suffix = " - " + *uuid;
+        if (last.size() >= suffix.size() &&
+            last.compare(last.size() - suffix.size(), suffix.size(), suffix) == 0)
+            return last.substr(0, last.size() - suffix.size());
+    }
+    auto cut = last.rfind(" - ");
+    if (cut != std::string::npos && looksLikeUuid(std::string_view(last).substr(cut + 3)))
+        return last.substr(0, cut);
+    return last;
+}
+
+BinsTreeLoader::BinsTreeLoader(std::string baseUrl) : m_baseUrl(std::move(baseUrl)) {
+}
+
+bool BinsTreeLoader::isBinFolder(const std::string& url) {
+    std::error_code ec;
+    fs::directory_iterator it(url, ec);
+    if (ec)
+        return false;
+    for (const auto& entry : it) {
+        std::string lower = tables::lowercased(entry.path().filename().string());
+        auto endsWith = [&](std::string_view s) {
+            return lower.size() >= s.size() && lower.compare(lower.size() - s.size(), s.size(), s) == 0;
+        };
+        if (endsWith(".ale") || endsWith(".smartbin"))
+            return true;
+    }
+    return false;
+}
+
+TreeNode BinsTreeLoader::loadEntry(const std::string& url, BinsHost* sharedstuff,
+                                   Notifications* notifications) {
+    std::string name = nameOfFolder(url);
+    auto node = std::make_shared<BinsTreeEntry>(name, nullptr, std::vector<TreeNode>{}, sharedstuff);
+    if (isBinFolder(url)) {
+        auto bin = std::make_shared<Bin>(sharedstuff);
+        bin->load(url, notifications);
+        node->load(url, notifications);
+        bin->setDisplayName(name);
+        node->bin = bin;
+        bin->tag = node->tag;
+        // A leaf's id is its table's name, so that ids stay the project's bin ids after a reload.
+        if (bin->table())
+            node->id = bin->table()->tablename;
+        node->rebuildArray();
+        return node;
+    }
+    node->load(url, notifications);
+    for (const auto& folder : subfolders(url))
+        node->children.push_back(loadEntry(folder, sharedstuff, notifications));
+    node->rebuildArray();
+    return node;
+}
+
+TreeNode BinsTreeLoader::load(BinsHost* sharedstuff, const std::optional<std::string>& url,
+                              Notifications* notifications) {
+    std::string base = url.value_or(m_baseUrl);
+    auto root = std::make_shared<BinsTreeEntry>("root", nullptr, std::vector<TreeNode>{}, sharedstuff);
+    // The base folder is the tree's, not a node's: its name is no group name.
+    root->Saveable::load(base, notifications);
+    for (const auto& folder : subfolders(base))
+        root->children.push_back(loadEntry(folder, sharedstuff, notifications));
+    root->rebuildArray();
+    for (Bin* bin : root->toarray) {
+        if (!bin->selected())
+            continue;
+        if (sharedstuff)
+            sharedstuff->openAfterLoading(*bin);
+        bin->setSelected(false);
+    }
+    return root;
+}
+
+TreeNode SmartbinsTreeLoader::load(BinsHost* sharedstuff, const std::optional<std::string>& url,
+                                   Notifications* notifications) {
+    auto root = BinsTreeLoader::load(sharedstuff, url, notifications);
+    root->id = "smartbins";
+    root->rebuildArray();
+    BinsTreeEntry* bins = sharedstuff ? sharedstuff->binsTree() : nullptr;
+    if (!bins)
+        return root;
+    for (Bin* bin : root->toarray) {
+        if (auto* link = smartLink(*bin))
+            link->resolveDomain(*bins);
+    }
+    return root;
+}
+
+} // namespace lumbra::project
