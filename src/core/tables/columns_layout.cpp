@@ -75,10 +75,7 @@ std::vector<std::string_view> tabParts(std::string_view line) {
 }
 
 bool endsWithLayoutSuffix(const fs::path& path) {
-    std::string lower = lowercased(path.filename().string());
-    return lower.size() >= ColumnsLayout::fileSuffix.size() &&
-           lower.compare(lower.size() - ColumnsLayout::fileSuffix.size(), std::string::npos,
-                         ColumnsLayout::fileSuffix) == 0;
+    return lowercased(path.filename().string()).ends_with(ColumnsLayout::fileSuffix);
 }
 
 // A list as it prints: ["Name", "Start"].
