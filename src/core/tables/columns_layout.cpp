@@ -132,6 +132,10 @@ bool ColumnsLayout::save(const std::string& folder, bool isCopy, Notifications* 
     std::string path = (fs::path(folder) / fileName()).string();
     auto fail = [&](const std::string& printed) {
         printLine(printed);
+        // The base save has marked the layout saved, but the disk does not hold it: the next save tries
+        // again.
+        if (!isCopy)
+            hasChanged = true;
         if (notifications)
             notifications->emplace_back("Error saving layout", "Error saving " + path, NotificationType::KO);
         return false;

@@ -193,6 +193,7 @@ TEST(ColumnsLayout, AFailedWriteLeavesThePreviousFileWhole) {
             setWriteFailureHook({});
         }
         EXPECT_FALSE(saved);
+        EXPECT_TRUE(layout.hasChanged);
         EXPECT_EQ(fileBytes(path), "Keep\nName\t80.0\nStart");
         EXPECT_EQ(listTree(dir.path()), (std::set<std::string>{"lumbra_details", "Keep.layout"}));
         ASSERT_EQ(notes.size(), 1u);

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "tables/columns_layout.h"
+#include "tables/notification.h"
+
+#include <memory>
+#include <string>
+
+namespace lumbra::tables {
+
+// Reads the saved layouts of a project: one folder per layout directly under the base folder.
+class LayoutsLoader {
+public:
+    explicit LayoutsLoader(std::string baseUrl) : m_baseUrl(std::move(baseUrl)) {}
+
+    // True when the folder lists a name ending in ".layout" in any case; false when it cannot be listed.
+    [[nodiscard]] static bool isLayoutFolder(const std::string& url);
+    // Null for a folder that is no layout folder; otherwise the loaded layout, even when the load
+    // failed (then with an empty name and no columns, and the notifications saying why).
+    [[nodiscard]] std::shared_ptr<ColumnsLayout> loadLayout(const std::string& url,
+                                                            Notifications* notifications) const;
+    // Every layout folder under the base, in listing order; empty, without a message, when the
+    // base cannot be listed.
+    [[nodiscard]] LayoutList loadAll(Notifications* notifications) const;
+
+    [[nodiscard]] const std::string& baseUrl() const noexcept { return m_baseUrl; }
+
+private:
+    std::string m_baseUrl;
+};
+
+} // namespace lumbra::tables
