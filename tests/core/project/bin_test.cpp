@@ -307,22 +307,42 @@ TEST(Bin, SaveIntoReadOnlyFolderFailsAndKeepsTheFiles) {
     EXPECT_EQ(readFile(dir.path / "bin_01.ale"), aleBefore);
 }
 
-TEST(Bin, AleWriteFailureIsReported) {
-    TempFolder dir;
-    Bin bin(makeTable("bin_01"), nullptr, nullptr, true);
-    ASSERT_TRUE(bin.save(dir.str(), false, nullptr));
-    std::string before = readFile(dir.path / "bin_01.ale");
-    bin.table()->data[0]->setData({{"Name", "changed"}});
-    bin.hasChanged = true;
-    lumbra::tables::setWriteFailureHook([](const std::string& path) { return path.ends_with(".ale"); });
-    Notifications notes;
-    PrintCapture capture;
-    bool saved = bin.save(dir.str(), false, &notes);
-    lumbra::tables::setWriteFailureHook({});
-    EXPECT_FALSE(saved);
-    std::string path = (dir.path / "bin_01").string();
-    EXPECT_TRUE(capture.contains("ERROR while saving file " + path));
-    EXPECT_EQ(notes, (Notifications{{"Error saving", "Error writing to " + path, NotificationType::KO}}));
-    EXPECT_EQ(readFile(dir.path / "bin_01.ale"), before);
-    EXPECT_EQ(listTree(dir.path), (std::set<std::string>{"lumbra_details", "bin_01.ale", "bin_01.bin"}));
+TEST(Bin, FileWriteFailureKeepsThePreviousFiles) {
+    struct Case {
+        std::string name;
+        std::string failing;
+        bool noted;
+    };
+    // A .bin file that fails says nothing of its own; the table file is reported.
+    const std::vector<Case> cases = {{"table file", ".ale", true}, {"bin file", ".bin", false}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        TempFolder dir;
+        Bin bin(makeTable("bin_01"), nullptr, nullptr, true);
+        ASSERT_TRUE(bin.save(dir.str(), false, nullptr));
+        std::string aleBefore = readFile(dir.path / "bin_01.ale");
+        std::string binBefore = readFile(dir.path / "bin_01.bin");
+        bin.table()->data[0]->setData({{"Name", "changed"}});
+        bin.tags = {"new"};
+        bin.hasChanged = true;
+        lumbra::tables::setWriteFailureHook(
+            [&](const std::string& path) { return path.ends_with(c.failing); });
+        Notifications notes;
+        PrintCapture capture;
+        bool saved = bin.save(dir.str(), false, &notes);
+        lumbra::tables::setWriteFailureHook({});
+        EXPECT_FALSE(saved);
+        EXPECT_TRUE(bin.hasChanged);
+        std::string path = (dir.path / "bin_01").string();
+        if (c.noted) {
+            EXPECT_TRUE(capture.contains("ERROR while saving file " + path));
+            EXPECT_EQ(notes,
+                      (Notifications{{"Error saving", "Error writing to " + path, NotificationType::KO}}));
+        } else {
+            EXPECT_TRUE(notes.empty());
+            EXPECT_EQ(readFile(dir.path / "bin_01.bin"), binBefore);
+        }
+        EXPECT_EQ(readFile(dir.path / "bin_01.ale"), aleBefore);
+        EXPECT_EQ(listTree(dir.path), (std::set<std::string>{"lumbra_details", "bin_01.ale", "bin_01.bin"}));
+    }
 }

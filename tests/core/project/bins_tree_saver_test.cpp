@@ -152,6 +152,20 @@ TEST(BinsTreeSaver, UserSessionLeavesDiskMatchingTheTree) {
         EXPECT_FALSE(node->identity().hasChanged) << node->name();
 }
 
+TEST(BinsTreeSaver, EqualNamesLieInFoldersOfTheirOwn) {
+    TempFolder dir;
+    auto first = makeGroup("Group_01", {makeLeaf("bin_01")});
+    auto second = makeGroup("Group_02", {makeLeaf("bin_01")});
+    first->setName("Same");
+    second->setName("Same");
+    auto root = makeGroup("root", {first, second});
+    BinsTreeSaver saver(dir.str(), *root);
+    ASSERT_TRUE(saver.saveItem(*root, nullptr));
+    EXPECT_EQ(listTree(dir.path), expectedFiles(*root));
+    auto loaded = BinsTreeLoader(dir.str()).load(nullptr, std::nullopt, nullptr);
+    EXPECT_EQ(loaded->allNames(), (std::vector<std::string>{"root", "Same", "bin_01", "Same", "bin_01"}));
+}
+
 TEST(BinsTreeSaver, NodeOutsideTheTreeIsReported) {
     TempFolder dir;
     Project p;
