@@ -28,6 +28,10 @@ struct SavedProject {
         p.layouts = {dailies, empty};
     }
     bool save(Notifications* notes = nullptr) { return LayoutsSaver(p, base).saveAll(notes); }
+    bool saveReadOnly(Notifications* notes) {
+        ReadOnlyFolder locked(base);
+        return save(notes);
+    }
     ColumnsLayout& dailies() { return *p.layouts[0]; }
 
     ProjectLayouts p;
@@ -111,14 +115,15 @@ TEST(LayoutsSaver, AFolderRenamedByHandIsMovedBackWithoutWriting) {
     auto times = ageFiles(project.base);
     ASSERT_TRUE(project.save());
     EXPECT_FALSE(fs::exists(project.base + "/renamed by hand"));
-    std::map<std::string, fs::file_time_type> moved;
-    for (const auto& [path, time] : times) {
-        std::string p = path;
-        if (auto at = p.find("renamed by hand"); at != std::string::npos)
-            p.replace(at, 15, dailiesFolder);
-        moved.emplace(p, time);
+    using Times = std::map<std::string, fs::file_time_type>;
+    Times moved;
+    for (auto [path, time] : times) {
+        if (auto at = path.find("renamed by hand"); at != std::string::npos)
+            path.replace(at, 15, dailiesFolder);
+        moved.emplace(path, time);
     }
-    EXPECT_EQ(fileTimes(project.base), moved);
+    auto after = fileTimes(project.base);
+    EXPECT_EQ(Times(after.begin(), after.end()), moved);
 }
 
 TEST(LayoutsSaver, FoldersOfLayoutsNoLongerListedAreRemoved) {
@@ -145,12 +150,7 @@ TEST(LayoutsSaver, AFailedMoveIsReportedAndChangesNothing) {
     auto tree = listTree(project.base);
     Notifications notes;
     PrintCapture capture;
-    bool saved;
-    {
-        ReadOnly locked(project.base);
-        Unprivileged asUser;
-        saved = project.save(&notes);
-    }
+    bool saved = project.saveReadOnly(&notes);
     EXPECT_FALSE(saved);
     EXPECT_EQ(listTree(project.base), tree);
     std::string where = "Rushes from " + project.base + "/" + dailiesFolder + " to " + project.base +
@@ -195,12 +195,7 @@ TEST(LayoutsSaver, AFolderThatCannotBeRemovedIsOnlyPrinted) {
     project.p.layouts.pop_back();
     Notifications notes;
     PrintCapture capture;
-    bool saved;
-    {
-        ReadOnly locked(project.base);
-        Unprivileged asUser;
-        saved = project.save(&notes);
-    }
+    bool saved = project.saveReadOnly(&notes);
     EXPECT_TRUE(saved);
     EXPECT_TRUE(notes.empty());
     EXPECT_TRUE(capture.contains("ERROR removing " + project.base + "/" + emptyFolder));
