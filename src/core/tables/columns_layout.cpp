@@ -132,8 +132,7 @@ bool ColumnsLayout::save(const std::string& folder, bool isCopy, Notifications* 
     std::string path = (fs::path(folder) / fileName()).string();
     auto fail = [&](const std::string& printed) {
         printLine(printed);
-        // The base save has marked the layout saved, but the disk does not hold it: the next save tries
-        // again.
+        // The base save marked the layout saved, yet the disk does not hold it: the next save retries.
         if (!isCopy)
             hasChanged = true;
         if (notifications)
@@ -146,11 +145,12 @@ bool ColumnsLayout::save(const std::string& folder, bool isCopy, Notifications* 
         return fail("Error saving " + path);
     // A rename leaves the old name's file behind and a load takes the first in the listing, so only
     // the file just written may stay; one that cannot be removed fails the save.
+    std::string ownName = fileName();
     std::error_code ec;
     for (const auto& entry : fs::directory_iterator(folder, ec)) {
         std::error_code removeError;
-        if (entry.path().filename() != fileName() && endsWithLayoutSuffix(entry.path()) &&
-            !fs::remove(entry.path(), removeError))
+        if (entry.is_regular_file(removeError) && entry.path().filename() != ownName &&
+            endsWithLayoutSuffix(entry.path()) && !fs::remove(entry.path(), removeError) && removeError)
             return fail("ERROR removing " + entry.path().string());
     }
     return true;

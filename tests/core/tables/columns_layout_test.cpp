@@ -214,6 +214,18 @@ TEST(ColumnsLayout, ARenameLeavesOnlyTheNewFile) {
     ColumnsLayout read("");
     ASSERT_TRUE(read.load(dir.path(), nullptr));
     EXPECT_EQ(read.name, "New");
+
+    // A stray file that cannot be removed could win the next load, so the save fails.
+    std::string stray = dir.write("stray.layout", "Stray");
+    Notifications notes;
+    PrintCapture capture;
+    {
+        ReadOnlyFolder locked(dir.path());
+        EXPECT_FALSE(layout.save(dir.path(), false, &notes));
+    }
+    EXPECT_TRUE(capture.contains("ERROR removing " + stray));
+    ASSERT_EQ(notes.size(), 1u);
+    EXPECT_EQ(notes[0].title, "Error saving layout");
 }
 
 TEST(ColumnsLayout, ASecondSaveWithNothingChangedWritesNoFile) {
