@@ -3,7 +3,7 @@
 set -euo pipefail
 packages=(
     cmake g++ clang libclang-rt-14-dev clang-format pkg-config
-    qt6-base-dev qt6-base-dev-tools qt6-webengine-dev libgl1-mesa-dev
+    qt6-base-dev qt6-base-dev-tools qt6-webengine-dev libqt6svg6 libgl1-mesa-dev
     libzip-dev libpython3.11-dev libicu-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     python3 xvfb xauth

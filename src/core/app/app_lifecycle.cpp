@@ -1,6 +1,7 @@
 #include "app/app_lifecycle.h"
 
 #include <thread>
+#include <utility>
 
 namespace lumbra::app {
 
@@ -63,15 +64,10 @@ bool AppLifecycle::shouldHandleReopen() {
 
 TerminateReply AppLifecycle::applicationShouldTerminate() {
     // The quit command of a project window has asked already; the user answers once per quit.
-    if (m_quitConfirmed) {
-        m_quitConfirmed = false;
-        return TerminateReply::Now;
-    }
     const std::vector<ProjectWindow*> windows = m_windows.projectWindows();
-    if (windows.empty()) {
-        return TerminateReply::Now;
-    }
-    return confirmProjectClose(*windows.front()) ? TerminateReply::Now : TerminateReply::Cancel;
+    m_terminating =
+        std::exchange(m_quitConfirmed, false) || windows.empty() || confirmProjectClose(*windows.front());
+    return m_terminating ? TerminateReply::Now : TerminateReply::Cancel;
 }
 
 bool AppLifecycle::confirmProjectClose(ProjectWindow& window) {

@@ -82,6 +82,8 @@ public:
     [[nodiscard]] TerminateReply applicationShouldTerminate();
     // Save, don't save or cancel before a project window goes; true when it may go.
     bool confirmProjectClose(ProjectWindow& window);
+    // True once a quit was allowed: the windows it closes go without asking again.
+    [[nodiscard]] bool terminating() const noexcept { return m_terminating; }
     // The quit command of a project window; true when the application should now be asked to end.
     bool terminateFromProjectWindow(ProjectWindow& window);
 
@@ -96,6 +98,7 @@ private:
     std::shared_ptr<ProbeState> m_probeState;
     std::future<void> m_probeDone;
     bool m_quitConfirmed = false;
+    bool m_terminating = false;
 };
 
 } // namespace lumbra::app

@@ -39,6 +39,10 @@ bool holdsProjectFile(const fs::path& folder) {
 
 } // namespace
 
+bool hasForbiddenProjectCharacter(std::string_view name) {
+    return name.find_first_of(":,;/`@{}\n<>") != std::string_view::npos;
+}
+
 std::string folderKey(int folderType) {
     switch (folderType) {
     case static_cast<int>(FolderType::Local):
@@ -127,6 +131,60 @@ std::optional<fs::path> ProjectCatalogue::selectedProjectFolder() const {
         return std::nullopt;
     }
     return folder() / m_availableProjects[static_cast<std::size_t>(*m_selected)];
+}
+
+bool ProjectCatalogue::deleteProject(int index, UserInteraction& interaction) {
+    select(index);
+    const std::optional<fs::path> path = selectedProjectFolder();
+    if (!path) {
+        return false;
+    }
+    const std::string name = m_availableProjects[static_cast<std::size_t>(index)];
+    const AlertAnswer answer = interaction.alert({"Delete Project?",
+                                                  "Project \"" + name + "\" will be deleted.",
+                                                  AlertStyle::Warning,
+                                                  {"Confirm", "Cancel"},
+                                                  false});
+    if (answer.button != 0) {
+        return false;
+    }
+    tables::printLine("removing " + path->string());
+    std::error_code error;
+    fs::remove_all(*path, error);
+    if (error) {
+        tables::printLine("Error removing folder " + path->string());
+    }
+    refresh();
+    return !error;
+}
+
+bool ProjectCatalogue::renameProject(int index, UserInteraction& interaction) {
+    select(index);
+    const std::optional<fs::path> path = selectedProjectFolder();
+    if (!path) {
+        return false;
+    }
+    const std::string oldName = m_availableProjects[static_cast<std::size_t>(index)];
+    const std::optional<std::string> newName =
+        interaction.askText({"Rename project", "Insert a new name for project \"" + oldName + "\"", oldName,
+                             m_availableProjects});
+    if (!newName) {
+        return false;
+    }
+    tables::printLine("renaming project from \"" + oldName + "\" to \"" + *newName + "\"");
+    const fs::path target = path->parent_path() / *newName;
+    std::error_code error;
+    // A name that would leave the folder, or take an existing one, fails like any other move.
+    if (newName->empty() || hasForbiddenProjectCharacter(*newName) || fs::exists(target, error)) {
+        error = std::make_error_code(std::errc::invalid_argument);
+    } else {
+        fs::rename(*path, target, error);
+    }
+    if (error) {
+        tables::printLine("Error renaming folder " + path->string());
+    }
+    refresh();
+    return !error;
 }
 
 } // namespace lumbra::app

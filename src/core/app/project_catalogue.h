@@ -1,10 +1,12 @@
 #pragma once
 
 #include "app/user_defaults.h"
+#include "app/user_interaction.h"
 
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace lumbra::app {
@@ -21,6 +23,9 @@ enum class FolderType { Local = 0, Shared = 1, External = 2 };
 // The project names in a folder: its direct subfolders, not hidden, holding a "tarelproject" file,
 // in the program's text order. A folder that cannot be listed prints an error and gives none.
 [[nodiscard]] std::vector<std::string> listProjects(const std::filesystem::path& folder);
+
+// True when the name holds a character a project's name may not hold: ":,;/`@{}<>" or a line feed.
+[[nodiscard]] bool hasForbiddenProjectCharacter(std::string_view name);
 
 // The projects of one of the three folders, as the chooser shows them.
 class ProjectCatalogue {
@@ -48,6 +53,12 @@ public:
     [[nodiscard]] std::optional<int> selected() const noexcept { return m_selected; }
     // The folder of the selected project; absent with no selection.
     [[nodiscard]] std::optional<std::filesystem::path> selectedProjectFolder() const;
+
+    // Asks "Delete Project?", then removes the folder; false when cancelled or when removal failed (printed).
+    bool deleteProject(int index, UserInteraction& interaction);
+    // Asks for a new name, then moves the folder in the same parent; false when cancelled or on failure
+    // (printed).
+    bool renameProject(int index, UserInteraction& interaction);
 
 private:
     UserDefaults& m_defaults;

@@ -125,13 +125,16 @@ TEST_F(AppLifecycleTest, CancelChangesNothing) {
     EXPECT_TRUE(saveLog.empty());
     EXPECT_EQ(windows.chooserOpened, 0);
     EXPECT_EQ(interaction.alerts().size(), 1u);
+    EXPECT_FALSE(lifecycle.terminating());
 }
 
 TEST_F(AppLifecycleTest, QuitFromAProjectWindowAsksOnce) {
     addProject("First");
     interaction.queueAlert("Save");
     ASSERT_TRUE(lifecycle.terminateFromProjectWindow(*windows.projects[0]));
+    EXPECT_FALSE(lifecycle.terminating());
     EXPECT_EQ(lifecycle.applicationShouldTerminate(), TerminateReply::Now);
+    EXPECT_TRUE(lifecycle.terminating());
     EXPECT_EQ(interaction.alerts().size(), 1u);
     EXPECT_EQ(saveLog, (std::vector<std::string>{"First"}));
     // The answer covers that one quit only: the next quit asks again.

@@ -1,4 +1,5 @@
 #include "app/project_catalogue.h"
+#include "app/scripted_interaction.h"
 #include "tables/console.h"
 
 #include <fstream>
@@ -161,6 +162,86 @@ TEST(ProjectCatalogue, SelectionFollowsTheTagAndRefreshClearsIt) {
     catalogue.select(0);
     catalogue.refresh();
     EXPECT_FALSE(catalogue.selectedProjectFolder());
+}
+
+} // namespace
+} // namespace lumbra::app
+
+namespace lumbra::app {
+namespace {
+
+class CatalogueEditTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        touch(home.path() / "Alpha" / "tarelproject");
+        touch(home.path() / "Beta" / "tarelproject");
+        touch(home.path() / "Beta" / "_bins_" / "x.ale");
+        catalogue.refresh();
+    }
+
+    TempFolder home;
+    MemoryUserDefaults defaults;
+    ProjectCatalogue catalogue{defaults, home.path()};
+    ScriptedInteraction interaction;
+    tables::PrintCapture capture;
+};
+
+TEST_F(CatalogueEditTest, DeleteConfirmedRemovesTheWholeFolder) {
+    interaction.queueAlert("Confirm");
+    EXPECT_TRUE(catalogue.deleteProject(1, interaction));
+    ASSERT_EQ(interaction.alerts().size(), 1u);
+    EXPECT_EQ(interaction.alerts()[0].title, "Delete Project?");
+    EXPECT_EQ(interaction.alerts()[0].text, "Project \"Beta\" will be deleted.");
+    EXPECT_EQ(interaction.alerts()[0].buttons, (std::vector<std::string>{"Confirm", "Cancel"}));
+    EXPECT_TRUE(capture.contains("removing " + (home.path() / "Beta").string()));
+    EXPECT_FALSE(fs::exists(home.path() / "Beta"));
+    EXPECT_EQ(catalogue.availableProjects(), (std::vector<std::string>{"Alpha"}));
+}
+
+TEST_F(CatalogueEditTest, DeleteCancelledOrOutOfRangeChangesNothing) {
+    interaction.queueAlert("Cancel");
+    EXPECT_FALSE(catalogue.deleteProject(0, interaction));
+    EXPECT_FALSE(catalogue.deleteProject(5, interaction));
+    EXPECT_EQ(interaction.alerts().size(), 1u);
+    EXPECT_TRUE(fs::exists(home.path() / "Alpha" / "tarelproject"));
+    EXPECT_EQ(catalogue.availableProjects().size(), 2u);
+}
+
+TEST_F(CatalogueEditTest, RenameMovesTheFolderAndKeepsItsContent) {
+    interaction.queueText("Beta 2");
+    EXPECT_TRUE(catalogue.renameProject(1, interaction));
+    ASSERT_EQ(interaction.textRequests().size(), 1u);
+    const TextRequest& asked = interaction.textRequests()[0];
+    EXPECT_EQ(asked.title, "Rename project");
+    EXPECT_EQ(asked.text, "Insert a new name for project \"Beta\"");
+    EXPECT_EQ(asked.defaultValue, "Beta");
+    EXPECT_EQ(asked.takenNames, (std::vector<std::string>{"Alpha", "Beta"}));
+    EXPECT_TRUE(capture.contains("renaming project from \"Beta\" to \"Beta 2\""));
+    EXPECT_TRUE(fs::exists(home.path() / "Beta 2" / "_bins_" / "x.ale"));
+    EXPECT_EQ(catalogue.availableProjects(), (std::vector<std::string>{"Alpha", "Beta 2"}));
+}
+
+TEST_F(CatalogueEditTest, RenameRefusesNamesThatWouldMisplaceTheFolder) {
+    struct Case {
+        const char* name;
+        std::string newName;
+    };
+    const Case cases[] = {
+        {"slash", "Sub/Beta"},
+        {"colon", "Be:ta"},
+        {"empty", ""},
+        {"existing folder", "Alpha"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        interaction.queueText(c.newName);
+        EXPECT_FALSE(catalogue.renameProject(1, interaction));
+        EXPECT_TRUE(capture.contains("Error renaming folder " + (home.path() / "Beta").string()));
+        EXPECT_EQ(catalogue.availableProjects(), (std::vector<std::string>{"Alpha", "Beta"}));
+    }
+    interaction.queueText(std::nullopt);
+    EXPECT_FALSE(catalogue.renameProject(1, interaction));
+    EXPECT_TRUE(fs::exists(home.path() / "Beta" / "tarelproject"));
 }
 
 } // namespace

@@ -1,0 +1,153 @@
+#include "qt_user_interaction.h"
+
+#include "tables/console.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <algorithm>
+
+namespace lumbra::shell {
+
+namespace {
+
+QString toQt(const std::string& text) {
+    return QString::fromStdString(text);
+}
+
+QMessageBox::Icon iconFor(app::AlertStyle style) {
+    switch (style) {
+    case app::AlertStyle::Warning:
+        return QMessageBox::Warning;
+    case app::AlertStyle::Critical:
+        return QMessageBox::Critical;
+    case app::AlertStyle::Informational:
+        break;
+    }
+    return QMessageBox::Information;
+}
+
+// Buttons keep the caller's meaning: the first accepts, a "Cancel" rejects, the others are alternatives.
+QMessageBox::ButtonRole roleFor(const std::string& title, std::size_t index) {
+    if (title == "Cancel") {
+        return QMessageBox::RejectRole;
+    }
+    return index == 0 ? QMessageBox::AcceptRole : QMessageBox::DestructiveRole;
+}
+
+// A name prompt that will not confirm a name already in use.
+class NameDialog final : public QDialog {
+public:
+    NameDialog(const app::TextRequest& request, QWidget* parent) : QDialog(parent) {
+        setWindowTitle(toQt(request.title));
+        auto* layout = new QVBoxLayout(this);
+        auto* label = new QLabel(toQt(request.text), this);
+        label->setWordWrap(true);
+        m_edit = new QLineEdit(toQt(request.defaultValue), this);
+        m_edit->selectAll();
+        m_hint = new QLabel(tr("This name is already in use."), this);
+        m_hint->setForegroundRole(QPalette::PlaceholderText);
+        m_buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+        layout->addWidget(label);
+        layout->addWidget(m_edit);
+        layout->addWidget(m_hint);
+        layout->addWidget(m_buttons);
+        setMinimumWidth(360);
+        for (const std::string& name : request.takenNames) {
+            m_taken.insert(toQt(name));
+        }
+        connect(m_buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+        connect(m_buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+        connect(m_edit, &QLineEdit::textChanged, this, [this] { updateState(); });
+        updateState();
+    }
+
+    [[nodiscard]] QString value() const { return m_edit->text(); }
+
+private:
+    void updateState() {
+        const bool taken = m_taken.contains(m_edit->text());
+        m_hint->setVisible(taken);
+        m_buttons->button(QDialogButtonBox::Ok)->setEnabled(!taken);
+    }
+
+    QLineEdit* m_edit = nullptr;
+    QLabel* m_hint = nullptr;
+    QDialogButtonBox* m_buttons = nullptr;
+    QSet<QString> m_taken;
+};
+
+} // namespace
+
+QtUserInteraction::QtUserInteraction(QObject* parent) : QObject(parent) {
+}
+
+app::AlertAnswer QtUserInteraction::alert(const app::AlertRequest& request) {
+    QMessageBox box(QApplication::activeWindow());
+    box.setIcon(iconFor(request.style));
+    box.setWindowTitle(QApplication::applicationDisplayName());
+    box.setText(toQt(request.title));
+    box.setInformativeText(toQt(request.text));
+    std::vector<std::string> titles = request.buttons;
+    if (titles.empty()) {
+        titles.push_back("OK");
+    }
+    std::vector<QAbstractButton*> buttons;
+    for (std::size_t i = 0; i < titles.size(); ++i) {
+        buttons.push_back(box.addButton(toQt(titles[i]), roleFor(titles[i], i)));
+    }
+    box.setDefaultButton(qobject_cast<QPushButton*>(buttons.front()));
+    const auto cancel = std::find(titles.begin(), titles.end(), "Cancel");
+    box.setEscapeButton(cancel != titles.end() ? buttons[static_cast<std::size_t>(cancel - titles.begin())]
+                                               : buttons.back());
+    QCheckBox* applyToAll = nullptr;
+    if (request.showApplyToAll) {
+        applyToAll = new QCheckBox(tr("Apply to all"), &box);
+        box.setCheckBox(applyToAll);
+    }
+    box.exec();
+    const auto pressed = std::find(buttons.begin(), buttons.end(), box.clickedButton());
+    const int index = pressed == buttons.end() ? static_cast<int>(buttons.size()) - 1
+                                               : static_cast<int>(pressed - buttons.begin());
+    return {index, applyToAll != nullptr && applyToAll->isChecked()};
+}
+
+std::optional<std::string> QtUserInteraction::askText(const app::TextRequest& request) {
+    NameDialog dialog(request, QApplication::activeWindow());
+    if (dialog.exec() != QDialog::Accepted) {
+        return std::nullopt;
+    }
+    return dialog.value().toStdString();
+}
+
+std::optional<std::filesystem::path> QtUserInteraction::chooseFolder(const app::FolderRequest& request) {
+    const QString folder =
+        QFileDialog::getExistingDirectory(QApplication::activeWindow(), toQt(request.title),
+                                          QString::fromStdString(request.startFolder.string()));
+    if (folder.isEmpty()) {
+        return std::nullopt;
+    }
+    return std::filesystem::path(folder.toStdString());
+}
+
+void QtUserInteraction::addLog(const std::string& text, bool notify, const std::string& title,
+                               tables::NotificationType kind) {
+    tables::printLine(text);
+    emit logAdded(toQt(text), notify, toQt(title), static_cast<int>(kind));
+}
+
+void QtUserInteraction::notify(const tables::Notifications& notifications) {
+    for (const tables::NotificationData& notice : notifications) {
+        tables::printLine(notice.title + ": " + notice.body);
+        emit notificationAdded(toQt(notice.title), toQt(notice.body), static_cast<int>(notice.type));
+    }
+}
+
+} // namespace lumbra::shell

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "app/user_interaction.h"
+
+#include <QObject>
+#include <QString>
+
+namespace lumbra::shell {
+
+// The user interaction of the desktop: alerts, prompts and folder choices as modal Qt dialogs.
+class QtUserInteraction final : public QObject, public app::UserInteraction {
+    Q_OBJECT
+
+public:
+    explicit QtUserInteraction(QObject* parent = nullptr);
+
+    app::AlertAnswer alert(const app::AlertRequest& request) override;
+    std::optional<std::string> askText(const app::TextRequest& request) override;
+    std::optional<std::filesystem::path> chooseFolder(const app::FolderRequest& request) override;
+    void addLog(const std::string& text, bool notify, const std::string& title,
+                tables::NotificationType kind) override;
+    void notify(const tables::Notifications& notifications) override;
+
+signals:
+    // The project window shows these; until one listens they go to standard output only.
+    void logAdded(const QString& text, bool notify, const QString& title, int kind);
+    void notificationAdded(const QString& title, const QString& body, int type);
+};
+
+} // namespace lumbra::shell
