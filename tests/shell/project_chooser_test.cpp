@@ -12,6 +12,7 @@
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 #include <QToolButton>
 #include <memory>
 
@@ -207,6 +208,23 @@ private slots:
         QCOMPARE(project.saves, 0);
         QVERIFY(project.isVisible());
         QVERIFY(m_delegate->projectChooser()->isVisible());
+    }
+
+    void quitFromTheMenuRunsTheRulesAndEndsTheLoop() {
+        m_delegate->start();
+        FakeProjectWindow project;
+        project.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&project));
+        m_interaction->queueAlert(std::string("Cancel"));
+        m_interaction->queueAlert(std::string("Save"));
+        // The first quit is cancelled and the loop goes on; the second saves and ends it.
+        QTimer::singleShot(0, m_delegate.get(), &AppDelegate::requestQuit);
+        QTimer::singleShot(50, m_delegate.get(), &AppDelegate::requestQuit);
+        QTimer::singleShot(5000, qApp, [] { QCoreApplication::exit(7); });
+        QCOMPARE(QCoreApplication::exec(), 0);
+        QCOMPARE(m_interaction->alerts().size(), 2u);
+        QCOMPARE(project.saves, 1);
+        QVERIFY(m_delegate->lifecycle().terminating());
     }
 
     void screenshot() {
