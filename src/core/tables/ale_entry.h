@@ -13,8 +13,9 @@ class ALETable;
 class ProjectLink;
 
 // One clip: a map from column name to text. Rows are shared by their bin's table and the
-// smart tables that list them, hence held by shared pointer.
-class ALEEntry {
+// smart tables that list them, hence held by shared pointer; a row finds its own handle when it
+// tells the project it changed.
+class ALEEntry : public std::enable_shared_from_this<ALEEntry> {
 public:
     explicit ALEEntry(RowData data = {}, ProjectLink* sharedstuff = nullptr, ALETable* table = nullptr)
         : m_data(std::move(data)), sharedstuff(sharedstuff), table(table) {}

@@ -1,0 +1,230 @@
+#include "project/shared_stuff.h"
+
+#include "project/bin.h"
+#include "project/name_makers.h"
+#include "project/project_saver.h"
+#include "project/tag_trees.h"
+#include "tables/ale_table.h"
+#include "tables/console.h"
+
+#include <algorithm>
+
+namespace lumbra::project {
+
+using tables::printLine;
+
+SharedStuff::SharedStuff(app::UserInteraction* interaction)
+    : bins(std::make_shared<BinsTreeEntry>("root", nullptr, std::vector<TreeNode>{}, this)),
+      smartbins(std::make_shared<BinsTreeEntry>("smartbins", nullptr, std::vector<TreeNode>{}, this)),
+      interaction(interaction), m_saver(std::make_unique<ProjectSaver>(*this)) {
+    TagTrees trees = emptyTagTrees();
+    tagThreeWithSmartbins = std::move(trees.withSmartbins);
+    tagThreeWithoutSmartbins = std::move(trees.withoutSmartbins);
+}
+
+SharedStuff::~SharedStuff() = default;
+
+std::optional<std::string> SharedStuff::projectPath() const {
+    if (!currentFolder || !projectName)
+        return std::nullopt;
+    return *currentFolder + "/" + *projectName;
+}
+
+void SharedStuff::addBin(std::shared_ptr<Bin> bin, BinsTreeEntry* group) {
+    if (group) {
+        group->addBin(std::move(bin));
+        group->rebuildArray();
+        bins->rebuildArray();
+    } else {
+        bins->addBin(std::move(bin));
+    }
+    for (SharedStuffDelegate* delegate : delegates)
+        delegate->reloadBinsLists();
+    projectChanged();
+}
+
+void SharedStuff::addSmartbin(std::shared_ptr<Bin> bin, BinsTreeEntry* group) {
+    SmartTableLink* smart = bin ? smartLink(*bin) : nullptr;
+    if (!smart) {
+        printLine("ERROR: only a bin with a smart table enters the smart bins tree");
+        return;
+    }
+    Bin& added = *bin;
+    if (group)
+        group->addBin(std::move(bin));
+    else
+        smartbins->addBin(std::move(bin));
+    for (Bin* source : bins->toarray)
+        smart->reEvaluateAll(*source);
+    if (added.selected() && added.box())
+        added.box()->refresh();
+    if (group)
+        group->rebuildArray();
+    smartbins->rebuildArray();
+    rebuildTagTrees();
+    for (SharedStuffDelegate* delegate : delegates)
+        delegate->reloadBinsLists();
+    projectChanged();
+}
+
+void SharedStuff::refreshSmartbins(Bin& bin, bool refreshBin) {
+    for (Bin* smartbin : smartbins->toarray) {
+        SmartTableLink* smart = smartLink(*smartbin);
+        if (smart && bin.table() && bin.table()->bin)
+            smart->reEvaluateAll(bin);
+        if (smartbin->selected() && smartbin->box())
+            smartbin->box()->refresh();
+    }
+    if (refreshBin && bin.selected() && bin.box())
+        bin.box()->refresh();
+    rebuildTagTrees();
+}
+
+std::vector<Bin*> SharedStuff::openBins() const {
+    std::vector<Bin*> out;
+    std::copy_if(bins->toarray.begin(), bins->toarray.end(), std::back_inserter(out),
+                 [](const Bin* b) { return b->selected(); });
+    out.insert(out.end(), smartbins->toarray.begin(), smartbins->toarray.end());
+    return out;
+}
+
+std::vector<Bin*> SharedStuff::allBins() const {
+    std::vector<Bin*> out = bins->toarray;
+    out.insert(out.end(), smartbins->toarray.begin(), smartbins->toarray.end());
+    return out;
+}
+
+tables::OrderedStringList SharedStuff::allColumns() const {
+    tables::OrderedStringList out(true);
+    auto addAll = [&](const std::vector<std::string>& names) {
+        for (const auto& name : names)
+            out.insert(name);
+    };
+    for (const Bin* bin : allBins()) {
+        if (bin->table())
+            addAll(bin->table()->cols);
+    }
+    for (const auto& layout : projectLayouts.layouts)
+        addAll(layout->columns);
+    if (projectLayouts.baseLayout)
+        addAll(projectLayouts.baseLayout->columns);
+    return out;
+}
+
+void SharedStuff::refreshOpenBoxes() {
+    for (SharedStuffDelegate* delegate : delegates)
+        delegate->refreshOpenBoxes();
+}
+
+void SharedStuff::refreshLayoutButtons() {
+    for (SharedStuffDelegate* delegate : delegates)
+        delegate->refreshLayoutButtons();
+}
+
+bool SharedStuff::removeJob(const std::string& name) {
+    auto it =
+        std::find_if(tareljobs.begin(), tareljobs.end(), [&](const TarelJob& j) { return j.name == name; });
+    if (it == tareljobs.end())
+        return false;
+    tareljobs.erase(it);
+    return true;
+}
+
+bool SharedStuff::addJob(TarelJob job) {
+    auto it = std::find_if(tareljobs.begin(), tareljobs.end(),
+                           [&](const TarelJob& j) { return j.name == job.name; });
+    if (it != tareljobs.end()) {
+        const app::AlertRequest request{"Delete Existing Job?",
+                                        "A job named " + job.name + " already exists. Overwrite it?",
+                                        app::AlertStyle::Warning,
+                                        {"Overwrite", "Cancel"},
+                                        false};
+        // Without anyone to ask, an existing job is never overwritten.
+        if (!interaction || interaction->alert(request).button != 0)
+            return false;
+        tareljobs.erase(it);
+    }
+    tareljobs.push_back(std::move(job));
+    return true;
+}
+
+void SharedStuff::flushBufferedNotifications() {
+    if (interaction && !bufferedNotifications.empty())
+        interaction->notify(bufferedNotifications);
+    bufferedNotifications.clear();
+}
+
+void SharedStuff::projectChanged() {
+    if (autosave)
+        save();
+    else
+        something_to_save = true;
+}
+
+void SharedStuff::addLog(const std::string& text, bool notify, const std::string& title,
+                         tables::NotificationType kind) {
+    if (mainWindow && interaction) {
+        interaction->addLog(text, notify, title, kind);
+        return;
+    }
+    printLine(text);
+    if (notify)
+        bufferedNotifications.emplace_back(title, text, kind);
+}
+
+std::string SharedStuff::nextBinName() const {
+    return project::nextBinName(*bins, *smartbins);
+}
+
+std::string SharedStuff::nextGroupName() const {
+    return project::nextGroupName(*bins, *smartbins);
+}
+
+std::string SharedStuff::nextSmartbinName() const {
+    return project::nextSmartbinName(*bins, *smartbins);
+}
+
+std::string SharedStuff::uniqueId(const std::string& name) const {
+    return project::uniqueId(name, *bins, *smartbins);
+}
+
+std::string SharedStuff::uniqueName(const std::string& name) const {
+    return project::uniqueName(name, *bins, *smartbins);
+}
+
+std::shared_ptr<tables::ColumnsLayout> SharedStuff::baseLayout() const {
+    return projectLayouts.baseLayout;
+}
+
+std::unique_ptr<BinBoxLink> SharedStuff::makeBox(Bin& bin) {
+    return mainWindow ? mainWindow->makeBox(bin) : nullptr;
+}
+
+void SharedStuff::showBox(Bin& bin, bool shown) {
+    if (!shown && activeBin == &bin)
+        activeBin = nullptr;
+    if (mainWindow)
+        mainWindow->showBox(bin, shown);
+}
+
+void SharedStuff::openAfterLoading(Bin& bin) {
+    openthesebinsafterloading.push_back(&bin);
+}
+
+void SharedStuff::rebuildTagTrees() {
+    TagTrees trees = buildTagTrees(*bins, *smartbins);
+    tagThreeWithSmartbins = std::move(trees.withSmartbins);
+    tagThreeWithoutSmartbins = std::move(trees.withoutSmartbins);
+}
+
+void SharedStuff::rowChanged(tables::ALEEntry& row) {
+    tables::EntryPtr handle = row.weak_from_this().lock();
+    if (!handle)
+        return;
+    for (Bin* smartbin : smartbins->toarray) {
+        if (SmartTableLink* smart = smartLink(*smartbin))
+            smart->reEvaluate(handle);
+    }
+}
+
+} // namespace lumbra::project
