@@ -1,8 +1,48 @@
 #include "project/project_saver.h"
 
+#include "project/bins_tree_saver.h"
+#include "project/project_archive.h"
+#include "project/project_file.h"
 #include "project/shared_stuff.h"
+#include "tables/console.h"
+#include "tables/layouts_saver.h"
+#include "tables/text_file.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
+#include <functional>
+#include <sys/stat.h>
 
 namespace lumbra::project {
+
+namespace fs = std::filesystem;
+using tables::NotificationType;
+using tables::printLine;
+
+namespace {
+
+std::string join(const std::string& folder, const std::string& name) {
+    return (fs::path(folder) / name).string();
+}
+
+// Seconds since 1970 at which the file was made; its last change where the file system keeps no birth time.
+double creationTime(const fs::path& path) {
+    struct statx info {};
+    if (::statx(AT_FDCWD, path.c_str(), 0, STATX_BTIME | STATX_MTIME, &info) != 0)
+        return nowSeconds();
+    const statx_timestamp& stamp = (info.stx_mask & STATX_BTIME) ? info.stx_btime : info.stx_mtime;
+    return static_cast<double>(stamp.tv_sec) + stamp.tv_nsec / 1e9;
+}
+
+// A folder of its own in the temporary directory for each archive, so two archives in one run never meet.
+std::string newTemporaryFolder() {
+    return (fs::temp_directory_path() / ("lumbra-archive-" + makeUuid())).string();
+}
+
+} // namespace
 
 ProjectSaver::ProjectSaver(SharedStuff& sharedstuff) : sharedstuff(sharedstuff) {
 }
@@ -39,19 +79,316 @@ void SharedStuff::backupTick() {
     backup();
 }
 
+bool ProjectSaver::saveAll(const std::optional<std::string>& path, bool isCopy) {
+    const std::optional<std::string> base = path ? path : sharedstuff.projectPath();
+    if (!base) {
+        sharedstuff.addLog("Cannot save: the project has no folder", true, "Save Failed",
+                           NotificationType::KO);
+        return false;
+    }
+    // A copy keeps every layout's changed mark: the project's own folder has still to get it.
+    auto layouts = [&](const std::string& url) {
+        std::vector<bool> marks;
+        for (const auto& layout : sharedstuff.projectLayouts.layouts)
+            marks.push_back(layout->hasChanged);
+        bool ok = saveLayouts(url);
+        if (isCopy) {
+            for (std::size_t i = 0; i < marks.size() && i < sharedstuff.projectLayouts.layouts.size(); ++i)
+                sharedstuff.projectLayouts.layouts[i]->hasChanged = marks[i];
+        }
+        return ok;
+    };
+    struct Step {
+        const char* line;
+        const char* folder;
+        const char* failure;
+        std::function<bool(const std::string&)> run;
+    };
+    const Step steps[] = {
+        {"-- saving bins", binsFolderName, "Error while saving bins",
+         [&](const std::string& url) { return saveBins(url, isCopy); }},
+        {"-- saving smartbins", smartbinsFolderName, "Error while saving smartbins",
+         [&](const std::string& url) { return saveSmartbins(url, isCopy); }},
+        {"-- saving export presets", exportPresetsFolderName, "Error while saving export presets",
+         [&](const std::string& url) { return saveExportPresets(url); }},
+        {"-- saving report presets", reportPresetsFolderName, "Error while saving report presets",
+         [&](const std::string& url) { return saveReportPresets(url); }},
+        {"-- saving layout mapping presets", mapPresetsFolderName,
+         "Error while saving layout mapping presets",
+         [&](const std::string& url) { return saveMapPresets(url); }},
+        {"-- saving dbs", dbFolderName, "Error while saving dbs",
+         [&](const std::string& url) { return saveDbs(url); }},
+        {"-- saving layouts", tables::layoutsFolderName.data(), "Error while saving layouts", layouts},
+        {"-- saving pivots", pivotFolderName, "Error while saving pivot tables",
+         [&](const std::string& url) { return savePivots(url); }},
+    };
+    for (const Step& step : steps) {
+        printLine(step.line);
+        if (!step.run(join(*base, step.folder))) {
+            sharedstuff.addLog(step.failure, true, "Save Failed", NotificationType::KO);
+            return false;
+        }
+    }
+    // A copy leaves the removals to the project's own next save, whose folders they concern.
+    if (!isCopy) {
+        entriesToRemove.clear();
+        presetsToRemove.clear();
+        dbsToRemove.clear();
+    }
+    return true;
+}
+
+bool ProjectSaver::saveTree(BinsTreeEntry& root, const std::string& path, bool isCopy) {
+    BinsTreeSaver saver(path, root);
+    if (isCopy)
+        return saver.saveAll(path, root, &sharedstuff.bufferedNotifications);
+    return saver.removeEntries(entriesToRemove, &sharedstuff.bufferedNotifications);
+}
+
+bool ProjectSaver::saveBins(const std::string& path, bool isCopy) {
+    return saveTree(*sharedstuff.bins, path, isCopy);
+}
+
+bool ProjectSaver::saveSmartbins(const std::string& path, bool isCopy) {
+    return saveTree(*sharedstuff.smartbins, path, isCopy);
+}
+
+// Presets, databases and pivot tables have no saver of their own yet: nothing of theirs is written.
+bool ProjectSaver::saveExportPresets(const std::string&) {
+    return true;
+}
+
+bool ProjectSaver::saveReportPresets(const std::string&) {
+    return true;
+}
+
+bool ProjectSaver::saveMapPresets(const std::string&) {
+    return true;
+}
+
+bool ProjectSaver::saveDbs(const std::string&) {
+    return true;
+}
+
+bool ProjectSaver::saveLayouts(const std::string& url) {
+    tables::LayoutsSaver saver(sharedstuff.projectLayouts, url);
+    return saver.saveAll(&sharedstuff.bufferedNotifications);
+}
+
+bool ProjectSaver::savePivots(const std::string&) {
+    return true;
+}
+
+namespace {
+
+// A failure that the main window logs and that is printed as well.
+void logFailure(SharedStuff& s, const std::string& text) {
+    printLine(text);
+    if (s.mainWindow && s.interaction)
+        s.interaction->addLog(text, false, "", NotificationType::KO);
+}
+
+} // namespace
+
+bool ProjectSaver::writeProjectFiles(const std::string& folder) {
+    const std::string file = join(folder, projectFileName);
+    if (!writeProjectFile(sharedstuff, file)) {
+        logFailure(sharedstuff, "ERROR while saving file " + folder + "/" + projectFileName);
+        return false;
+    }
+    // The open bins are only a convenience of the next open: a failure to note them is no failed save.
+    static_cast<void>(
+        tables::writeFileAtomically(join(folder, selectionListFileName), selectionListText(sharedstuff)));
+    return true;
+}
+
 bool ProjectSaver::save() {
-    return false;
+    SharedStuff& s = sharedstuff;
+    printLine("saving project " + s.projectName.value_or(""));
+    std::optional<std::string> path = s.projectPath();
+    if (!path) {
+        logFailure(s, "No project path specified, cannot save");
+        return false;
+    }
+    std::error_code ec;
+    if (!fs::exists(fs::path(*path).parent_path(), ec)) {
+        const app::AlertRequest request{
+            "Project path unreachable",
+            "The project's path is not reachable. Do you want to choose the new project's path?",
+            app::AlertStyle::Warning,
+            {"Proceed", "Cancel"},
+            false};
+        if (!s.interaction || s.interaction->alert(request).button != 0)
+            return false;
+        if (s.mainWindow)
+            s.mainWindow->setFog(true);
+        const app::FolderRequest folderRequest{"Select parent folder where to save the project", {}};
+        std::optional<fs::path> chosen = s.interaction->chooseFolder(folderRequest);
+        if (!chosen) {
+            if (s.mainWindow)
+                s.mainWindow->setFog(false);
+            s.addLog("No new path specified, cannot save", false, "", NotificationType::KO);
+            return false;
+        }
+        std::string copyPath;
+        const bool copied = saveCopy(chosen->string(), &copyPath);
+        if (!copied) {
+            s.addLog("Error while saving to " + copyPath, true, "Save Failed", NotificationType::KO);
+        } else {
+            s.addLog("Successfully saved to " + copyPath, true, "Project Saved", NotificationType::OK);
+            s.currentFolder = fs::path(copyPath).parent_path().string();
+            s.projectName = fs::path(copyPath).filename().string();
+            if (s.mainWindow) {
+                s.mainWindow->refreshTitle();
+                s.mainWindow->reloadBinsLists();
+            }
+        }
+        if (s.mainWindow)
+            s.mainWindow->setFog(false);
+        // Without a copy there is no reachable place to go on saving to.
+        if (!copied)
+            return false;
+        path = s.projectPath();
+    }
+    fs::remove_all(join(*path, cacheFolderName), ec);
+    if (!fs::is_directory(*path, ec) && !fs::create_directories(*path, ec)) {
+        logFailure(s, "ERROR: couldn't create directory " + *path);
+        return false;
+    }
+    if (!writeProjectFiles(*path))
+        return false;
+    return saveAll(std::nullopt, false);
 }
-bool ProjectSaver::saveCopy(const std::string&, std::string*) {
-    return false;
+
+bool ProjectSaver::saveCopy(const std::string& url, std::string* resultPath) {
+    const std::string target = freePath(url, sharedstuff.projectName.value_or("lumbra_project"), "");
+    if (resultPath)
+        *resultPath = target;
+    std::error_code ec;
+    if (!fs::create_directories(target, ec)) {
+        logFailure(sharedstuff, "ERROR: couldn't create directory " + target);
+        return false;
+    }
+    if (!writeProjectFiles(target))
+        return false;
+    return saveAll(target, true);
 }
-bool ProjectSaver::saveCompressed(const std::string&, std::string*) {
-    return false;
+
+std::optional<std::string> ProjectSaver::temporaryCopy(std::string* copyPath) {
+    const std::string folder = newTemporaryFolder();
+    std::string copy;
+    if (!saveCopy(folder, &copy)) {
+        std::error_code ec;
+        fs::remove_all(folder, ec);
+        return std::nullopt;
+    }
+    if (copyPath)
+        *copyPath = copy;
+    return folder;
 }
-bool ProjectSaver::backup(std::string*) {
-    return false;
+
+bool ProjectSaver::saveCompressed(const std::string& url, std::string* resultPath) {
+    std::string copy;
+    const std::optional<std::string> folder = temporaryCopy(&copy);
+    if (!folder)
+        return false;
+    const std::string zip = freePath(url, sharedstuff.projectName.value_or("lumbra_project"), ".zip");
+    std::string error;
+    const bool zipped = zipFolder(copy, zip, &error);
+    std::error_code ec;
+    fs::remove_all(*folder, ec);
+    if (!zipped) {
+        sharedstuff.addLog("Error while compressing to " + zip + ": " + error, true, "Save Failed",
+                           NotificationType::KO);
+        return false;
+    }
+    if (resultPath)
+        *resultPath = zip;
+    return true;
 }
+
+bool ProjectSaver::backup(std::string* resultPath) {
+    const std::optional<std::string> path = sharedstuff.projectPath();
+    if (!path)
+        return false;
+    std::string copy;
+    const std::optional<std::string> folder = temporaryCopy(&copy);
+    if (!folder)
+        return false;
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    const std::string backups = join(*path, backupFolderName);
+    std::error_code ec;
+    bool ok = fs::is_directory(backups, ec) || fs::create_directory(backups, ec);
+    if (!ok) {
+        printLine("ERROR while creating the folder " + backups + ": " + ec.message());
+    } else {
+        const std::string zip = join(backups, backupArchiveName(local, *sharedstuff.projectName));
+        std::string error;
+        ok = zipFolder(copy, zip, &error);
+        if (!ok)
+            printLine("ERROR while zipping " + zip + ": " + error);
+        else if (resultPath)
+            *resultPath = zip;
+    }
+    fs::remove_all(*folder, ec);
+    return ok;
+}
+
 void ProjectSaver::pruneBackups() {
+    const std::optional<std::string> path = sharedstuff.projectPath();
+    if (!path)
+        return;
+    const std::string folder = join(*path, backupFolderName);
+    std::error_code ec;
+    if (!fs::exists(folder, ec))
+        return;
+    std::vector<std::pair<double, fs::path>> archives;
+    for (auto it = fs::directory_iterator(folder, ec); !ec && it != fs::directory_iterator();
+         it.increment(ec)) {
+        if (it->path().filename().string().find(*sharedstuff.projectName) != std::string::npos)
+            archives.emplace_back(creationTime(it->path()), it->path());
+    }
+    if (ec) {
+        printLine("Error while enumerating files " + folder + ": " + ec.message());
+        return;
+    }
+    if (archives.size() <= static_cast<std::size_t>(std::max(sharedstuff.maxNBackup, 0)))
+        return;
+    const auto oldest = std::min_element(archives.begin(), archives.end(),
+                                         [](const auto& a, const auto& b) { return a.first < b.first; });
+    fs::remove_all(oldest->second, ec);
+    if (ec)
+        printLine("Error while enumerating files " + folder + ": " + ec.message());
+}
+
+std::string selectionListText(const SharedStuff& sharedstuff) {
+    std::string out;
+    for (Bin* bin : sharedstuff.bins->toarray) {
+        if (bin->selected())
+            out += bin->uuid() + "\n";
+    }
+    for (Bin* bin : sharedstuff.smartbins->toarray)
+        out += bin->uuid() + "\n";
+    return out;
+}
+
+std::string freePath(const std::string& folder, const std::string& name, const std::string& suffix) {
+    std::error_code ec;
+    std::string path = join(folder, name + suffix);
+    for (int n = 2; fs::exists(path, ec) || fs::is_symlink(path, ec); ++n) {
+        char number[16];
+        std::snprintf(number, sizeof number, "_%02d", n);
+        path = join(folder, name + number + suffix);
+    }
+    return path;
+}
+
+std::string backupArchiveName(const std::tm& time, const std::string& projectName) {
+    return std::to_string(time.tm_year + 1900) + std::to_string(time.tm_mon + 1) +
+           std::to_string(time.tm_mday) + "_" + std::to_string(time.tm_hour) + std::to_string(time.tm_min) +
+           std::to_string(time.tm_sec) + "-" + projectName + ".zip";
 }
 
 } // namespace lumbra::project
