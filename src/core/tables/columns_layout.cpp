@@ -171,7 +171,14 @@ bool ColumnsLayout::load(const std::string& folder, Notifications* notifications
                                         NotificationType::WARNING);
         return false;
     }
-    auto lines = tokenise(*text, "\n");
+    readLayoutText(*text);
+    return true;
+}
+
+void ColumnsLayout::readLayoutText(std::string_view text) {
+    columns.clear();
+    colwidths.clear();
+    auto lines = tokenise(text, "\n");
     name = lines.front();
     columns.reserve(lines.size() - 1);
     for (std::size_t i = 1; i < lines.size(); ++i) {
@@ -184,7 +191,6 @@ bool ColumnsLayout::load(const std::string& folder, Notifications* notifications
                 colwidths[columns.back()] = *width;
         }
     }
-    return true;
 }
 
 ProjectLayouts::ProjectLayouts()

@@ -37,6 +37,8 @@ public:
     // Equal columns in equal order; the name and the widths play no part.
     [[nodiscard]] bool operator==(const ColumnsLayout& other) const { return columns == other.columns; }
 
+    // Name, columns and widths from the text of a `.layout` file; what was there before goes.
+    void readLayoutText(std::string_view text);
     // The name line, then one line per column with a tab and its width where one is stored.
     [[nodiscard]] std::string layoutText() const;
     // `<name>.layout`, with any "/" of the name standing as "_".

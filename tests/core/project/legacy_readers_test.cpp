@@ -1,0 +1,183 @@
+#include "project/legacy_readers.h"
+#include "project_test_support.h"
+#include "tables/console.h"
+
+#include <gtest/gtest.h>
+
+namespace lumbra::project {
+namespace {
+
+using namespace testing;
+using tables::PrintCapture;
+using Names = std::vector<std::string>;
+
+// The ids of a node's children, in order.
+Names childIds(const BinsTreeEntry& node) {
+    Names out;
+    for (const auto& child : node.children)
+        out.push_back(child->id);
+    return out;
+}
+
+TEST(LegacyTreeLines, GroupsAreMadeAtTheStartOfTheirParent) {
+    struct Case {
+        std::string name;
+        std::vector<TreeLine> lines;
+        Names skip;
+        Names rootChildren;
+        Names firstChildChildren;
+    };
+    const std::vector<Case> cases = {
+        {"a group under the root", {{"treeentry", "root", "g1"}}, {}, {"g1", "old"}, {}},
+        {"each new group goes first",
+         {{"treeentry", "root", "g1"}, {"treeentry", "root", "g2"}},
+         {},
+         {"g2", "g1", "old"},
+         {}},
+        {"a child group under its parent",
+         {{"treeentry", "root", "g1"}, {"treeentry", "g1", "g2"}},
+         {},
+         {"g1", "old"},
+         {"g2"}},
+        {"an unknown parent gives the root", {{"treeentry", "nowhere", "g1"}}, {}, {"g1", "old"}, {}},
+        {"the last two tokens count", {{"treeentry", "x", "root", "g1"}}, {}, {"g1", "old"}, {}},
+        {"two tokens add nothing", {{"treeentry", "g1"}}, {}, {"old"}, {}},
+        {"a node already there adds nothing", {{"treeentry", "root", "old"}}, {}, {"old"}, {}},
+        {"a bin's id makes no group", {{"treeentry", "root", "bin1"}}, {"bin1"}, {"old"}, {}},
+        {"smart lines are not plain lines", {{"smarttreeentry", "root", "g1"}}, {}, {"old"}, {}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        auto root = makeGroup("root", {makeGroup("old")});
+        applyTreeEntryLines(*root, c.lines, treeKeys(false), c.skip, nullptr);
+        EXPECT_EQ(childIds(*root), c.rootChildren);
+        EXPECT_EQ(childIds(*root->children.front()), c.firstChildChildren);
+    }
+}
+
+TEST(LegacyTreeLines, ValuesGoToTheNodesTheyName) {
+    auto root = makeGroup("root", {makeGroup("g1"), makeLeaf("clips")});
+    applyTreeValueLines(*root,
+                        {{"smarttreedisplayname", "g1", "Wrong"},
+                         {"treedisplayname", "g1", "Dailies"},
+                         {"treecreated", "g1", "100.5"},
+                         {"treemodified", "g1", "200"},
+                         {"treecreated", "clips", "300"},
+                         {"treemodified", "clips", "soon"},
+                         {"treedisplayname", "missing", "Nobody"},
+                         {"treedisplayname", "g1"}},
+                        treeKeys(false));
+    const auto& group = *root->children[0];
+    EXPECT_EQ(group.name(), "Dailies");
+    EXPECT_EQ(group.created, 100.5);
+    EXPECT_EQ(group.modified, 200.0);
+    const auto& leaf = *root->children[1];
+    EXPECT_EQ(leaf.bin->created, 300.0);
+    EXPECT_NE(leaf.bin->modified, 0.0);
+}
+
+// A flat `bins` folder as the earlier layout left it.
+struct FlatBins {
+    FlatBins() {
+        writeFile(dir.path / "a.ale", aleText({"c1", "c2", "c3"}));
+        writeFile(dir.path / "a.bin",
+                  "tableid\tDay1\ndisplayname\tDay one\ntreebin\tg2\nlocked\tName\ntags\tx\nselected\n");
+        writeFile(dir.path / "b.bin", "tableid\tOrphan\n");
+        writeFile(dir.path / "c.ale", aleText({"c9"}));
+        writeFile(dir.path / "c.bin", "title\tDay2\ntreebin\tgone\nselected\n");
+        writeFile(dir.path / "d.ale", aleText({"c7"}));
+        fs::create_directories(dir.path / "d.bin");
+        writeFile(dir.path / "notes.txt", "not a bin\n");
+    }
+    TempFolder dir;
+};
+
+TEST(LegacyBins, FlatFolderIntoTheGroupsOfTheTreeLines) {
+    FlatBins flat;
+    RecordingHost host;
+    PrintCapture capture;
+    auto read = readLegacyBins(flat.dir.str(), *host.bins,
+                               {{"treeentry", "root", "g1"},
+                                {"treeentry", "g1", "g2"},
+                                {"treeentry", "root", "Day1"},
+                                {"treedisplayname", "g2", "Rushes"},
+                                {"treecreated", "Day1", "42"}},
+                               &host, nullptr);
+    EXPECT_EQ(read, LegacyRead::partial);
+    EXPECT_TRUE(capture.contains("ERROR: missing ale file for bin b"));
+    EXPECT_TRUE(capture.contains("ERROR while opening " + (flat.dir.path / "d.bin").string()));
+
+    auto& root = *host.bins;
+    EXPECT_EQ(childIds(root), (Names{"g1", "Day2", "d"}));
+    auto& g1 = *root.children[0];
+    ASSERT_EQ(childIds(g1), (Names{"g2"}));
+    auto& g2 = *g1.children[0];
+    EXPECT_EQ(g2.name(), "Rushes");
+    ASSERT_EQ(childIds(g2), (Names{"Day1"}));
+
+    Bin& day1 = *g2.children[0]->bin;
+    EXPECT_EQ(day1.displayName(), "Day one");
+    EXPECT_EQ(day1.table()->data.size(), 3u);
+    EXPECT_EQ(day1.lockedColumns, (Names{"Name"}));
+    EXPECT_EQ(day1.tags, (Names{"x"}));
+    EXPECT_EQ(day1.created, 42.0);
+    EXPECT_TRUE(day1.hasChanged);
+
+    // Bins that were open wait for the main window, closed.
+    ASSERT_EQ(host.toOpen.size(), 2u);
+    EXPECT_EQ(host.toOpen[0], &day1);
+    EXPECT_EQ(host.toOpen[1], root.children[1]->bin.get());
+    EXPECT_FALSE(day1.selected());
+
+    Bin& defaults = *root.children[2]->bin;
+    EXPECT_EQ(defaults.displayName(), "d");
+    EXPECT_EQ(root.toarray.size(), 3u);
+}
+
+TEST(LegacyBins, AnUnlistableFolderFails) {
+    TempFolder dir;
+    RecordingHost host;
+    PrintCapture capture;
+    std::string missing = (dir.path / "bins").string();
+    EXPECT_EQ(readLegacyBins(missing, *host.bins, {}, &host, nullptr), LegacyRead::failed);
+    EXPECT_TRUE(capture.contains("ERROR: cannot get files list from folder " + missing));
+    EXPECT_TRUE(host.bins->children.empty());
+    tables::ProjectLayouts layouts;
+    EXPECT_EQ(readLegacyLayouts(missing, layouts, nullptr), LegacyRead::failed);
+    EXPECT_FALSE(listLegacyFolder(missing));
+}
+
+TEST(LegacyLayouts, FlatLayoutFilesSortedByName) {
+    TempFolder dir;
+    writeFile(dir.path / "b.layout", "Beta\nName\t120.5\nTape\n");
+    writeFile(dir.path / "a.layout", "Alpha\nScene\n");
+    writeFile(dir.path / "empty.layout", "");
+    writeFile(dir.path / "readme.txt", "Gamma\nName\n");
+    fs::create_directories(dir.path / "broken.layout");
+    tables::ProjectLayouts layouts;
+    PrintCapture capture;
+    EXPECT_EQ(readLegacyLayouts(dir.str(), layouts, nullptr), LegacyRead::partial);
+    EXPECT_TRUE(
+        capture.contains("error while reading " + (dir.path / "empty.layout").string() + ": empty file"));
+    EXPECT_TRUE(capture.contains("error while opening layout file " + (dir.path / "broken.layout").string()));
+    ASSERT_EQ(layouts.layouts.size(), 2u);
+    EXPECT_EQ(layouts.layouts[0]->name, "Alpha");
+    EXPECT_EQ(layouts.layouts[0]->columns, (Names{"Scene"}));
+    EXPECT_EQ(layouts.layouts[1]->name, "Beta");
+    EXPECT_EQ(layouts.layouts[1]->columns, (Names{"Name", "Tape"}));
+    EXPECT_EQ(layouts.layouts[1]->colwidths.at("Name"), 120.5);
+}
+
+TEST(LegacyObjects, FilesAndGroupsOfAFlatFolder) {
+    TempFolder dir;
+    writeFile(dir.path / "lookup.db", "x");
+    writeFile(dir.path / "Group one" / "group", "");
+    writeFile(dir.path / "Other" / "thing", "");
+    auto content = listLegacyFolder(dir.str());
+    ASSERT_TRUE(content);
+    EXPECT_EQ(content->files, 2u);
+    EXPECT_EQ(content->groups, 1u);
+}
+
+} // namespace
+} // namespace lumbra::project

@@ -1,0 +1,309 @@
+#include "app/scripted_interaction.h"
+#include "project/project_loader.h"
+#include "project/project_saver.h"
+#include "project/shared_stuff.h"
+#include "project_test_support.h"
+#include "tables/console.h"
+
+#include <gtest/gtest.h>
+#include <map>
+
+namespace lumbra::project {
+namespace {
+
+using namespace testing;
+using tables::PrintCapture;
+using Names = std::vector<std::string>;
+
+constexpr const char* uuidA = "AAAAAAAA-0000-0000-0000-000000000001";
+constexpr const char* uuidB = "BBBBBBBB-0000-0000-0000-000000000002";
+constexpr const char* uuidG = "CCCCCCCC-0000-0000-0000-000000000003";
+
+// A project folder "Film" under a temporary parent, written by hand.
+struct ProjectFolder {
+    ProjectFolder() { fs::create_directories(project); }
+
+    void file(const std::string& relative, const std::string& text) const {
+        writeFile(project / relative, text);
+    }
+    // A bin in the current layout: its folder with details, table and .bin file.
+    void currentBin(const std::string& under, const std::string& name, const char* uuid,
+                    const std::string& binText = {}) const {
+        std::string folder = under + "/" + name + " - " + uuid + "/";
+        file(folder + "lumbra_details", std::string(uuid) + "\n100.0\n200.0\nNone\ntest");
+        file(folder + name + ".ale", aleText({name + "_c1"}));
+        file(folder + name + ".bin", "tableid\t" + name + "\ndisplayname\t" + name + "\n" + binText);
+    }
+    void currentGroup(const std::string& under, const std::string& name, const char* uuid) const {
+        file(under + "/" + name + " - " + uuid + "/lumbra_details",
+             std::string(uuid) + "\n100.0\n200.0\nNone\ntest");
+    }
+
+    TempFolder parent;
+    fs::path project = parent.path / "Film";
+};
+
+// A main window that records what the opening asked of it.
+struct RecordingWindow : MainWindowLink {
+    void reloadBinsLists() override { ++reloads; }
+    void showBox(Bin& bin, bool shown) override { boxes.emplace_back(bin.displayName(), shown); }
+    int reloads = 0;
+    std::vector<std::pair<std::string, bool>> boxes;
+};
+
+struct Opening {
+    explicit Opening(const ProjectFolder& folder) : sharedstuff(&interaction) {
+        sharedstuff.currentFolder = folder.parent.str();
+        sharedstuff.projectName = "Film";
+    }
+    OpenResult open() {
+        OpenHooks hooks;
+        hooks.makeMainWindow = [this](SharedStuff& project) {
+            windowMadeWithBins = project.bins->toarray.size();
+            return &window;
+        };
+        hooks.closeChooser = [this] { ++chooserClosed; };
+        return openProject(sharedstuff, hooks);
+    }
+    // Names of the bins that are open, plain bins first.
+    Names openNames() const {
+        Names out;
+        for (Bin* bin : sharedstuff.openBins())
+            out.push_back(bin->displayName());
+        return out;
+    }
+
+    app::ScriptedInteraction interaction;
+    SharedStuff sharedstuff;
+    RecordingWindow window;
+    std::size_t windowMadeWithBins = 0;
+    int chooserClosed = 0;
+};
+
+const std::string legacyAlertText = "Legacy saving folders/saving_system detected. By continuing, the "
+                                    "project will be updated to the new saving "
+                                    "system.\n\nIt is recommended to BACKUP your data before proceeding.";
+
+// An earlier project: the tree in the project file, bins and layouts flat.
+void writeEarlierProject(const ProjectFolder& folder) {
+    folder.file("tarelproject", "Film\nfps\t25\ntreeentry\troot\tg1\ntreedisplayname\tg1\tDailies\n"
+                                "baselayout\tName\tTape\nprojectlayout\tName\tTape\n");
+    folder.file("bins/day1.ale", aleText({"c1", "c2"}));
+    folder.file("bins/day1.bin", "tableid\tday1\ndisplayname\tDay one\ntreebin\tg1\nselected\n");
+    folder.file("bins/day2.ale", aleText({"c3"}));
+    folder.file("bins/day2.bin", "tableid\tday2\ndisplayname\tDay two\n");
+    folder.file("layouts/mine.layout", "Mine\nName\t80\n");
+}
+
+TEST(ProjectOpening, AnEarlierProjectIsMigratedAndSaved) {
+    ProjectFolder folder;
+    writeEarlierProject(folder);
+    Opening opening(folder);
+    opening.interaction.queueAlert("Proceed");
+    ASSERT_EQ(opening.open(), OpenResult::opened);
+
+    ASSERT_EQ(opening.interaction.alerts().size(), 1u);
+    const auto& alert = opening.interaction.alerts().front();
+    EXPECT_EQ(alert.title, "Legacy saving folders");
+    EXPECT_EQ(alert.text, legacyAlertText);
+    EXPECT_EQ(alert.buttons, (Names{"Proceed", "Cancel"}));
+
+    // The window came after the bins and before anything opened; the chooser closed then.
+    EXPECT_EQ(opening.windowMadeWithBins, 2u);
+    EXPECT_EQ(opening.chooserClosed, 1);
+    EXPECT_GE(opening.window.reloads, 1);
+    EXPECT_EQ(opening.window.boxes, (std::vector<std::pair<std::string, bool>>{{"Day one", true}}));
+    EXPECT_EQ(opening.openNames(), (Names{"Day one"}));
+
+    auto& project = opening.sharedstuff;
+    EXPECT_EQ(project.fps, "25");
+    ASSERT_EQ(project.projectLayouts.layouts.size(), 1u);
+    EXPECT_EQ(project.projectLayouts.layouts[0]->name, "Mine");
+
+    // On disk: the earlier folders are gone and the current ones hold everything.
+    EXPECT_FALSE(fs::exists(folder.project / "bins"));
+    EXPECT_FALSE(fs::exists(folder.project / "layouts"));
+    BinsTreeEntry* group = project.bins->entryById("g1");
+    ASSERT_TRUE(group);
+    Bin* dayOne = project.bins->toarray[0];
+    std::string groupFolder = "_bins_/Dailies - " + group->uuid() + "/";
+    std::string binFolder = groupFolder + "Day one - " + dayOne->uuid() + "/";
+    auto tree = listTree(folder.project);
+    EXPECT_TRUE(tree.count(binFolder + "Day one.ale"));
+    EXPECT_TRUE(tree.count(binFolder + "Day one.bin"));
+    EXPECT_TRUE(tree.count("layout/Mine - " + project.projectLayouts.layouts[0]->uuid() + "/Mine.layout"));
+    EXPECT_EQ(readFile(folder.project / "layout" / ("Mine - " + project.projectLayouts.layouts[0]->uuid()) /
+                       "Mine.layout"),
+              "Mine\nName\t80.0");
+    EXPECT_EQ(readFile(folder.project / ".selectionlist"), dayOne->uuid() + "\n");
+    EXPECT_EQ(readFile(folder.project / "tarelproject").rfind("Film\nfps\t25\n", 0), 0u);
+    EXPECT_EQ(readFile(folder.project / "tarelproject").find("treeentry"), std::string::npos);
+}
+
+TEST(ProjectOpening, ASecondOpenAsksNothingAndRewritesNoBin) {
+    ProjectFolder folder;
+    writeEarlierProject(folder);
+    {
+        Opening first(folder);
+        first.interaction.queueAlert("Proceed");
+        ASSERT_EQ(first.open(), OpenResult::opened);
+    }
+    auto binFiles = [&] {
+        std::map<std::string, std::pair<std::string, fs::file_time_type>> out;
+        for (const auto& [path, time] : fileTimes(folder.project / "_bins_"))
+            out[path] = {readFile(path), time};
+        return out;
+    };
+    auto before = binFiles();
+    auto treeBefore = listTree(folder.project);
+
+    Opening second(folder);
+    ASSERT_EQ(second.open(), OpenResult::opened);
+    EXPECT_TRUE(second.interaction.alerts().empty());
+    EXPECT_EQ(second.openNames(), (Names{"Day one"}));
+    EXPECT_EQ(second.sharedstuff.bins->toarray.size(), 2u);
+    EXPECT_EQ(listTree(folder.project), treeBefore);
+    EXPECT_EQ(binFiles(), before);
+    ASSERT_TRUE(second.sharedstuff.save());
+    EXPECT_EQ(binFiles(), before);
+}
+
+TEST(ProjectOpening, CancelAtTheLegacyAlertChangesNothing) {
+    ProjectFolder folder;
+    writeEarlierProject(folder);
+    auto snapshot = [&] {
+        std::map<std::string, std::string> out;
+        for (const auto& path : listTree(folder.project))
+            out[path] = path.back() == '/' ? "" : readFile(folder.project / path);
+        return out;
+    };
+    auto before = snapshot();
+    Opening opening(folder);
+    opening.interaction.queueAlert("Cancel");
+    EXPECT_EQ(opening.open(), OpenResult::cancelled);
+    EXPECT_EQ(snapshot(), before);
+    EXPECT_EQ(opening.chooserClosed, 0);
+    EXPECT_TRUE(opening.sharedstuff.bins->children.empty());
+}
+
+TEST(ProjectOpening, AnUnreadableProjectFileEndsTheOpen) {
+    ProjectFolder folder;
+    fs::create_directories(folder.project / "tarelproject");
+    folder.currentBin("_bins_", "A", uuidA);
+    auto before = listTree(folder.project);
+    Opening opening(folder);
+    PrintCapture capture;
+    EXPECT_EQ(opening.open(), OpenResult::unreadableProject);
+    EXPECT_TRUE(capture.contains("ERROR while opening " + (folder.project / "tarelproject").string()));
+    EXPECT_EQ(listTree(folder.project), before);
+    EXPECT_EQ(opening.chooserClosed, 0);
+    EXPECT_TRUE(opening.sharedstuff.bins->children.empty());
+}
+
+TEST(ProjectOpening, WhichBinsOpen) {
+    struct Case {
+        std::string name;
+        std::optional<std::string> selectionlist;
+        Names open;
+    };
+    const std::vector<Case> cases = {
+        {"the bins' own files without a list", std::nullopt, {"A"}},
+        {"only what the list names", std::string(uuidB) + "\n", {"B"}},
+        {"a deleted bin in the list is passed over",
+         "DDDDDDDD-0000-0000-0000-000000000009\n" + std::string(uuidB) + "\n",
+         {"B"}},
+        {"a group's uuid opens nothing", std::string(uuidG) + "\n", {}},
+        {"an empty list opens nothing", std::string(), {}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        ProjectFolder folder;
+        folder.file("tarelproject", "Film\n");
+        folder.currentBin("_bins_", "A", uuidA, "selected\n");
+        folder.currentGroup("_bins_", "G", uuidG);
+        folder.currentBin("_bins_/G - " + std::string(uuidG), "B", uuidB);
+        if (c.selectionlist)
+            folder.file(".selectionlist", *c.selectionlist);
+        Opening opening(folder);
+        ASSERT_EQ(opening.open(), OpenResult::opened);
+        EXPECT_EQ(opening.openNames(), c.open);
+        EXPECT_EQ(opening.sharedstuff.bins->toarray.size(), 2u);
+    }
+}
+
+TEST(ProjectOpening, BinsAndCurrentBinsEndInOneTree) {
+    ProjectFolder folder;
+    folder.file("tarelproject", "Film\n");
+    folder.currentBin("bins", "Old", uuidA);
+    folder.currentBin("_bins_", "New", uuidB);
+    Opening opening(folder);
+    opening.interaction.queueAlert("Proceed");
+    ASSERT_EQ(opening.open(), OpenResult::opened);
+    Names names;
+    for (Bin* bin : opening.sharedstuff.bins->toarray)
+        names.push_back(bin->displayName());
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (Names{"New", "Old"}));
+    EXPECT_FALSE(fs::exists(folder.project / "bins"));
+    auto tree = listTree(folder.project);
+    EXPECT_TRUE(tree.count("_bins_/Old - " + std::string(uuidA) + "/Old.ale"));
+    EXPECT_TRUE(tree.count("_bins_/New - " + std::string(uuidB) + "/New.ale"));
+}
+
+TEST(ProjectOpening, AProjectWithoutBinsGetsAnEmptyFolder) {
+    ProjectFolder folder;
+    folder.file("tarelproject", "");
+    Opening opening(folder);
+    ASSERT_EQ(opening.open(), OpenResult::opened);
+    EXPECT_TRUE(fs::is_directory(folder.project / "_bins_"));
+    EXPECT_TRUE(fs::is_directory(folder.project / "_smartbins_"));
+    EXPECT_TRUE(opening.sharedstuff.bins->children.empty());
+    EXPECT_EQ(readFile(folder.project / "tarelproject").rfind("Film\n", 0), 0u);
+}
+
+TEST(ProjectOpening, AFailedEarlierReadKeepsItsFolder) {
+    ProjectFolder folder;
+    writeEarlierProject(folder);
+    folder.file("bins/lost.bin", "tableid\tlost\n");
+    folder.file("dbs/lookup.db", "x");
+    Opening opening(folder);
+    opening.interaction.queueAlert("Proceed");
+    PrintCapture capture;
+    ASSERT_EQ(opening.open(), OpenResult::opened);
+    EXPECT_TRUE(capture.contains("ERROR: missing ale file for bin lost"));
+    EXPECT_EQ(opening.sharedstuff.bins->toarray.size(), 2u);
+    EXPECT_TRUE(fs::exists(folder.project / "bins" / "lost.bin"));
+    EXPECT_TRUE(fs::exists(folder.project / "dbs" / "lookup.db"));
+    EXPECT_FALSE(fs::exists(folder.project / "layouts"));
+}
+
+TEST(ProjectOpening, EarlierBinsThatCannotBeReadEndTheOpen) {
+    ProjectFolder folder;
+    folder.file("tarelproject", "Film\ntreeentry\troot\tg1\n");
+    folder.file("smartbins/x.smartbin", "");
+    Opening opening(folder);
+    opening.interaction.queueAlert("Proceed");
+    PrintCapture capture;
+    EXPECT_EQ(opening.open(), OpenResult::binsFailed);
+    EXPECT_TRUE(capture.contains("ERROR while opening bins in folder " + (folder.project / "bins").string()));
+    EXPECT_EQ(opening.chooserClosed, 0);
+    EXPECT_TRUE(fs::exists(folder.project / "smartbins" / "x.smartbin"));
+}
+
+TEST(ProjectOpening, FailingLaterFoldersLeaveTheProjectOpen) {
+    ProjectFolder folder;
+    folder.file("tarelproject", "Film\n");
+    folder.currentBin("_bins_", "A", uuidA);
+    folder.file("pivot", "not a folder");
+    folder.file("db", "not a folder");
+    Opening opening(folder);
+    PrintCapture capture;
+    ASSERT_EQ(opening.open(), OpenResult::opened);
+    EXPECT_TRUE(capture.contains("ERROR while opening pivot tables in folder " +
+                                 (folder.project / "pivot").string()));
+    EXPECT_TRUE(capture.contains("ERROR while opening dbs in folder " + (folder.project / "db").string()));
+    EXPECT_EQ(opening.sharedstuff.bins->toarray.size(), 1u);
+}
+
+} // namespace
+} // namespace lumbra::project
