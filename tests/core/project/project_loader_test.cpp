@@ -5,8 +5,14 @@
 #include "project_test_support.h"
 #include "tables/console.h"
 
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <map>
+#include <random>
+#include <sys/wait.h>
+#include <thread>
 
 namespace lumbra::project {
 namespace {
@@ -303,6 +309,138 @@ TEST(ProjectOpening, FailingLaterFoldersLeaveTheProjectOpen) {
                                  (folder.project / "pivot").string()));
     EXPECT_TRUE(capture.contains("ERROR while opening dbs in folder " + (folder.project / "db").string()));
     EXPECT_EQ(opening.sharedstuff.bins->toarray.size(), 1u);
+}
+
+// Kill-safety: a save killed at any moment leaves each file whole, old or new.
+constexpr int killBins = 16;
+constexpr int oldRows = 1500;
+
+Names clipNames(const std::string& bin, int rows) {
+    Names out;
+    out.reserve(static_cast<std::size_t>(rows));
+    for (int i = 0; i < rows; ++i)
+        out.push_back(bin + "_clip_" + std::to_string(i));
+    return out;
+}
+
+void writeLargeProject(const fs::path& parent) {
+    fs::create_directories(parent);
+    SharedStuff project;
+    project.currentFolder = parent.string();
+    project.projectName = "Film";
+    for (int g = 0; g < 4; ++g) {
+        auto group = std::make_shared<BinsTreeEntry>("group" + std::to_string(g), nullptr,
+                                                     std::vector<TreeNode>{}, &project);
+        for (int b = 0; b < killBins / 4; ++b) {
+            std::string name = "bin" + std::to_string(g) + "_" + std::to_string(b);
+            group->addBin(
+                std::make_shared<Bin>(makeTable(name, clipNames(name, oldRows)), &project, nullptr, true));
+        }
+        project.bins->addChild(group);
+    }
+    ASSERT_TRUE(project.save());
+}
+
+// What the killed process does: open the project, change every bin and a setting, save.
+void openChangeAndSave(const fs::path& parent) {
+    SharedStuff project;
+    project.currentFolder = parent.string();
+    project.projectName = "Film";
+    if (openProject(project) != OpenResult::opened)
+        return;
+    for (Bin* bin : project.bins->toarray) {
+        std::string name = bin->table()->tablename;
+        bin->setTable(makeTable(name, clipNames(name + "_new", oldRows + 1)));
+        bin->hasChanged = true;
+    }
+    project.fps = "50";
+    project.save();
+}
+
+// Every file of the project by path, less the hidden temporaries of writes that a kill cut short.
+std::map<std::string, std::string> projectFiles(const fs::path& project) {
+    std::map<std::string, std::string> out;
+    for (const auto& entry : fs::recursive_directory_iterator(project)) {
+        std::string name = entry.path().filename().string();
+        if (!entry.is_regular_file() || (name.front() == '.' && name.find(".tmp") != std::string::npos))
+            continue;
+        out[fs::relative(entry.path(), project).string()] = readFile(entry.path());
+    }
+    return out;
+}
+
+TEST(ProjectOpening, ASaveKilledAtAnyMomentLeavesEachFileOldOrNew) {
+    TempFolder root;
+    const fs::path pristine = root.path / "pristine";
+    const fs::path reference = root.path / "reference";
+    const fs::path run = root.path / "run";
+    {
+        PrintCapture quiet;
+        writeLargeProject(pristine);
+    }
+    ASSERT_FALSE(HasFatalFailure());
+    const auto oldFiles = projectFiles(pristine / "Film");
+
+    fs::copy(pristine, reference, fs::copy_options::recursive);
+    auto started = std::chrono::steady_clock::now();
+    {
+        PrintCapture quiet;
+        openChangeAndSave(reference);
+    }
+    auto fullRun =
+        std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - started);
+    const auto newFiles = projectFiles(reference / "Film");
+    Names oldPaths;
+    Names newPaths;
+    for (const auto& [path, text] : oldFiles)
+        oldPaths.push_back(path);
+    for (const auto& [path, text] : newFiles)
+        newPaths.push_back(path);
+    ASSERT_EQ(oldPaths, newPaths);
+    ASSERT_NE(oldFiles, newFiles);
+
+    const unsigned seed = std::random_device{}();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    std::uniform_int_distribution<long> delay(0, fullRun.count() * 6 / 5);
+    for (int round = 0; round < 8; ++round) {
+        SCOPED_TRACE("round " + std::to_string(round));
+        fs::remove_all(run);
+        fs::copy(pristine, run, fs::copy_options::recursive);
+        pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            int devnull = ::open("/dev/null", O_WRONLY);
+            ::dup2(devnull, STDOUT_FILENO);
+            ::dup2(devnull, STDERR_FILENO);
+            openChangeAndSave(run);
+            ::_exit(0);
+        }
+        std::this_thread::sleep_for(std::chrono::microseconds(delay(random)));
+        ::kill(child, SIGKILL);
+        int status = 0;
+        ::waitpid(child, &status, 0);
+
+        for (const auto& [path, text] : projectFiles(run / "Film")) {
+            SCOPED_TRACE(path);
+            auto oldText = oldFiles.find(path);
+            auto newText = newFiles.find(path);
+            ASSERT_TRUE(oldText != oldFiles.end() || newText != newFiles.end());
+            EXPECT_TRUE((oldText != oldFiles.end() && text == oldText->second) ||
+                        (newText != newFiles.end() && text == newText->second));
+        }
+
+        SharedStuff reopened;
+        reopened.currentFolder = run.string();
+        reopened.projectName = "Film";
+        PrintCapture quiet;
+        ASSERT_EQ(openProject(reopened), OpenResult::opened);
+        ASSERT_EQ(reopened.bins->toarray.size(), static_cast<std::size_t>(killBins));
+        for (Bin* bin : reopened.bins->toarray) {
+            std::size_t rows = bin->table()->data.size();
+            EXPECT_TRUE(rows == oldRows || rows == oldRows + 1) << bin->displayName();
+        }
+    }
 }
 
 } // namespace
