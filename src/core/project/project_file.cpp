@@ -203,12 +203,14 @@ void readLine(const std::vector<std::string>& tokens, Key key, SharedStuff& s, P
         s.projectTags = tail(tokens, 1);
         break;
     case Key::baselayout:
+        notes.hadBaseLayout = true;
         layouts.baseLayout = std::make_shared<ColumnsLayout>("Default", tail(tokens, 1));
         break;
     case Key::lastselecteddefault:
         layouts.lastSelectedDefault = std::make_shared<ColumnsLayout>(tokens[1], tail(tokens, 2));
         break;
     case Key::projectlayout:
+        notes.hadProjectLayout = true;
         layouts.projectLayout = std::make_shared<ColumnsLayout>("Project Default", tail(tokens, 1));
         break;
     case Key::userdefinedproperty:
@@ -306,10 +308,11 @@ ProjectFileNotes readProjectFileText(std::string_view text, SharedStuff& s) {
             continue;
         readLine(tokens, found->second, s, notes);
     }
+    // The project starts with standing layouts already, so "absent" means no line of the file set them.
     tables::ProjectLayouts& layouts = s.projectLayouts;
-    if (!layouts.baseLayout)
+    if (!notes.hadBaseLayout)
         layouts.baseLayout = std::make_shared<ColumnsLayout>("Default");
-    if (!layouts.projectLayout)
+    if (!notes.hadProjectLayout)
         layouts.projectLayout =
             std::make_shared<ColumnsLayout>("Project Default", layouts.baseLayout->columns);
     s.columns = layouts.baseLayout->columns;

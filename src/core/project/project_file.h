@@ -21,6 +21,9 @@ struct ProjectFileNotes {
     bool treeentry = false;
     // A "smarttreeentry" line was met: the smart bins are in the earlier form.
     bool smarttreeentry = false;
+    // A "baselayout" or "projectlayout" line set that layout.
+    bool hadBaseLayout = false;
+    bool hadProjectLayout = false;
     // The "treeentry", "treecreated", "treemodified", "treedisplayname" lines, split by tab, key first, in
     // order.
     std::vector<std::vector<std::string>> treeLines;
