@@ -147,6 +147,36 @@ TEST(LegacyBins, AnUnlistableFolderFails) {
     EXPECT_FALSE(listLegacyFolder(missing));
 }
 
+// A project that reads a .smartbin file as a table named after the file, and refuses "bad" ones.
+struct SmartReadingHost : RecordingHost {
+    bool readSmartbinFile(Bin& bin, const std::string& path, tables::Notifications*) override {
+        std::string name = fs::path(path).stem().string();
+        if (name == "bad")
+            return false;
+        bin.setTable(makeTable(name));
+        return true;
+    }
+};
+
+TEST(LegacySmartbins, FlatFilesAtTheRootAfterTheSmartGroups) {
+    TempFolder dir;
+    writeFile(dir.path / "s1.smartbin", "x");
+    writeFile(dir.path / "bad.smartbin", "x");
+    writeFile(dir.path / "s1.bin", "not a smart bin");
+    SmartReadingHost host;
+    PrintCapture capture;
+    auto read = readLegacySmartbins(dir.str(), *host.smartbins,
+                                    {{"smarttreeentry", "smartbins", "sg"},
+                                     {"treeentry", "smartbins", "plain"},
+                                     {"smarttreedisplayname", "sg", "Selects"}},
+                                    &host, nullptr);
+    EXPECT_EQ(read, LegacyRead::partial);
+    EXPECT_TRUE(capture.contains("ERROR while opening " + (dir.path / "bad.smartbin").string()));
+    EXPECT_EQ(childIds(*host.smartbins), (Names{"sg", "s1"}));
+    EXPECT_EQ(host.smartbins->children[0]->name(), "Selects");
+    EXPECT_EQ(host.smartbins->toarray.size(), 1u);
+}
+
 TEST(LegacyLayouts, FlatLayoutFilesSortedByName) {
     TempFolder dir;
     writeFile(dir.path / "b.layout", "Beta\nName\t120.5\nTape\n");
