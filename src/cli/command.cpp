@@ -1,5 +1,6 @@
 #include "command.h"
 
+#include <algorithm>
 #include <iostream>
 
 namespace lumbra::cli {
@@ -16,6 +17,54 @@ int failure(std::string_view line) {
 
 bool isHelpOption(std::string_view arg) {
     return arg == "-h" || arg == "--help";
+}
+
+std::vector<std::string> splitColumns(std::string_view list) {
+    std::vector<std::string> names;
+    std::size_t start = 0;
+    while (true) {
+        std::size_t comma = list.find(',', start);
+        names.emplace_back(list.substr(start, comma == std::string_view::npos ? comma : comma - start));
+        if (comma == std::string_view::npos)
+            return names;
+        start = comma + 1;
+    }
+}
+
+std::variant<ParsedArguments, std::string> parseOptions(std::span<const std::string> args,
+                                                        std::span<const std::string_view> valued,
+                                                        std::span<const std::string_view> flags) {
+    auto listed = [](std::span<const std::string_view> list, std::string_view name) {
+        return std::find(list.begin(), list.end(), name) != list.end();
+    };
+    ParsedArguments parsed;
+    bool optionsEnded = false;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        if (optionsEnded || arg == "-" || !arg.starts_with("-")) {
+            parsed.positional.push_back(arg);
+            continue;
+        }
+        if (arg == "--") {
+            optionsEnded = true;
+            continue;
+        }
+        std::size_t equals = arg.find('=');
+        std::string name = arg.substr(0, equals);
+        if (listed(flags, name) && equals == std::string::npos) {
+            parsed.flags.insert(name);
+        } else if (listed(valued, name)) {
+            if (equals != std::string::npos)
+                parsed.values[name] = arg.substr(equals + 1);
+            else if (i + 1 < args.size())
+                parsed.values[name] = args[++i];
+            else
+                return name + " needs a value";
+        } else {
+            return "unknown option " + arg;
+        }
+    }
+    return parsed;
 }
 
 } // namespace lumbra::cli

@@ -2,9 +2,12 @@
 
 #include "tables/console.h"
 
+#include <map>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 namespace lumbra::cli {
@@ -24,6 +27,8 @@ struct Command {
 };
 
 const Command& convertCommand();
+const Command& projectCommand();
+const Command& binCommand();
 
 // Prints "lumbra-cli NAME: message" and the command's usage on standard error; returns exitUsage.
 int usageError(const Command& command, std::string_view message);
@@ -31,6 +36,23 @@ int usageError(const Command& command, std::string_view message);
 int failure(std::string_view line);
 // True for "-h" and "--help".
 [[nodiscard]] bool isHelpOption(std::string_view arg);
+// Splits "A,B,C" into names; column names may hold blanks, so nothing is trimmed.
+[[nodiscard]] std::vector<std::string> splitColumns(std::string_view list);
+
+// Arguments split into names and options; an option given twice keeps its last value.
+struct ParsedArguments {
+    std::vector<std::string> positional;
+    std::map<std::string, std::string, std::less<>> values;
+    std::set<std::string, std::less<>> flags;
+
+    [[nodiscard]] bool has(std::string_view flag) const { return flags.contains(flag); }
+};
+// Options named in `valued` take the next argument or "=value", those in `flags` stand alone; "--"
+// ends the options and "-" is a name. The message of a usage error instead, for an unknown option or
+// a missing value.
+[[nodiscard]] std::variant<ParsedArguments, std::string>
+parseOptions(std::span<const std::string> args, std::span<const std::string_view> valued,
+             std::span<const std::string_view> flags);
 
 // Runs a core step with its log lines held back, then prints them as they came; the last one
 // tells why the step failed, when it did.

@@ -34,19 +34,6 @@ struct ConvertArguments {
     tables::WriteOptions options;
 };
 
-// Splits "A,B,C" into names; column names may hold blanks, so nothing is trimmed.
-std::vector<std::string> splitColumns(std::string_view list) {
-    std::vector<std::string> names;
-    std::size_t start = 0;
-    while (true) {
-        std::size_t comma = list.find(',', start);
-        names.emplace_back(list.substr(start, comma == std::string_view::npos ? comma : comma - start));
-        if (comma == std::string_view::npos)
-            return names;
-        start = comma + 1;
-    }
-}
-
 // The parsed arguments, or the message of a usage error.
 std::variant<ConvertArguments, std::string> parseArguments(std::span<const std::string> args) {
     ConvertArguments parsed;

@@ -12,7 +12,8 @@ using lumbra::cli::Command;
 
 // Every command, in the order of the usage text; a new command is one more entry.
 std::span<const Command* const> commands() {
-    static const std::array list{&lumbra::cli::convertCommand()};
+    static const std::array list{&lumbra::cli::convertCommand(), &lumbra::cli::projectCommand(),
+                                 &lumbra::cli::binCommand()};
     return list;
 }
 

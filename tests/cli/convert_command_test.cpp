@@ -1,3 +1,5 @@
+#include "cli_test_support.h"
+
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -11,65 +13,10 @@
 namespace {
 
 namespace fs = std::filesystem;
+using lumbra::cli::testing::CliResult;
+using lumbra::cli::testing::readAll;
 
-struct CliResult {
-    int exitCode = -1;
-    std::string out;
-    std::string err;
-};
-
-std::string readAll(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-class ConvertCommandTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        m_dir = fs::temp_directory_path() / ("lumbra_cli_test_" + std::to_string(::getpid()) + "_" +
-                                             ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(m_dir);
-        fs::create_directories(m_dir);
-    }
-    void TearDown() override {
-        std::error_code ec;
-        fs::permissions(m_dir / "readonly", fs::perms::owner_all, ec);
-        fs::remove_all(m_dir, ec);
-    }
-
-    // Runs lumbra-cli with the arguments, standard output and error going to files.
-    CliResult run(const std::vector<std::string>& args) const {
-        fs::path outPath = m_dir / "stdout.txt";
-        fs::path errPath = m_dir / "stderr.txt";
-        pid_t pid = ::fork();
-        if (pid == 0) {
-            int out = ::open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-            int err = ::open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-            ::dup2(out, STDOUT_FILENO);
-            ::dup2(err, STDERR_FILENO);
-            std::vector<char*> argv{const_cast<char*>(LUMBRA_CLI_PATH)};
-            for (const auto& a : args)
-                argv.push_back(const_cast<char*>(a.c_str()));
-            argv.push_back(nullptr);
-            ::execv(LUMBRA_CLI_PATH, argv.data());
-            ::_exit(127);
-        }
-        CliResult result;
-        int status = 0;
-        ::waitpid(pid, &status, 0);
-        result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        result.out = readAll(outPath);
-        result.err = readAll(errPath);
-        return result;
-    }
-
-    static std::string data(const std::string& name) { return std::string(LUMBRA_CLI_DATA_DIR) + "/" + name; }
-    std::string temp(const std::string& name) const { return (m_dir / name).string(); }
-
-    fs::path m_dir;
-};
+class ConvertCommandTest : public lumbra::cli::testing::CliTest {};
 
 // clips.ale as the reader gives it: the colour tag and the heading's tape come first.
 const std::string clipsHeading = "Heading\n"

@@ -1,0 +1,69 @@
+#include "policy_interaction.h"
+
+#include <cstdlib>
+#include <iostream>
+
+namespace lumbra::cli {
+
+const char* kindName(tables::NotificationType kind) {
+    switch (kind) {
+    case tables::NotificationType::OK:
+        return "OK";
+    case tables::NotificationType::WARNING:
+        return "WARNING";
+    case tables::NotificationType::KO:
+        return "KO";
+    }
+    return "KO";
+}
+
+void PolicyInteraction::stop(const std::string& title, const std::string& text) {
+    std::cout.flush();
+    std::cerr << "Question: " << title << ": " << text << "\n"
+              << "Answer it with --yes or --no; nothing was changed.\n";
+    std::cerr.flush();
+    std::exit(exitQuestion);
+}
+
+app::AlertAnswer PolicyInteraction::alert(const app::AlertRequest& request) {
+    // A message with one button asks nothing: it is told, and goes on.
+    if (request.buttons.size() <= 1) {
+        std::cout << request.title << ": " << request.text << '\n';
+        return {};
+    }
+    if (m_policy == AnswerPolicy::ask)
+        stop(request.title, request.text);
+    int button = m_policy == AnswerPolicy::affirm ? 0 : static_cast<int>(request.buttons.size()) - 1;
+    std::cout << request.title << ": " << request.text << " -> " << request.buttons[button] << '\n';
+    return {button, false};
+}
+
+std::optional<std::string> PolicyInteraction::askText(const app::TextRequest& request) {
+    if (m_policy == AnswerPolicy::ask)
+        stop(request.title, request.text);
+    if (m_policy == AnswerPolicy::cancel)
+        return std::nullopt;
+    return request.defaultValue;
+}
+
+std::optional<std::filesystem::path> PolicyInteraction::chooseFolder(const app::FolderRequest& request) {
+    if (m_policy == AnswerPolicy::ask)
+        stop(request.title, "a folder must be chosen");
+    // A command line has no folder to offer: the choice is cancelled.
+    return std::nullopt;
+}
+
+void PolicyInteraction::addLog(const std::string& text, bool notify, const std::string& title,
+                               tables::NotificationType kind) {
+    std::cout << text << '\n';
+    if (notify)
+        this->notify({{title, text, kind}});
+}
+
+void PolicyInteraction::notify(const tables::Notifications& notifications) {
+    for (const auto& notification : notifications)
+        std::cout << '[' << kindName(notification.type) << "] " << notification.title << ": "
+                  << notification.body << '\n';
+}
+
+} // namespace lumbra::cli

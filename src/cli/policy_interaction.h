@@ -1,0 +1,37 @@
+#pragma once
+
+#include "app/user_interaction.h"
+
+namespace lumbra::cli {
+
+// How the command answers the questions of the core: "--yes", "--no", or not at all.
+enum class AnswerPolicy { ask, affirm, cancel };
+
+// Exit status of a command stopped by a question nobody answered; nothing was written before it.
+inline constexpr int exitQuestion = 2;
+
+// The user of a command line run: log lines and notifications go to standard output; questions
+// take the first (affirmative) or the last (cancelling) button by policy. With no policy a question
+// prints its title and text on standard error and ends the process with exitQuestion, which leaves
+// the project as it was, since the core asks before it writes.
+class PolicyInteraction final : public app::UserInteraction {
+public:
+    explicit PolicyInteraction(AnswerPolicy policy) : m_policy(policy) {}
+
+    app::AlertAnswer alert(const app::AlertRequest& request) override;
+    std::optional<std::string> askText(const app::TextRequest& request) override;
+    std::optional<std::filesystem::path> chooseFolder(const app::FolderRequest& request) override;
+    void addLog(const std::string& text, bool notify, const std::string& title,
+                tables::NotificationType kind) override;
+    void notify(const tables::Notifications& notifications) override;
+
+private:
+    [[noreturn]] static void stop(const std::string& title, const std::string& text);
+
+    AnswerPolicy m_policy;
+};
+
+// "OK", "WARNING" or "KO".
+[[nodiscard]] const char* kindName(tables::NotificationType kind);
+
+} // namespace lumbra::cli

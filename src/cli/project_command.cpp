@@ -1,0 +1,284 @@
+#include "command.h"
+#include "project/bin.h"
+#include "project/bin_import.h"
+#include "project/project_creation.h"
+#include "project/project_saver.h"
+#include "project/shared_stuff.h"
+#include "project_session.h"
+#include "tables/file_formats.h"
+
+#include <array>
+#include <filesystem>
+#include <iostream>
+
+namespace lumbra::cli {
+
+namespace {
+
+namespace fs = std::filesystem;
+using project::SharedStuff;
+
+constexpr std::string_view usage =
+    "Usage: lumbra-cli project create PATH [--fps F] [--resolution R] [--sound S]\n"
+    "                             [--film-format F] [--tape T] [--columns A,B,C]\n"
+    "       lumbra-cli project import PATH FILE... [--group NAME] [--yes|--no]\n"
+    "       lumbra-cli project info PATH [--yes|--no]\n"
+    "       lumbra-cli project save PATH [--yes|--no]\n"
+    "       lumbra-cli project copy PATH DEST [--yes|--no]\n"
+    "       lumbra-cli project zip PATH DEST [--yes|--no]\n"
+    "       lumbra-cli project backup PATH [--yes|--no]\n"
+    "\n"
+    "PATH is the project's folder: its parent holds the project, its last component is the name.\n"
+    "Every command but create opens the project first, which ends with a save.\n"
+    "\n"
+    "  create   a new project; without --columns the ten columns of the system layout\n"
+    "  import   one bin per file (.ale), into the group NAME or at the top; then a save\n"
+    "  info     the settings, the layouts and the bins, one line each\n"
+    "  save     the project saved in its folder\n"
+    "  copy     a full copy in the folder DEST (\"_02\"... when the name is taken)\n"
+    "  zip      a copy zipped to DEST/<name>.zip\n"
+    "  backup   a copy zipped into the project's backup folder\n"
+    "\n"
+    "  --yes    answer every question of the project with its first button (Proceed, Confirm...)\n"
+    "  --no     answer every question with its cancelling button\n"
+    "           with neither, a question stops the command with status 2 and changes nothing\n"
+    "  -h, --help  show this text\n";
+
+int run(std::span<const std::string> args);
+
+const Command command{"project", "create, import into, show, save, copy, zip or back up a project", usage,
+                      run};
+
+constexpr std::array<std::string_view, 7> valuedOptions{"--fps",  "--resolution", "--sound", "--film-format",
+                                                        "--tape", "--columns",    "--group"};
+constexpr std::array<std::string_view, 2> flagOptions{"--yes", "--no"};
+
+std::string optionOr(const ParsedArguments& parsed, std::string_view name, std::string fallback) {
+    auto it = parsed.values.find(name);
+    return it == parsed.values.end() ? std::move(fallback) : it->second;
+}
+
+int create(const ParsedArguments& parsed) {
+    const std::string& path = parsed.positional[1];
+    fs::path folder = projectFolderArgument(path);
+    std::string parent = folder.parent_path().string();
+    std::error_code error;
+    if (!fs::is_directory(parent, error))
+        return failure("Cannot create " + path + ": the folder " + parent + " does not exist");
+
+    project::NewProjectSettings settings;
+    settings.name = folder.filename().string();
+    settings.fps = optionOr(parsed, "--fps", settings.fps);
+    settings.tlResolution = optionOr(parsed, "--resolution", settings.tlResolution);
+    settings.sound = optionOr(parsed, "--sound", settings.sound);
+    if (parsed.values.contains("--film-format"))
+        settings.filmFormat = parsed.values.find("--film-format")->second;
+    settings.tapeId = optionOr(parsed, "--tape", "");
+    if (auto it = parsed.values.find("--columns"); it != parsed.values.end()) {
+        if (it->second.empty())
+            return usageError(command, "--columns needs a list of column names");
+        settings.columns = splitColumns(it->second);
+    }
+
+    PolicyInteraction interaction(parsed.has("--yes")  ? AnswerPolicy::affirm
+                                  : parsed.has("--no") ? AnswerPolicy::cancel
+                                                       : AnswerPolicy::ask);
+    SharedStuff sharedstuff(&interaction);
+    bool saved = false;
+    project::NewProjectCheck check = project::createProject(sharedstuff, parent, settings, &saved);
+    switch (check.refusal) {
+    case project::NewProjectRefusal::none:
+        break;
+    case project::NewProjectRefusal::repeatedColumn:
+        return failure("Cannot create " + path + ": a column is named twice");
+    case project::NewProjectRefusal::emptyName:
+        return failure("Cannot create " + path + ": the project name is empty");
+    default:
+        return failure("Cannot create " + path + ": " + check.warning);
+    }
+    if (!saved)
+        return failure("Cannot create " + path + ": the project could not be saved");
+    std::cout << "Project created at " << *sharedstuff.projectPath() << '\n';
+    return exitSuccess;
+}
+
+project::BinsTreeEntry* findGroup(SharedStuff& sharedstuff, const std::string& name) {
+    for (project::BinsTreeEntry* node : sharedstuff.bins->flatten()) {
+        if (node != sharedstuff.bins.get() && !node->bin && node->name() == name)
+            return node;
+    }
+    return nullptr;
+}
+
+int import(ProjectSession& session, const ParsedArguments& parsed) {
+    SharedStuff& sharedstuff = session.project();
+    project::ImportTarget target;
+    if (auto it = parsed.values.find("--group"); it != parsed.values.end()) {
+        target.item = findGroup(sharedstuff, it->second);
+        if (!target.item)
+            return failure("Cannot import into " + parsed.positional[1] + ": no group named " + it->second);
+    }
+    std::vector<std::string> files(parsed.positional.begin() + 2, parsed.positional.end());
+    // The command waits for the batch's own save rather than saving once per bin.
+    bool autosave = sharedstuff.autosave;
+    sharedstuff.autosave = false;
+    project::BinImportResult result = project::addBinsFromFiles(sharedstuff, files, target);
+    sharedstuff.autosave = autosave;
+    sharedstuff.flushBufferedNotifications();
+    bool saved = sharedstuff.save();
+    sharedstuff.flushBufferedNotifications();
+    if (!saved)
+        return failure("Cannot save " + parsed.positional[1] + ": the imported bins were not all written");
+    if (!result.failedPaths.empty())
+        return failure("Cannot read " + result.failedPaths.front() + ": the file was refused" +
+                       (result.failedPaths.size() > 1
+                            ? " (and " + std::to_string(result.failedPaths.size() - 1) + " more)"
+                            : std::string()));
+    return exitSuccess;
+}
+
+std::string joined(const std::vector<std::string>& names) {
+    std::string out;
+    for (const auto& name : names)
+        out += (out.empty() ? "" : ", ") + name;
+    return out;
+}
+
+void printTree(project::BinsTreeEntry& node, int depth) {
+    for (const auto& child : node.children) {
+        std::string indent(static_cast<std::size_t>(depth) * 2, ' ');
+        if (!child->bin) {
+            std::cout << indent << child->name() << "/\n";
+            printTree(*child, depth + 1);
+            continue;
+        }
+        project::Bin& bin = *child->bin;
+        const tables::ALETable* table = bin.table();
+        std::cout << indent << bin.displayName() << '\t' << child->nodeUuid() << '\t'
+                  << (table ? table->data.size() : 0) << " rows\t" << (table ? table->cols.size() : 0)
+                  << " columns\t" << (bin.isLock() ? "locked" : "unlocked") << '\n';
+    }
+}
+
+int info(ProjectSession& session) {
+    SharedStuff& s = session.project();
+    auto value = [](const std::optional<std::string>& v) { return v.value_or(""); };
+    std::cout << "Project: " << *s.projectName << "\nFolder: " << *s.currentFolder
+              << "\nfps: " << value(s.fps) << "\ntlResolution: " << value(s.tlResolution)
+              << "\nsound: " << value(s.sound) << "\nfilmformat: " << value(s.film_format)
+              << "\ntapeid: " << value(s.tapeId) << "\nautosave: " << s.autosave
+              << "\narchiveOriginalData: " << s.archiveOriginalData
+              << "\ntimeInMinBackup: " << s.timeInMinBackup << "\nmaxNBackup: " << s.maxNBackup
+              << "\nmaxShowBinToImport: " << s.maxShowBinToImport << "\nLayouts:\n";
+    const auto& layouts = s.projectLayouts;
+    if (layouts.baseLayout)
+        std::cout << "  " << layouts.baseLayout->name << ": " << joined(layouts.baseLayout->columns) << '\n';
+    if (layouts.projectLayout)
+        std::cout << "  " << layouts.projectLayout->name << ": " << joined(layouts.projectLayout->columns)
+                  << '\n';
+    for (const auto& layout : layouts.layouts)
+        std::cout << "  " << layout->name << ": " << joined(layout->columns) << '\n';
+    std::cout << "Bins:\n";
+    printTree(*s.bins, 1);
+    std::cout << "Smart bins:\n";
+    printTree(*s.smartbins, 1);
+    return exitSuccess;
+}
+
+int copyOrZip(ProjectSession& session, const ParsedArguments& parsed, bool zip) {
+    SharedStuff& sharedstuff = session.project();
+    const std::string& dest = parsed.positional[2];
+    std::error_code error;
+    if (!fs::is_directory(dest, error))
+        return failure("Cannot save to " + dest + ": no such folder");
+    std::string resultPath;
+    bool ok = zip ? sharedstuff.saveCompressed(dest, &resultPath) : sharedstuff.saveCopy(dest, &resultPath);
+    sharedstuff.flushBufferedNotifications();
+    if (!ok)
+        return failure("Error while saving to " + (resultPath.empty() ? dest : resultPath));
+    std::cout << "Successfully saved to " << resultPath << '\n';
+    return exitSuccess;
+}
+
+int run(std::span<const std::string> args) {
+    for (const auto& arg : args) {
+        if (arg == "--")
+            break;
+        if (isHelpOption(arg)) {
+            std::cout << usage;
+            return exitSuccess;
+        }
+    }
+    auto parsedOrMessage = parseOptions(args, valuedOptions, flagOptions);
+    if (auto* message = std::get_if<std::string>(&parsedOrMessage))
+        return usageError(command, *message);
+    const auto& parsed = std::get<ParsedArguments>(parsedOrMessage);
+    if (parsed.has("--yes") && parsed.has("--no"))
+        return usageError(command, "--yes and --no exclude each other");
+    if (parsed.positional.empty())
+        return usageError(command, "a subcommand is needed");
+    const std::string& sub = parsed.positional[0];
+    const std::size_t count = parsed.positional.size();
+    const bool needsDest = sub == "copy" || sub == "zip";
+    if (sub != "create" && sub != "import" && sub != "info" && sub != "save" && !needsDest && sub != "backup")
+        return usageError(command, "unknown subcommand \"" + sub + "\"");
+    if (count < 2)
+        return usageError(command, "PATH is needed");
+    if (sub == "import" && count < 3)
+        return usageError(command, "at least one FILE is needed");
+    if (needsDest && count != 3)
+        return usageError(command, count < 3 ? "DEST is needed" : "too many arguments");
+    if (!needsDest && sub != "import" && count != 2)
+        return usageError(command, "too many arguments");
+    for (const auto& [name, value] : parsed.values) {
+        bool forCreate = name != "--group";
+        if (forCreate != (sub == "create"))
+            return usageError(command, name + " does not apply to " + sub);
+    }
+    if (sub == "create")
+        return create(parsed);
+    if (sub == "import") {
+        for (std::size_t i = 2; i < count; ++i) {
+            const tables::FileFormat* format = tables::formatForPath(parsed.positional[i]);
+            if (!format || !format->read)
+                return failure("Cannot import " + parsed.positional[i] + ": no reader for its file suffix");
+        }
+    }
+
+    ProjectSession session(parsed.has("--yes")  ? AnswerPolicy::affirm
+                           : parsed.has("--no") ? AnswerPolicy::cancel
+                                                : AnswerPolicy::ask);
+    if (!session.open(parsed.positional[1]))
+        return exitFailure;
+    SharedStuff& sharedstuff = session.project();
+    if (sub == "import")
+        return import(session, parsed);
+    if (sub == "info")
+        return info(session);
+    if (needsDest)
+        return copyOrZip(session, parsed, sub == "zip");
+    if (sub == "save") {
+        // The open ended with a save already; this one is the command's own, and tells how it went.
+        bool ok = sharedstuff.save();
+        sharedstuff.flushBufferedNotifications();
+        if (!ok)
+            return failure("ERROR while saving " + *sharedstuff.projectPath());
+        std::cout << "Project saved to " << *sharedstuff.projectPath() << '\n';
+        return exitSuccess;
+    }
+    bool ok = sharedstuff.backup();
+    sharedstuff.flushBufferedNotifications();
+    if (!ok)
+        return failure("Cannot back up " + parsed.positional[1] + ": the backup could not be written");
+    std::cout << "Backup written in " << *sharedstuff.projectPath() << '/' << project::backupFolderName
+              << '\n';
+    return exitSuccess;
+}
+
+} // namespace
+
+const Command& projectCommand() {
+    return command;
+}
+
+} // namespace lumbra::cli

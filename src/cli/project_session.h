@@ -1,0 +1,32 @@
+#pragma once
+
+#include "policy_interaction.h"
+#include "project/shared_stuff.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+namespace lumbra::cli {
+
+// One project opened for a command, with the user that answers its questions.
+class ProjectSession {
+public:
+    explicit ProjectSession(AnswerPolicy policy);
+
+    // Splits PATH into parent folder and name and runs the ordered open. On failure prints the one
+    // line that says why on standard error and returns false; a refused earlier layout changes nothing.
+    bool open(const std::string& path);
+
+    [[nodiscard]] project::SharedStuff& project() noexcept { return *m_project; }
+
+private:
+    PolicyInteraction m_interaction;
+    std::unique_ptr<project::SharedStuff> m_project;
+};
+
+// The folder as given, absolute and normalised, less a trailing "/": its parent and last component
+// name the project.
+[[nodiscard]] std::filesystem::path projectFolderArgument(const std::string& path);
+
+} // namespace lumbra::cli
