@@ -17,6 +17,25 @@ const char* kindName(tables::NotificationType kind) {
     return "KO";
 }
 
+namespace {
+
+// A notification logged without a title takes the one of its kind, as in the main window's log.
+std::string shownTitle(const tables::NotificationData& notification) {
+    if (!notification.title.empty())
+        return notification.title;
+    switch (notification.type) {
+    case tables::NotificationType::OK:
+        return "Operation executed";
+    case tables::NotificationType::WARNING:
+        return "Warning";
+    case tables::NotificationType::KO:
+        break;
+    }
+    return "Operation not executed";
+}
+
+} // namespace
+
 void PolicyInteraction::stop(const std::string& title, const std::string& text) {
     std::cout.flush();
     std::cerr << "Question: " << title << ": " << text << "\n"
@@ -62,7 +81,7 @@ void PolicyInteraction::addLog(const std::string& text, bool notify, const std::
 
 void PolicyInteraction::notify(const tables::Notifications& notifications) {
     for (const auto& notification : notifications)
-        std::cout << '[' << kindName(notification.type) << "] " << notification.title << ": "
+        std::cout << '[' << kindName(notification.type) << "] " << shownTitle(notification) << ": "
                   << notification.body << '\n';
 }
 
