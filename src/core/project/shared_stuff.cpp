@@ -8,6 +8,7 @@
 #include "tables/console.h"
 
 #include <algorithm>
+#include <cstdio>
 
 namespace lumbra::project {
 
@@ -170,6 +171,46 @@ void SharedStuff::addLog(const std::string& text, bool notify, const std::string
     printLine(text);
     if (notify)
         bufferedNotifications.emplace_back(title, text, kind);
+}
+
+std::optional<std::string> SharedStuff::interpretProjectToken(std::string_view token) const {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    return interpretProjectToken(token, local);
+}
+
+std::optional<std::string> SharedStuff::interpretProjectToken(std::string_view token,
+                                                              const std::tm& now) const {
+    auto twoDigits = [](int n) {
+        char buffer[16];
+        std::snprintf(buffer, sizeof buffer, "%02d", n);
+        return std::string(buffer);
+    };
+    const int year = now.tm_year + 1900;
+    const int month = now.tm_mon + 1;
+    if (token == "projname")
+        return projectName.value_or("");
+    if (token == "date")
+        return twoDigits(now.tm_mday) + "_" + twoDigits(month) + "_" + twoDigits(year);
+    if (token == "day")
+        return twoDigits(now.tm_mday);
+    if (token == "month")
+        return twoDigits(month);
+    if (token == "year")
+        return twoDigits(year);
+    const std::pair<std::string_view, const std::optional<std::string>*> fields[] = {
+        {"projfps", &fps},     {"projresolution", &tlResolution}, {"projtape", &tapeId},
+        {"projsound", &sound}, {"projfilmformat", &film_format},
+    };
+    for (const auto& [name, field] : fields) {
+        if (token == name)
+            return field->value_or("");
+    }
+    auto property = userDefinedProperties.find(std::string(token));
+    if (property != userDefinedProperties.end())
+        return property->second;
+    return std::nullopt;
 }
 
 std::string SharedStuff::nextBinName() const {

@@ -10,6 +10,7 @@
 #include "tables/notification.h"
 #include "tables/table_links.h"
 
+#include <ctime>
 #include <map>
 #include <memory>
 #include <optional>
@@ -108,6 +109,12 @@ public:
     // notify) buffered until flushBufferedNotifications().
     void addLog(const std::string& text, bool notify, const std::string& title,
                 tables::NotificationType kind);
+
+    // The value of a project token of a clever string ("projname", "date", a user property...);
+    // unset fields answer "", an unknown token nothing. Dates are those of `now`, in local time.
+    [[nodiscard]] std::optional<std::string> interpretProjectToken(std::string_view token) const;
+    [[nodiscard]] std::optional<std::string> interpretProjectToken(std::string_view token,
+                                                                   const std::tm& now) const;
 
     [[nodiscard]] std::string nextBinName() const;
     [[nodiscard]] std::string nextGroupName() const;

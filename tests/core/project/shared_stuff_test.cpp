@@ -222,3 +222,23 @@ TEST(SharedStuff, AClosedBoxIsNoLongerActive) {
     s.showBox(*bin, false);
     EXPECT_EQ(s.activeBin, nullptr);
 }
+
+TEST(SharedStuff, ProjectTokens) {
+    SharedStuff s;
+    s.projectName = "Film";
+    s.fps = "25";
+    s.userDefinedProperties = {{"director", "Ann"}};
+    std::tm day{};
+    day.tm_year = 2025 - 1900;
+    day.tm_mon = 2;
+    day.tm_mday = 7;
+    const std::pair<const char*, std::optional<std::string>> cases[] = {
+        {"projname", "Film"},       {"date", "07_03_2025"},    {"day", "07"},    {"month", "03"},
+        {"year", "2025"},           {"projfps", "25"},         {"projtape", ""}, {"director", "Ann"},
+        {"Director", std::nullopt}, {"binname", std::nullopt},
+    };
+    for (const auto& [token, expected] : cases) {
+        SCOPED_TRACE(token);
+        EXPECT_EQ(s.interpretProjectToken(token, day), expected);
+    }
+}
