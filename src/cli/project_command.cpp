@@ -20,7 +20,7 @@ using project::SharedStuff;
 
 constexpr std::string_view usage =
     "Usage: lumbra-cli project create PATH [--fps F] [--resolution R] [--sound S]\n"
-    "                             [--film-format F] [--tape T] [--columns A,B,C]\n"
+    "                             [--film-format F] [--tape T] [--columns A,B,C] [--from-ale FILE]\n"
     "       lumbra-cli project import PATH FILE... [--group NAME] [--yes|--no]\n"
     "       lumbra-cli project info PATH [--yes|--no]\n"
     "       lumbra-cli project save PATH [--yes|--no]\n"
@@ -31,7 +31,8 @@ constexpr std::string_view usage =
     "PATH is the project's folder: its parent holds the project, its last component is the name.\n"
     "Every command but create opens the project first, which ends with a save.\n"
     "\n"
-    "  create   a new project; without --columns the ten columns of the system layout\n"
+    "  create   a new project; without --columns the ten columns of the system layout;\n"
+    "           --from-ale takes the settings and columns from an ALE file's heading\n"
     "  import   one bin per file (.ale), into the group NAME or at the top; then a save\n"
     "  info     the settings, the layouts and the bins, one line each\n"
     "  save     the project saved in its folder\n"
@@ -49,8 +50,8 @@ int run(std::span<const std::string> args);
 const Command command{"project", "create, import into, show, save, copy, zip or back up a project", usage,
                       run};
 
-constexpr std::array<std::string_view, 7> valuedOptions{"--fps",  "--resolution", "--sound", "--film-format",
-                                                        "--tape", "--columns",    "--group"};
+constexpr std::array<std::string_view, 8> valuedOptions{"--fps",  "--resolution", "--sound", "--film-format",
+                                                        "--tape", "--columns",    "--group", "--from-ale"};
 constexpr std::array<std::string_view, 2> flagOptions{"--yes", "--no"};
 
 std::string optionOr(const ParsedArguments& parsed, std::string_view name, std::string fallback) {
@@ -67,13 +68,19 @@ int create(const ParsedArguments& parsed) {
         return failure("Cannot create " + path + ": the folder " + parent + " does not exist");
 
     project::NewProjectSettings settings;
+    // The file's heading comes first, so that the options given with it override its values.
+    if (auto it = parsed.values.find("--from-ale"); it != parsed.values.end()) {
+        std::string warning;
+        if (!project::settingsFromFile(it->second, settings, &warning))
+            return failure("Cannot create " + path + ": " + warning + " " + it->second);
+    }
     settings.name = folder.filename().string();
     settings.fps = optionOr(parsed, "--fps", settings.fps);
     settings.tlResolution = optionOr(parsed, "--resolution", settings.tlResolution);
     settings.sound = optionOr(parsed, "--sound", settings.sound);
     if (parsed.values.contains("--film-format"))
         settings.filmFormat = parsed.values.find("--film-format")->second;
-    settings.tapeId = optionOr(parsed, "--tape", "");
+    settings.tapeId = optionOr(parsed, "--tape", settings.tapeId);
     if (auto it = parsed.values.find("--columns"); it != parsed.values.end()) {
         if (it->second.empty())
             return usageError(command, "--columns needs a list of column names");

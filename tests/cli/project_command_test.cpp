@@ -60,6 +60,22 @@ TEST_F(ProjectCommandTest, CreateWritesTheSettingsAndTheTwoLayouts) {
     EXPECT_NE(info.out.find("\n  Default: Name, Tape\n  Project Default: Name, Tape\n"), std::string::npos);
 }
 
+TEST_F(ProjectCommandTest, CreateFromAnAleFileTakesItsHeadingUnderTheOptions) {
+    std::string project = create("Day", {"--from-ale", data("clips.ale"), "--sound", "44.1khz"});
+    std::string file = readAll(fs::path(project) / "tarelproject");
+    EXPECT_TRUE(file.starts_with("Day\nfps\t25\ntlResolution\t1080\nsound\t44.1khz\ntapeid\tA001\n"
+                                 "filmformat\t35mm, 4 perf\n"))
+        << file;
+    EXPECT_NE(file.find("\nbaselayout\tLumbra_Color_Tag\tTape\tName\tStart\tEnd\tScene\tComments\n"),
+              std::string::npos);
+
+    auto missing = run({"project", "create", temp("Other"), "--from-ale", temp("none.ale")});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_EQ(missing.err, "Cannot create " + temp("Other") + ": ERROR while reading info from file " +
+                               temp("none.ale") + "\n");
+    EXPECT_FALSE(fs::exists(m_dir / "Other"));
+}
+
 TEST_F(ProjectCommandTest, RefusedCreationsSayWhyAndLeaveTheFolderAsItWas) {
     std::string existing = create("Taken", {"--fps", "24"});
     auto before = snapshot(m_dir / "Taken");

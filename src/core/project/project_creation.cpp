@@ -2,6 +2,7 @@
 
 #include "app/project_catalogue.h"
 #include "project/shared_stuff.h"
+#include "tables/ale_table.h"
 #include "tables/columns_layout.h"
 
 #include <filesystem>
@@ -22,6 +23,22 @@ bool hasRepeatedName(const std::vector<std::string>& names) {
 }
 
 } // namespace
+
+bool settingsFromFile(const std::string& path, NewProjectSettings& settings, std::string* warning) {
+    tables::ALETable table(path);
+    if (!table.state) {
+        if (warning)
+            *warning = "ERROR while reading info from file";
+        return false;
+    }
+    settings.fps = table.fps.value_or(std::string());
+    settings.tlResolution = table.video_format.value_or(std::string());
+    settings.sound = table.audio_format.value_or(std::string());
+    settings.filmFormat = table.film_format;
+    settings.tapeId = table.tape.value_or(std::string());
+    settings.columns = table.cols;
+    return true;
+}
 
 NewProjectCheck checkNewProject(const std::string& parentFolder, const NewProjectSettings& settings) {
     if (hasRepeatedName(settings.columns))

@@ -35,6 +35,11 @@ struct NewProjectCheck {
     [[nodiscard]] bool accepted() const noexcept { return refusal == NewProjectRefusal::none; }
 };
 
+// "Load from file": the heading of an ALE file gives the settings (an absent film format turns the film
+// check box off) and its columns the project's columns. False, with the window's warning text in
+// `warning` and the settings untouched, when the file cannot be read.
+bool settingsFromFile(const std::string& path, NewProjectSettings& settings, std::string* warning = nullptr);
+
 // The checks made before "Create", in the window's order, against the folder the project would go in.
 [[nodiscard]] NewProjectCheck checkNewProject(const std::string& parentFolder,
                                               const NewProjectSettings& settings);

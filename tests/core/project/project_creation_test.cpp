@@ -101,5 +101,31 @@ TEST(ProjectCreation, GivenColumnsFilmFormatAndTape) {
     EXPECT_NE(text.find("\ntapeid\tT01\n"), std::string::npos);
 }
 
+TEST(ProjectCreation, SettingsFromAnAleFile) {
+    TempFolder folder;
+    testing::writeFile(folder.path / "day.ale",
+                       "Heading\nFIELD_DELIM\tTABS\nVIDEO_FORMAT\tPAL\nFPS\t24\n"
+                       "AUDIO_FORMAT\t48khz\nTAPE\tR1\n\nColumn\nName\tScene\n\nData\nA\t1\n");
+    NewProjectSettings settings;
+    settings.filmFormat = "16mm";
+    tables::PrintCapture quiet;
+    ASSERT_TRUE(settingsFromFile((folder.path / "day.ale").string(), settings));
+    EXPECT_EQ(settings.fps, "24");
+    EXPECT_EQ(settings.tlResolution, "PAL");
+    EXPECT_EQ(settings.sound, "48khz");
+    EXPECT_EQ(settings.tapeId, "R1");
+    // No film format in the heading turns the check box off.
+    EXPECT_FALSE(settings.filmFormat);
+    // The reader's colour tag and the heading's tape come with the file's columns.
+    EXPECT_EQ(settings.columns, (std::vector<std::string>{"Lumbra_Color_Tag", "Tape", "Name", "Scene"}));
+
+    NewProjectSettings untouched;
+    std::string warning;
+    EXPECT_FALSE(settingsFromFile((folder.path / "missing.ale").string(), untouched, &warning));
+    EXPECT_EQ(warning, "ERROR while reading info from file");
+    EXPECT_EQ(untouched.fps, "23.98");
+    EXPECT_TRUE(untouched.columns.empty());
+}
+
 } // namespace
 } // namespace lumbra::project
