@@ -380,3 +380,18 @@ TEST(ProjectSaver, AHandWrittenProjectFileOpensAndSavesInTheCurrentForm) {
                                                      "statusBarRule2.0\t@{Tape}: #{COUNT ENTRIES}\n"
                                                      "binNamingRule\t@{All Bin Name}\n");
 }
+
+TEST(ProjectSaver, ABackupIsAnArchiveOfTheProjectInItsBackupFolder) {
+    Project p;
+    ASSERT_TRUE(p.s.save());
+    const std::size_t temporaries = temporaryArchiveFolders();
+    std::string archive;
+    ASSERT_TRUE(p.s.backup(&archive));
+    EXPECT_EQ(fs::path(archive).parent_path(), p.folder() / "backup");
+    const std::string name = fs::path(archive).filename().string();
+    EXPECT_NE(name.find('_'), std::string::npos);
+    EXPECT_EQ(name.substr(name.find('-')), "-Film.zip");
+    const ZipListing zip = readZip(archive, "Film/tarelproject");
+    EXPECT_EQ(zip.projectFile, projectFileText(p.s));
+    EXPECT_EQ(temporaryArchiveFolders(), temporaries);
+}
