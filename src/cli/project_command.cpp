@@ -33,7 +33,7 @@ constexpr std::string_view usage =
     "\n"
     "  create   a new project; without --columns the ten columns of the system layout;\n"
     "           --from-ale takes the settings and columns from an ALE file's heading\n"
-    "  import   one bin per file (.ale), into the group NAME or at the top; then a save\n"
+    "  import   one bin per file (.ale), into the group NAME (made if missing) or at the top; then a save\n"
     "  info     the settings, the layouts and the bins, one line each\n"
     "  save     the project saved in its folder\n"
     "  copy     a full copy in the folder DEST (\"_02\"... when the name is taken)\n"
@@ -122,8 +122,15 @@ int import(ProjectSession& session, const ParsedArguments& parsed) {
     project::ImportTarget target;
     if (auto it = parsed.values.find("--group"); it != parsed.values.end()) {
         target.item = findGroup(sharedstuff, it->second);
-        if (!target.item)
-            return failure("Cannot import into " + parsed.positional[1] + ": no group named " + it->second);
+        // A script names the group it wants; a group that is not there yet is made at the top.
+        if (!target.item) {
+            auto group = std::make_shared<project::BinsTreeEntry>(
+                sharedstuff.uniqueId(it->second), nullptr, std::vector<project::TreeNode>{}, &sharedstuff);
+            group->setName(it->second);
+            target.item = group.get();
+            sharedstuff.bins->addChild(std::move(group));
+            sharedstuff.bins->rebuildArray();
+        }
     }
     std::vector<std::string> files(parsed.positional.begin() + 2, parsed.positional.end());
     // The command waits for the batch's own save rather than saving once per bin.
@@ -151,6 +158,10 @@ std::string joined(const std::vector<std::string>& names) {
     return out;
 }
 
+std::string counted(std::size_t n, const std::string& noun) {
+    return std::to_string(n) + " " + noun + (n == 1 ? "" : "s");
+}
+
 void printTree(project::BinsTreeEntry& node, int depth) {
     for (const auto& child : node.children) {
         std::string indent(static_cast<std::size_t>(depth) * 2, ' ');
@@ -162,8 +173,9 @@ void printTree(project::BinsTreeEntry& node, int depth) {
         project::Bin& bin = *child->bin;
         const tables::ALETable* table = bin.table();
         std::cout << indent << bin.displayName() << '\t' << child->nodeUuid() << '\t'
-                  << (table ? table->data.size() : 0) << " rows\t" << (table ? table->cols.size() : 0)
-                  << " columns\t" << (bin.isLock() ? "locked" : "unlocked") << '\n';
+                  << counted(table ? table->data.size() : 0, "row") << '\t'
+                  << counted(table ? table->cols.size() : 0, "column") << '\t'
+                  << (bin.isLock() ? "locked" : "unlocked") << '\n';
     }
 }
 

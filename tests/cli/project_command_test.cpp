@@ -141,15 +141,27 @@ TEST_F(ProjectCommandTest, ImportAddsOneBinPerFileIntoTheGroupAndSaves) {
         << info.out;
 }
 
+TEST_F(ProjectCommandTest, ImportIntoAGroupNotYetThereMakesIt) {
+    std::string project = create("P");
+    auto result = run({"project", "import", project, data("clips.ale"), "--group", "Day 1"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    fs::path group = onlyFolder(fs::path(project) / "_bins_", "Day 1 - ");
+    ASSERT_FALSE(group.empty());
+    EXPECT_FALSE(onlyFolder(group, "clips - ").empty());
+
+    auto again = run({"project", "import", project, data("clips.ale"), "--group", "Day 1"});
+    EXPECT_EQ(again.exitCode, 0) << again.err;
+    EXPECT_FALSE(onlyFolder(group, "clips_02 - ").empty());
+    auto info = run({"project", "info", project});
+    EXPECT_NE(info.out.find("  Day 1/\n    clips\t"), std::string::npos) << info.out;
+}
+
 TEST_F(ProjectCommandTest, ImportFailuresExitOneAndKeepTheProject) {
     std::string project = create("P");
 
     auto unknown = run({"project", "import", project, temp("notes.txt")});
     EXPECT_EQ(unknown.exitCode, 1);
     EXPECT_EQ(unknown.err, "Cannot import " + temp("notes.txt") + ": no reader for its file suffix\n");
-    auto noGroup = run({"project", "import", project, data("clips.ale"), "--group", "Nowhere"});
-    EXPECT_EQ(noGroup.exitCode, 1);
-    EXPECT_EQ(noGroup.err, "Cannot import into " + project + ": no group named Nowhere\n");
     EXPECT_EQ(onlyFolder(fs::path(project) / "_bins_", "clips"), fs::path());
 
     // A file that cannot be read does not stop the others, which are saved.
