@@ -44,13 +44,9 @@ std::vector<project::Bin*> binsNamed(project::SharedStuff& sharedstuff, const st
 }
 
 int run(std::span<const std::string> args) {
-    for (const auto& arg : args) {
-        if (arg == "--")
-            break;
-        if (isHelpOption(arg)) {
-            std::cout << usage;
-            return exitSuccess;
-        }
+    if (asksForHelp(args)) {
+        std::cout << usage;
+        return exitSuccess;
     }
     auto parsedOrMessage = parseOptions(args, valuedOptions, flagOptions);
     if (auto* message = std::get_if<std::string>(&parsedOrMessage))
@@ -95,12 +91,7 @@ int run(std::span<const std::string> args) {
     const tables::ALETable* table = named.front()->table();
     if (!table)
         return failure("Cannot export " + key + ": the bin has no table");
-    std::string lastLine;
-    bool written = runLogged([&] { return format->write(*table, output, options); }, lastLine);
-    if (!written)
-        return failure("Cannot write " + output + ": " +
-                       (lastLine.empty() ? std::string("the file could not be written") : lastLine));
-    return exitSuccess;
+    return writeTable(*format, *table, output, options);
 }
 
 } // namespace

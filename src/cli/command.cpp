@@ -19,6 +19,26 @@ bool isHelpOption(std::string_view arg) {
     return arg == "-h" || arg == "--help";
 }
 
+bool asksForHelp(std::span<const std::string> args) {
+    for (const auto& arg : args) {
+        if (arg == "--")
+            return false;
+        if (isHelpOption(arg))
+            return true;
+    }
+    return false;
+}
+
+int writeTable(const tables::FileFormat& format, const tables::ALETable& table, const std::string& output,
+               const tables::WriteOptions& options) {
+    std::string lastLine;
+    bool written = runLogged([&] { return format.write(table, output, options); }, lastLine);
+    if (!written)
+        return failure("Cannot write " + output + ": " +
+                       (lastLine.empty() ? std::string("the file could not be written") : lastLine));
+    return exitSuccess;
+}
+
 std::vector<std::string> splitColumns(std::string_view list) {
     std::vector<std::string> names;
     std::size_t start = 0;

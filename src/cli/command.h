@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tables/console.h"
+#include "tables/file_formats.h"
 
 #include <map>
 #include <set>
@@ -36,6 +37,8 @@ int usageError(const Command& command, std::string_view message);
 int failure(std::string_view line);
 // True for "-h" and "--help".
 [[nodiscard]] bool isHelpOption(std::string_view arg);
+// True when a help option stands before any "--".
+[[nodiscard]] bool asksForHelp(std::span<const std::string> args);
 // Splits "A,B,C" into names; column names may hold blanks, so nothing is trimmed.
 [[nodiscard]] std::vector<std::string> splitColumns(std::string_view list);
 
@@ -69,5 +72,10 @@ template <typename Step> auto runLogged(Step step, std::string& lastLine) {
     lastLine = lines.empty() ? std::string() : lines.back();
     return result;
 }
+
+// Writes a table through a format; on failure prints the one line that names the file and the
+// writer's reason, and returns exitFailure.
+int writeTable(const tables::FileFormat& format, const tables::ALETable& table, const std::string& output,
+               const tables::WriteOptions& options);
 
 } // namespace lumbra::cli

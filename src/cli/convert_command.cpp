@@ -85,13 +85,9 @@ std::string suffixReason(std::string_view path, const tables::FileFormat* format
 }
 
 int run(std::span<const std::string> args) {
-    for (const auto& arg : args) {
-        if (arg == "--")
-            break;
-        if (isHelpOption(arg)) {
-            std::cout << usage;
-            return exitSuccess;
-        }
+    if (asksForHelp(args)) {
+        std::cout << usage;
+        return exitSuccess;
     }
     auto parsed = parseArguments(args);
     if (auto* message = std::get_if<std::string>(&parsed))
@@ -111,12 +107,7 @@ int run(std::span<const std::string> args) {
     if (!table->state)
         return failure("Cannot read " + arguments.input + ": " +
                        (lastLine.empty() ? std::string("the file was refused") : lastLine));
-    bool written =
-        runLogged([&] { return out->write(*table, arguments.output, arguments.options); }, lastLine);
-    if (!written)
-        return failure("Cannot write " + arguments.output + ": " +
-                       (lastLine.empty() ? std::string("the file could not be written") : lastLine));
-    return exitSuccess;
+    return writeTable(*out, *table, arguments.output, arguments.options);
 }
 
 } // namespace

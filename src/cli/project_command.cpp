@@ -220,13 +220,9 @@ int copyOrZip(ProjectSession& session, const ParsedArguments& parsed, bool zip) 
 }
 
 int run(std::span<const std::string> args) {
-    for (const auto& arg : args) {
-        if (arg == "--")
-            break;
-        if (isHelpOption(arg)) {
-            std::cout << usage;
-            return exitSuccess;
-        }
+    if (asksForHelp(args)) {
+        std::cout << usage;
+        return exitSuccess;
     }
     auto parsedOrMessage = parseOptions(args, valuedOptions, flagOptions);
     if (auto* message = std::get_if<std::string>(&parsedOrMessage))
