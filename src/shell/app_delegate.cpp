@@ -1,6 +1,9 @@
 #include "app_delegate.h"
 
+#include "new_project_window.h"
+#include "project/shared_stuff.h"
 #include "project_chooser_window.h"
+#include "project_window.h"
 #include "qt_user_defaults.h"
 #include "qt_user_interaction.h"
 
@@ -74,6 +77,20 @@ void AppDelegate::installMenus(QMainWindow& window) {
     help->addAction(m_aboutAction);
 }
 
+ProjectWindow* AppDelegate::makeProjectWindow(std::unique_ptr<project::SharedStuff> sharedstuff) {
+    auto* window = new ProjectWindow(std::move(sharedstuff), *m_lifecycle, *this);
+    QMenu* help = window->menuBar()->addMenu(tr("&Help"));
+    help->addAction(m_aboutAction);
+    return window;
+}
+
+void AppDelegate::openNewProjectWindow(const std::filesystem::path& folder) {
+    auto* window = new NewProjectWindow(*this, folder);
+    window->show();
+    window->raise();
+    window->activateWindow();
+}
+
 int AppDelegate::windowCount() const {
     int count = 0;
     // Minimised windows stay visible to Qt, so they count as the rule wants; menus and tooltips do not.
@@ -99,7 +116,7 @@ std::vector<app::ProjectWindow*> AppDelegate::projectWindows() const {
 
 void AppDelegate::openProjectChooser() {
     if (!m_chooser) {
-        m_chooser = new ProjectChooserWindow(*m_defaults, *m_interaction);
+        m_chooser = new ProjectChooserWindow(*this, *m_defaults, *m_interaction);
         installMenus(*m_chooser);
     }
     m_chooser->show();

@@ -6,14 +6,20 @@
 
 #include <QObject>
 #include <QPointer>
+#include <filesystem>
 #include <memory>
 
 class QAction;
 class QMainWindow;
 
+namespace lumbra::project {
+class SharedStuff;
+}
+
 namespace lumbra::shell {
 
 class ProjectChooserWindow;
+class ProjectWindow;
 
 // The process-wide object: it owns the start, reopen and quit rules and the actions every window's menu
 // shares.
@@ -36,6 +42,10 @@ public:
     [[nodiscard]] QAction* projectSelectorMenuItem() const noexcept { return m_projectSelectorMenuItem; }
     // Gives a window the application's menus.
     void installMenus(QMainWindow& window);
+    // The main window of a project, which owns it from now on; shown by the caller.
+    ProjectWindow* makeProjectWindow(std::unique_ptr<project::SharedStuff> sharedstuff);
+    // The new project window for a project in `folder`.
+    void openNewProjectWindow(const std::filesystem::path& folder);
 
     [[nodiscard]] int windowCount() const override;
     [[nodiscard]] std::vector<app::ProjectWindow*> projectWindows() const override;

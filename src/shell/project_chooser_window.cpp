@@ -1,5 +1,10 @@
 #include "project_chooser_window.h"
 
+#include "app_delegate.h"
+#include "project/project_loader.h"
+#include "project/shared_stuff.h"
+#include "project_window.h"
+
 #include <QApplication>
 #include <QButtonGroup>
 #include <QDir>
@@ -36,9 +41,10 @@ QIcon themeIcon(const char* name, QStyle::StandardPixmap fallback) {
 
 } // namespace
 
-ProjectChooserWindow::ProjectChooserWindow(app::UserDefaults& defaults, app::UserInteraction& interaction,
-                                           QWidget* parent)
-    : QMainWindow(parent), m_interaction(interaction), m_catalogue(defaults, QDir::homePath().toStdString()) {
+ProjectChooserWindow::ProjectChooserWindow(AppDelegate& delegate, app::UserDefaults& defaults,
+                                           app::UserInteraction& interaction, QWidget* parent)
+    : QMainWindow(parent), m_delegate(delegate), m_interaction(interaction),
+      m_catalogue(defaults, QDir::homePath().toStdString()) {
     setObjectName(QStringLiteral("projectselector"));
     setWindowTitle(tr("Lumbra — Projects"));
     setAttribute(Qt::WA_DeleteOnClose);
@@ -197,10 +203,8 @@ void ProjectChooserWindow::pathButtonPressed() {
 }
 
 void ProjectChooserWindow::newProjectButtonPressed() {
-    // Projects are made in the project window, which arrives in a later build; say so rather than pretend.
-    m_interaction.showInfo(
-        tr("New project").toStdString(),
-        tr("Creating a project is not available in this build of Lumbra yet.").toStdString());
+    m_delegate.openNewProjectWindow(m_catalogue.folder());
+    close();
 }
 
 void ProjectChooserWindow::selectProjectWithButton() {
@@ -209,13 +213,26 @@ void ProjectChooserWindow::selectProjectWithButton() {
         return;
     }
     m_catalogue.select(button->property(kTagProperty).toInt());
-    if (!m_catalogue.selected()) {
+    const std::optional<std::filesystem::path> folder = m_catalogue.selectedProjectFolder();
+    if (!folder) {
         return;
     }
-    const std::string name =
-        m_catalogue.availableProjects()[static_cast<std::size_t>(*m_catalogue.selected())];
-    m_interaction.showInfo(tr("Open project ").toStdString() + name,
-                           tr("This build of Lumbra lists projects but cannot open them yet.").toStdString());
+    auto sharedstuff = std::make_unique<project::SharedStuff>(&m_interaction);
+    project::SharedStuff& project = *sharedstuff;
+    project.currentFolder = folder->parent_path().string();
+    project.projectName = folder->filename().string();
+    ProjectWindow* window = nullptr;
+    project::OpenHooks hooks;
+    // The window takes the project at step 9; an open that stops before it leaves the project here.
+    hooks.makeMainWindow = [&](project::SharedStuff&) -> project::MainWindowLink* {
+        window = m_delegate.makeProjectWindow(std::move(sharedstuff));
+        window->show();
+        return window;
+    };
+    hooks.closeChooser = [this] { close(); };
+    if (project::openProject(project, hooks) != project::OpenResult::opened && window == nullptr) {
+        refresh();
+    }
 }
 
 void ProjectChooserWindow::showProjectMenu(QToolButton* button, const QPoint& position) {

@@ -14,6 +14,8 @@ class QToolButton;
 
 namespace lumbra::shell {
 
+class AppDelegate;
+
 // The first window: the projects of the local, shared or external folder as a grid of buttons.
 class ProjectChooserWindow final : public QMainWindow {
     Q_OBJECT
@@ -22,8 +24,8 @@ public:
     // Columns of the project grid.
     static constexpr int kColumns = 3;
 
-    ProjectChooserWindow(app::UserDefaults& defaults, app::UserInteraction& interaction,
-                         QWidget* parent = nullptr);
+    ProjectChooserWindow(AppDelegate& delegate, app::UserDefaults& defaults,
+                         app::UserInteraction& interaction, QWidget* parent = nullptr);
     ~ProjectChooserWindow() override;
 
     [[nodiscard]] const app::ProjectCatalogue& catalogue() const noexcept { return m_catalogue; }
@@ -43,6 +45,7 @@ private:
     void buildProjectGrid();
     void showProjectMenu(QToolButton* button, const QPoint& position);
 
+    AppDelegate& m_delegate;
     app::UserInteraction& m_interaction;
     app::ProjectCatalogue m_catalogue;
     QButtonGroup* m_folderTypes = nullptr;

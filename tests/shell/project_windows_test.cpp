@@ -1,0 +1,457 @@
+#include "app/scripted_interaction.h"
+#include "app_delegate.h"
+#include "new_project_window.h"
+#include "project_bins_model.h"
+#include "project_chooser_window.h"
+#include "project_metadata_window.h"
+#include "project_window.h"
+
+#include <QAbstractItemModelTester>
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSettings>
+#include <QTableWidget>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QToolButton>
+#include <QTreeView>
+#include <functional>
+#include <memory>
+
+using lumbra::app::ScriptedInteraction;
+using lumbra::shell::AppDelegate;
+using lumbra::shell::NewProjectWindow;
+using lumbra::shell::ProjectChooserWindow;
+using lumbra::shell::ProjectMetadataWindow;
+using lumbra::shell::ProjectWindow;
+
+namespace {
+
+constexpr const char* kBinUuid = "AAAAAAAA-0000-0000-0000-000000000001";
+constexpr const char* kOtherBinUuid = "BBBBBBBB-0000-0000-0000-000000000002";
+constexpr const char* kGroupUuid = "CCCCCCCC-0000-0000-0000-000000000003";
+
+void writeText(const QString& path, const QByteArray& text) {
+    QVERIFY(QDir().mkpath(QFileInfo(path).path()));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(text);
+}
+
+QByteArray readText(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<none>");
+}
+
+QByteArray aleText(const QList<QByteArray>& clips) {
+    QByteArray text =
+        "Heading\nFIELD_DELIM\tTABS\nVIDEO_FORMAT\t1080\nFPS\t25\n\nColumn\nName\tTape\n\nData\n";
+    for (const QByteArray& clip : clips) {
+        text += clip + "\tA001\n";
+    }
+    return text;
+}
+
+// A bin folder as a saved project holds it: details, table and .bin file.
+void writeBin(const QString& under, const QByteArray& name, const char* uuid,
+              const QList<QByteArray>& clips) {
+    const QString folder = under + QLatin1Char('/') + QString::fromUtf8(name) + QStringLiteral(" - ") +
+                           QString::fromLatin1(uuid) + QLatin1Char('/');
+    writeText(folder + QStringLiteral("lumbra_details"), QByteArray(uuid) + "\n100.0\n200.0\nNone\ntest");
+    writeText(folder + QString::fromUtf8(name) + QStringLiteral(".ale"), aleText(clips));
+    writeText(folder + QString::fromUtf8(name) + QStringLiteral(".bin"),
+              "tableid\t" + name + "\ndisplayname\t" + name + "\n");
+}
+
+template <typename T> T* topLevel(const char* objectName) {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (auto* window = qobject_cast<T*>(widget);
+            window != nullptr && window->isVisible() && widget->objectName() == QLatin1String(objectName)) {
+            return window;
+        }
+    }
+    return nullptr;
+}
+
+// Clicks a row button of the columns table and lets the queued rebuild run.
+void clickRowButton(QWidget* table, const char* name, int index = 0) {
+    const QList<QToolButton*> buttons = table->findChildren<QToolButton*>(QString::fromLatin1(name));
+    QVERIFY(index < buttons.size());
+    QTest::mouseClick(buttons[index], Qt::LeftButton);
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+QStringList childNames(const QAbstractItemModel& model, const QModelIndex& parent = {}) {
+    QStringList names;
+    for (int row = 0; row < model.rowCount(parent); ++row) {
+        names.append(model.index(row, 0, parent).data().toString());
+    }
+    return names;
+}
+
+} // namespace
+
+class ProjectWindowsTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() {
+        QVERIFY(m_settingsDir.isValid());
+        QCoreApplication::setOrganizationName(QStringLiteral("LumbraTests"));
+        QCoreApplication::setApplicationName(QStringLiteral("project_windows_test"));
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_settingsDir.path());
+    }
+
+    void init() {
+        QSettings().clear();
+        m_projects = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_projects->isValid());
+        QSettings().setValue(QStringLiteral("localfolder"), m_projects->path());
+        auto interaction = std::make_unique<ScriptedInteraction>();
+        m_interaction = interaction.get();
+        m_delegate = std::make_unique<AppDelegate>(std::move(interaction));
+    }
+
+    void cleanup() {
+        QList<QPointer<QWidget>> windows;
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (qobject_cast<ProjectWindow*>(widget) != nullptr ||
+                qobject_cast<NewProjectWindow*>(widget) != nullptr) {
+                windows.append(widget);
+            }
+        }
+        for (const QPointer<QWidget>& window : windows) {
+            delete window.data();
+        }
+        m_delegate.reset();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+
+    void newProjectIsTypedInAndCreatedOnDisk() {
+        NewProjectWindow* window = openNewProjectWindow();
+        QVERIFY(window != nullptr);
+        auto* name = window->findChild<QLineEdit*>(QStringLiteral("projectNameText"));
+        auto* warnings = window->findChild<QLabel*>(QStringLiteral("warningsLabel"));
+        auto* create = window->findChild<QPushButton*>(QStringLiteral("createButton"));
+        auto* table = window->findChild<QTableWidget*>(QStringLiteral("columnsTable"));
+
+        // A colon is refused; an existing folder is refused by name.
+        QTest::keyClicks(name, QStringLiteral("Reel:1"));
+        QTest::mouseClick(create, Qt::LeftButton);
+        QVERIFY(warnings->isVisible());
+        QCOMPARE(warnings->text(), QStringLiteral("the project name contains forbidden characters"));
+        QVERIFY(QDir().mkpath(m_projects->path() + QStringLiteral("/Taken")));
+        name->clear();
+        QTest::keyClicks(name, QStringLiteral("Taken"));
+        QVERIFY(!warnings->isVisible());
+        QTest::mouseClick(create, Qt::LeftButton);
+        QCOMPARE(warnings->text(), QStringLiteral("a folder Taken already exists"));
+
+        // Two columns through the add button, the second renamed, a clash refused.
+        QCOMPARE(table->rowCount(), 1);
+        auto* add = table->findChild<QToolButton*>(QStringLiteral("addColumnButton"));
+        QCOMPARE(add->toolTip(), QStringLiteral("Add a column to the project base layout"));
+        clickRowButton(table, "addColumnButton");
+        clickRowButton(table, "addColumnButton");
+        QCOMPARE(window->settings().columns, (std::vector<std::string>{"newcol", "newcol_1"}));
+        table->item(1, 0)->setText(QStringLiteral("newcol"));
+        QCOMPARE(warnings->text(), QStringLiteral("ERROR: a column named newcol already exists"));
+        QCOMPARE(table->item(1, 0)->text(), QStringLiteral("newcol_1"));
+        table->item(1, 0)->setText(QStringLiteral("Scene"));
+        QList<QToolButton*> inserts = table->findChildren<QToolButton*>(QStringLiteral("insertColumnButton"));
+        QCOMPARE(inserts.size(), 2);
+        QCOMPARE(inserts[0]->toolTip(), QStringLiteral("Insert a column before this one"));
+        QCOMPARE(table->findChildren<QToolButton*>(QStringLiteral("removeColumnButton"))[0]->toolTip(),
+                 QStringLiteral("Remove this column"));
+        clickRowButton(table, "removeColumnButton");
+        QCOMPARE(window->settings().columns, std::vector<std::string>{"Scene"});
+
+        auto* fps = window->findChild<QComboBox*>(QStringLiteral("fpsButton"));
+        fps->setCurrentText(QStringLiteral("25"));
+        QTest::mouseClick(window->findChild<QCheckBox*>(QStringLiteral("filmCheckbox")), Qt::LeftButton);
+        window->findChild<QComboBox*>(QStringLiteral("filmButton"))->setCurrentText(QStringLiteral("16mm"));
+        QTest::keyClicks(window->findChild<QLineEdit*>(QStringLiteral("tapeidText")), QStringLiteral("T42"));
+        name->clear();
+        QTest::keyClicks(name, QStringLiteral("My Film"));
+        QTest::mouseClick(create, Qt::LeftButton);
+
+        const QString folder = m_projects->path() + QStringLiteral("/My Film");
+        const QByteArray project = readText(folder + QStringLiteral("/tarelproject"));
+        QVERIFY2(project.startsWith("My Film\nfps\t25\ntlResolution\t1080\nsound\t44.1khz\ntapeid\tT42\n"
+                                    "filmformat\t16mm\n"),
+                 project.constData());
+        QVERIFY(project.contains("\nbaselayout\tScene\n"));
+        QVERIFY(project.contains("\nprojectlayout\tScene\n"));
+        QVERIFY(QFileInfo(folder + QStringLiteral("/_bins_")).isDir());
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        auto* main = topLevel<ProjectWindow>("mainwindow");
+        QVERIFY(main != nullptr);
+        QVERIFY(QTest::qWaitForWindowExposed(main));
+        QCOMPARE(main->windowTitle(), QStringLiteral("My Film"));
+        QVERIFY(topLevel<NewProjectWindow>("newprojectwindow") == nullptr);
+        QVERIFY(topLevel<ProjectChooserWindow>("projectselector") == nullptr);
+        QVERIFY(main->backupTimer()->isActive());
+        QCOMPARE(main->backupTimer()->interval(), 15 * 60 * 1000);
+    }
+
+    void newProjectWithoutColumnsTakesTheSystemLayout() {
+        NewProjectWindow* window = openNewProjectWindow();
+        QTest::keyClicks(window->findChild<QLineEdit*>(QStringLiteral("projectNameText")),
+                         QStringLiteral("With blank"));
+        QTest::mouseClick(window->findChild<QPushButton*>(QStringLiteral("createButton")), Qt::LeftButton);
+        const QByteArray project = readText(m_projects->path() + QStringLiteral("/With blank/tarelproject"));
+        QVERIFY2(project.contains("\nbaselayout\tName\t"), project.constData());
+        QVERIFY(!project.contains("filmformat\t") || project.contains("filmformat\t\n"));
+    }
+
+    void cancelReturnsToTheChooser() {
+        NewProjectWindow* window = openNewProjectWindow();
+        QTest::mouseClick(window->findChild<QPushButton*>(QStringLiteral("cancelButton")), Qt::LeftButton);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(topLevel<NewProjectWindow>("newprojectwindow") == nullptr);
+        QVERIFY(m_delegate->projectChooser() != nullptr);
+        QVERIFY(m_delegate->projectChooser()->isVisible());
+        QCOMPARE(QDir(m_projects->path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot), QStringList());
+    }
+
+    void loadFromFileTakesTheHeadingOrSaysItFailed() {
+        NewProjectWindow* window = openNewProjectWindow();
+        auto* warnings = window->findChild<QLabel*>(QStringLiteral("warningsLabel"));
+        auto* load = window->findChild<QPushButton*>(QStringLiteral("loadFromFileButton"));
+        QString chosen = m_projects->path() + QStringLiteral("/missing.ale");
+        window->setFileChooser([&chosen](QWidget*) { return chosen; });
+        QTest::mouseClick(load, Qt::LeftButton);
+        QVERIFY(warnings->isVisible());
+        QCOMPARE(warnings->text(), QStringLiteral("ERROR while reading info from file"));
+        QTRY_VERIFY_WITH_TIMEOUT(!warnings->isVisible(), 4000);
+
+        chosen = m_projects->path() + QStringLiteral("/day.ale");
+        writeText(chosen, "Heading\nFIELD_DELIM\tTABS\nVIDEO_FORMAT\tPAL\nAUDIO_FORMAT\t48khz\nFPS\t50\n"
+                          "FILM_FORMAT\t35mm, 3 perf\nTAPE\tT9\n\nColumn\nName\tStart\tScene\n\nData\n"
+                          "c1\t01:00:00:00\t12\n");
+        QTest::mouseClick(load, Qt::LeftButton);
+        QVERIFY(!warnings->isVisible());
+        QCOMPARE(window->findChild<QComboBox*>(QStringLiteral("fpsButton"))->currentText(),
+                 QStringLiteral("50"));
+        QCOMPARE(window->findChild<QComboBox*>(QStringLiteral("resButton"))->currentText(),
+                 QStringLiteral("PAL"));
+        QCOMPARE(window->findChild<QComboBox*>(QStringLiteral("soundButton"))->currentText(),
+                 QStringLiteral("48khz"));
+        QVERIFY(window->findChild<QCheckBox*>(QStringLiteral("filmCheckbox"))->isChecked());
+        QCOMPARE(window->findChild<QComboBox*>(QStringLiteral("filmButton"))->currentText(),
+                 QStringLiteral("35mm, 3 perf"));
+        QCOMPARE(window->findChild<QLineEdit*>(QStringLiteral("tapeidText"))->text(), QStringLiteral("T9"));
+        auto* table = window->findChild<QTableWidget*>(QStringLiteral("columnsTable"));
+        // The file's columns come in their order, with what reading a table adds to them.
+        QStringList columns;
+        for (const std::string& column : window->settings().columns) {
+            columns.append(QString::fromStdString(column));
+        }
+        QCOMPARE(table->rowCount(), columns.size() + 1);
+        QVERIFY(columns.contains(QStringLiteral("Lumbra_Color_Tag")));
+        QVERIFY(columns.indexOf(QStringLiteral("Name")) < columns.indexOf(QStringLiteral("Start")));
+        QCOMPARE(columns.last(), QStringLiteral("Scene"));
+        QCOMPARE(table->item(static_cast<int>(columns.size()) - 1, 0)->text(), QStringLiteral("Scene"));
+    }
+
+    void openingFromTheChooserShowsTheBinsTree() {
+        openHandMadeProject();
+        auto* main = topLevel<ProjectWindow>("mainwindow");
+        QVERIFY(main != nullptr);
+        QCOMPARE(main->windowTitle(), QStringLiteral("Film"));
+        QAbstractItemModel& model = *main->binsView()->model();
+        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QCOMPARE(childNames(model), (QStringList{QStringLiteral("Dailies"), QStringLiteral("Day one")}));
+        const QModelIndex dailies = model.index(0, 0);
+        QCOMPARE(childNames(model, dailies), QStringList{QStringLiteral("Day two")});
+        QCOMPARE(model.index(0, 1, dailies).data().toInt(), 3);
+        QCOMPARE(model.index(0, 0, dailies).parent(), dailies);
+        QVERIFY(QFileInfo(m_projects->path() + QStringLiteral("/Film/.selectionlist")).exists());
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(m_delegate->projectChooser() == nullptr);
+    }
+
+    void closeProjectAsksAndDontSaveBringsTheChooserBack() {
+        openHandMadeProject();
+        QPointer<ProjectWindow> main = topLevel<ProjectWindow>("mainwindow");
+        QVERIFY(main);
+        m_interaction->queueAlert(std::string("Cancel"));
+        main->findChild<QAction*>(QStringLiteral("closeProjectAction"))->trigger();
+        QVERIFY(main->isVisible());
+        m_interaction->queueAlert(std::string("Don't save"));
+        QCOMPARE(main->findChild<QAction*>(QStringLiteral("closeProjectAction"))->shortcut(),
+                 QKeySequence(QStringLiteral("Ctrl+W")));
+        main->findChild<QAction*>(QStringLiteral("closeProjectAction"))->trigger();
+        QCOMPARE(m_interaction->alerts().size(), 2u);
+        QCOMPARE(m_interaction->alerts()[1].title, std::string("Save before you go?"));
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(main.isNull());
+        QVERIFY(m_delegate->projectChooser() != nullptr && m_delegate->projectChooser()->isVisible());
+    }
+
+    void metadataEditedConfirmedAndSaved() {
+        openHandMadeProject();
+        auto* main = topLevel<ProjectWindow>("mainwindow");
+        QVERIFY(main != nullptr);
+        const QString projectFile = m_projects->path() + QStringLiteral("/Film/tarelproject");
+
+        // Custom properties alone close without a question; Cancel of the question keeps the window.
+        bool checked = false;
+        m_interaction->queueAlert(std::string("Cancel"));
+        m_interaction->queueAlert(std::string("Confirm"));
+        runInMetadataWindow([&](ProjectMetadataWindow& window) {
+            QCOMPARE(window.windowTitle(), QStringLiteral("Project Metadata"));
+            QTableWidget* table = window.propertiesTable();
+            QCOMPARE(table->horizontalHeaderItem(0)->text(), QStringLiteral("property"));
+            QCOMPARE(table->horizontalHeaderItem(1)->text(), QStringLiteral("value"));
+            auto* film = window.findChild<QComboBox*>(QStringLiteral("Film Format"));
+            QCOMPARE(film->currentText(), QStringLiteral("None"));
+            auto* newProperty = window.findChild<QPushButton*>(QStringLiteral("newPropertyButton"));
+            QCOMPARE(newProperty->text(), QStringLiteral("New Property"));
+            QTest::mouseClick(newProperty, Qt::LeftButton);
+            QTest::mouseClick(window.findChild<QPushButton*>(QStringLiteral("newPropertyButton")),
+                              Qt::LeftButton);
+            QCOMPARE(table->item(5, 0)->text(), QStringLiteral("Custom Prop 1"));
+            QCOMPARE(table->item(6, 0)->text(), QStringLiteral("Custom Prop 2"));
+            table->item(5, 1)->setText(QStringLiteral("Jane"));
+            table->item(6, 0)->setText(QStringLiteral("Custom Prop 1"));
+            QCOMPARE(table->item(6, 0)->text(), QStringLiteral("Custom Prop 2"));
+            table->item(6, 0)->setText(QStringLiteral("Director"));
+            table->item(6, 1)->setText(QStringLiteral("Ann"));
+
+            auto* fps = window.findChild<QComboBox*>(QStringLiteral("FPS"));
+            fps->setFocus();
+            QTest::keyClick(fps, Qt::Key_Down);
+            QCOMPARE(fps->currentText(), QStringLiteral("29.96"));
+            QTest::keyClicks(window.findChild<QLineEdit*>(QStringLiteral("Tape")), QStringLiteral("X1"));
+            QCOMPARE(window.baseChanged(), (std::vector<std::string>{"FPS", "Tape"}));
+            auto* done = window.findChild<QPushButton*>(QStringLiteral("doneButton"));
+            QTest::mouseClick(done, Qt::LeftButton);
+            QVERIFY(window.isVisible());
+            QTest::mouseClick(done, Qt::LeftButton);
+            checked = true;
+        });
+        QVERIFY(checked);
+        QCOMPARE(m_interaction->alerts().size(), 2u);
+        QCOMPARE(m_interaction->alerts()[0].title, std::string("Save Project Metadata?"));
+        QCOMPARE(m_interaction->alerts()[0].text,
+                 std::string(
+                     "You edited some base properties of the project:\nFPS\nTape\n\n\nAre you sure you want "
+                     "to save?"));
+        main->findChild<QAction*>(QStringLiteral("saveAction"))->trigger();
+        const QByteArray project = readText(projectFile);
+        QVERIFY2(project.startsWith("Film\nfps\t29.96\n"), project.constData());
+        QVERIFY(project.contains("\ntapeid\tX1\n"));
+        QVERIFY(project.contains("\nuserdefinedproperty\tCustom Prop 1\tJane\n"));
+        QVERIFY(project.contains("\nuserdefinedproperty\tDirector\tAnn\n"));
+        QCOMPARE(m_interaction->logLines().back().text,
+                 "Project saved to " + (m_projects->path() + QStringLiteral("/Film")).toStdString());
+
+        // Cancel changes nothing.
+        runInMetadataWindow([](ProjectMetadataWindow& window) {
+            QTest::keyClicks(window.findChild<QLineEdit*>(QStringLiteral("Tape")), QStringLiteral("Y"));
+            QTest::mouseClick(window.findChild<QPushButton*>(QStringLiteral("cancelButton")), Qt::LeftButton);
+        });
+        QCOMPARE(main->sharedstuff().tapeId.value_or(""), std::string("X1"));
+        QCOMPARE(m_interaction->alerts().size(), 2u);
+    }
+
+    void screenshots() {
+        const QString target = qEnvironmentVariable("LUMBRA_SCREENSHOT_DIR");
+        if (target.isEmpty()) {
+            QSKIP("set LUMBRA_SCREENSHOT_DIR to a folder to take them");
+        }
+        NewProjectWindow* window = openNewProjectWindow();
+        QTest::keyClicks(window->findChild<QLineEdit*>(QStringLiteral("projectNameText")),
+                         QStringLiteral("Feature"));
+        clickRowButton(window, "addColumnButton");
+        QTest::qWait(100);
+        QVERIFY(window->grab().save(target + QStringLiteral("/new_project.png")));
+        window->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        openHandMadeProject();
+        auto* main = topLevel<ProjectWindow>("mainwindow");
+        QTest::qWait(100);
+        QVERIFY(main->grab().save(target + QStringLiteral("/project_window.png")));
+        runInMetadataWindow([&](ProjectMetadataWindow& dialog) {
+            QTest::qWait(100);
+            QVERIFY(dialog.grab().save(target + QStringLiteral("/metadata.png")));
+            dialog.reject();
+        });
+    }
+
+private:
+    NewProjectWindow* openNewProjectWindow() {
+        m_delegate->start();
+        ProjectChooserWindow* chooser = m_delegate->projectChooser();
+        if (!QTest::qWaitForWindowExposed(chooser)) {
+            return nullptr;
+        }
+        QTest::mouseClick(chooser->findChild<QPushButton*>(QStringLiteral("newProjectButton")),
+                          Qt::LeftButton);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        auto* window = topLevel<NewProjectWindow>("newprojectwindow");
+        if (window != nullptr) {
+            static_cast<void>(QTest::qWaitForWindowExposed(window));
+        }
+        return window;
+    }
+
+    void openHandMadeProject() {
+        const QString project = m_projects->path() + QStringLiteral("/Film");
+        writeText(project + QStringLiteral("/tarelproject"), "Film\nfps\t25\n");
+        const QString bins = project + QStringLiteral("/_bins_");
+        writeBin(bins, "Day one", kBinUuid, {"c1"});
+        const QString group = bins + QStringLiteral("/Dailies - ") + QString::fromLatin1(kGroupUuid);
+        writeText(group + QStringLiteral("/lumbra_details"),
+                  QByteArray(kGroupUuid) + "\n100.0\n200.0\nNone\ntest");
+        writeBin(group, "Day two", kOtherBinUuid, {"c2", "c3", "c4"});
+        m_delegate->start();
+        ProjectChooserWindow* chooser = m_delegate->projectChooser();
+        QVERIFY(QTest::qWaitForWindowExposed(chooser));
+        chooser->refresh();
+        const QList<QToolButton*> buttons = chooser->projectButtons();
+        QCOMPARE(buttons.size(), 1);
+        QTest::mouseClick(buttons[0], Qt::LeftButton);
+        // The closed chooser goes as the event loop would let it go.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+
+    // The metadata window is modal: the checks run inside its loop.
+    void runInMetadataWindow(const std::function<void(ProjectMetadataWindow&)>& steps) {
+        auto* main = topLevel<ProjectWindow>("mainwindow");
+        QVERIFY(main != nullptr);
+        bool ran = false;
+        QTimer::singleShot(0, this, [&] {
+            auto* window = qobject_cast<ProjectMetadataWindow*>(QApplication::activeModalWidget());
+            if (window == nullptr) {
+                window = main->findChild<ProjectMetadataWindow*>();
+            }
+            QVERIFY(window != nullptr);
+            ran = true;
+            steps(*window);
+            if (window->isVisible()) {
+                window->reject();
+            }
+        });
+        main->findChild<QAction*>(QStringLiteral("projectMetadataAction"))->trigger();
+        QVERIFY(ran);
+    }
+
+    QTemporaryDir m_settingsDir;
+    std::unique_ptr<QTemporaryDir> m_projects;
+    std::unique_ptr<AppDelegate> m_delegate;
+    ScriptedInteraction* m_interaction = nullptr;
+};
+
+QTEST_MAIN(ProjectWindowsTest)
+#include "project_windows_test.moc"
