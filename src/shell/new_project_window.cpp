@@ -195,6 +195,8 @@ void NewProjectWindow::fillColumnsTable() {
             auto* name = new QTableWidgetItem;
             name->setFlags(Qt::NoItemFlags);
             m_columnsTable->setItem(row, 0, name);
+            // The add row is no column: it carries no number.
+            m_columnsTable->setVerticalHeaderItem(row, new QTableWidgetItem(QString()));
             QToolButton* add = makeRowButton("list-add", QStringLiteral("+"),
                                              tr("Add a column to the project base layout"), buttons);
             add->setObjectName(QStringLiteral("addColumnButton"));
@@ -203,6 +205,7 @@ void NewProjectWindow::fillColumnsTable() {
                 Qt::QueuedConnection);
             line->addWidget(add);
         } else {
+            m_columnsTable->setVerticalHeaderItem(row, new QTableWidgetItem(QString::number(row + 1)));
             m_columnsTable->setItem(
                 row, 0, new QTableWidgetItem(toQt(m_settings.columns[static_cast<std::size_t>(row)])));
             QToolButton* insert = makeRowButton("list-add", QStringLiteral("+"),

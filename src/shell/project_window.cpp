@@ -126,8 +126,9 @@ void ProjectWindow::reloadBinsLists() {
     m_binsView->expandAll();
     const std::size_t bins = m_sharedstuff->bins ? m_sharedstuff->bins->toarray.size() : 0;
     const std::size_t clips = m_sharedstuff->bins ? clipCount(*m_sharedstuff->bins) : 0;
-    m_summary->setText(tr("%n bin(s)", nullptr, static_cast<int>(bins)) + QStringLiteral(" · ") +
-                       tr("%n clip(s)", nullptr, static_cast<int>(clips)));
+    const QString binsText = bins == 1 ? tr("1 bin") : tr("%1 bins").arg(bins);
+    const QString clipsText = clips == 1 ? tr("1 clip") : tr("%1 clips").arg(clips);
+    m_summary->setText(binsText + QStringLiteral(" · ") + clipsText);
 }
 
 void ProjectWindow::refreshTitle() {
