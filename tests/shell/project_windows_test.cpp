@@ -280,6 +280,35 @@ private slots:
         QVERIFY(m_delegate->projectChooser() == nullptr);
     }
 
+    void backupTimerMakesArchivesInTheProject() {
+        openHandMadeProject();
+        auto* main = topLevel<ProjectWindow>("mainwindow");
+        QVERIFY(main != nullptr);
+        QCOMPARE(main->backupTimer()->interval(), 15 * 60 * 1000);
+        // A preferences change of the interval restarts the timer; a short one shows a tick's archive.
+        main->sharedstuff().timeInMinBackup = 0.001;
+        main->sharedstuff().restartBackupTimer();
+        QCOMPARE(main->backupTimer()->interval(), 60);
+        const QDir backups(m_projects->path() + QStringLiteral("/Film/backup"));
+        QTRY_VERIFY_WITH_TIMEOUT(!backups.entryList({QStringLiteral("*-Film.zip")}, QDir::Files).isEmpty(),
+                                 5000);
+    }
+
+    void quitFromTheProjectWindowAsksOnceAndSaves() {
+        openHandMadeProject();
+        auto* main = topLevel<ProjectWindow>("mainwindow");
+        QVERIFY(main != nullptr);
+        QFile::remove(m_projects->path() + QStringLiteral("/Film/.selectionlist"));
+        m_interaction->queueAlert(std::string("Save"));
+        QAction* quit = main->findChild<QAction*>(QStringLiteral("quitAction"));
+        QCOMPARE(quit->shortcut(), QKeySequence(QStringLiteral("Ctrl+Q")));
+        QTimer::singleShot(0, quit, &QAction::trigger);
+        QTimer::singleShot(5000, qApp, [] { QCoreApplication::exit(7); });
+        QCOMPARE(QCoreApplication::exec(), 0);
+        QCOMPARE(m_interaction->alerts().size(), 1u);
+        QVERIFY(QFileInfo::exists(m_projects->path() + QStringLiteral("/Film/.selectionlist")));
+    }
+
     void closeProjectAsksAndDontSaveBringsTheChooserBack() {
         openHandMadeProject();
         QPointer<ProjectWindow> main = topLevel<ProjectWindow>("mainwindow");
