@@ -64,68 +64,56 @@ protected:
     AppLifecycle lifecycle{interaction, windows};
 };
 
-TEST_F(AppLifecycleTest, QuittingWithNoProjectAsksNothing) {
-    windows.otherWindows = 1; // the chooser is no project window
-    EXPECT_EQ(lifecycle.applicationShouldTerminate(), TerminateReply::Now);
-    EXPECT_TRUE(interaction.alerts().empty());
-    EXPECT_EQ(windows.chooserOpened, 0);
-}
-
-TEST_F(AppLifecycleTest, SaveSavesEveryProjectInWindowOrder) {
-    addProject("First");
-    addProject("Second");
-    interaction.queueAlert("Save");
-    EXPECT_EQ(lifecycle.applicationShouldTerminate(), TerminateReply::Now);
-    ASSERT_EQ(interaction.alerts().size(), 1u);
-    EXPECT_EQ(interaction.alerts()[0], kSaveQuestion);
-    EXPECT_EQ(saveLog, (std::vector<std::string>{"First", "Second"}));
-    // The chooser is left to the next activation after a save.
-    EXPECT_EQ(windows.chooserOpened, 0);
-}
-
-TEST_F(AppLifecycleTest, FailedSaveStopsBeforeTheNextProjectAndCancels) {
-    addProject("First", false);
-    addProject("Second");
-    interaction.queueAlert("Save");
-    interaction.queueAlert("OK");
-    EXPECT_EQ(lifecycle.applicationShouldTerminate(), TerminateReply::Cancel);
-    EXPECT_EQ(saveLog, (std::vector<std::string>{"First"}));
-    ASSERT_EQ(interaction.alerts().size(), 2u);
-    const AlertRequest& failure = interaction.alerts()[1];
-    EXPECT_EQ(failure.title, "Error saving");
-    EXPECT_EQ(failure.text, "An error while saving First prevented Lumbra from quitting.");
-    EXPECT_EQ(failure.buttons, (std::vector<std::string>{"OK"}));
-    EXPECT_EQ(interaction.unexpected(), 0);
-}
-
-TEST_F(AppLifecycleTest, FailureOfALaterProjectNamesThatProject) {
-    addProject("First");
-    addProject("", false);
-    interaction.queueAlert("Save");
-    interaction.queueAlert("OK");
-    EXPECT_EQ(lifecycle.applicationShouldTerminate(), TerminateReply::Cancel);
-    EXPECT_EQ(saveLog, (std::vector<std::string>{"First", ""}));
-    ASSERT_EQ(interaction.alerts().size(), 2u);
-    EXPECT_EQ(interaction.alerts()[1].text, "An error while saving  prevented Lumbra from quitting.");
-}
-
-TEST_F(AppLifecycleTest, DontSaveWritesNothingAndReopensTheChooser) {
-    addProject("First");
-    addProject("Second");
-    interaction.queueAlert("Don't save");
-    EXPECT_EQ(lifecycle.applicationShouldTerminate(), TerminateReply::Now);
-    EXPECT_TRUE(saveLog.empty());
-    EXPECT_EQ(windows.chooserOpened, 1);
-}
-
-TEST_F(AppLifecycleTest, CancelChangesNothing) {
-    addProject("First");
-    interaction.queueAlert("Cancel");
-    EXPECT_EQ(lifecycle.applicationShouldTerminate(), TerminateReply::Cancel);
-    EXPECT_TRUE(saveLog.empty());
-    EXPECT_EQ(windows.chooserOpened, 0);
-    EXPECT_EQ(interaction.alerts().size(), 1u);
-    EXPECT_FALSE(lifecycle.terminating());
+TEST_F(AppLifecycleTest, QuitAnswers) {
+    using Names = std::vector<std::string>;
+    using enum TerminateReply;
+    struct Case {
+        const char* name;
+        Names projects;
+        const char* failing; // the project whose save fails, or none
+        Names answers;
+        TerminateReply reply;
+        Names saved;
+        int chooserOpened;
+    };
+    // After a save the chooser is left to the next activation; after "Don't save" it opens at once.
+    const Case cases[] = {
+        {"no project asks nothing", {}, nullptr, {}, Now, {}, 0},
+        {"save saves in window order", {"First", "Second"}, nullptr, {"Save"}, Now, {"First", "Second"}, 0},
+        {"failed save stops there", {"First", "Second"}, "First", {"Save", "OK"}, Cancel, {"First"}, 0},
+        {"a later failure names it", {"First", ""}, "", {"Save", "OK"}, Cancel, {"First", ""}, 0},
+        {"don't save writes nothing", {"First", "Second"}, nullptr, {"Don't save"}, Now, {}, 1},
+        {"cancel changes nothing", {"First"}, nullptr, {"Cancel"}, Cancel, {}, 0},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        ScriptedInteraction caseInteraction;
+        FakeWindows caseWindows;
+        caseWindows.otherWindows = 1; // the chooser is no project window
+        Names log;
+        for (const auto& name : c.projects)
+            caseWindows.projects.push_back(
+                std::make_unique<FakeProject>(name, !c.failing || name != c.failing, log));
+        for (const auto& answer : c.answers)
+            caseInteraction.queueAlert(answer);
+        AppLifecycle caseLifecycle(caseInteraction, caseWindows);
+        EXPECT_EQ(caseLifecycle.applicationShouldTerminate(), c.reply);
+        EXPECT_EQ(caseLifecycle.terminating(), c.reply == Now);
+        EXPECT_EQ(log, c.saved);
+        EXPECT_EQ(caseWindows.chooserOpened, c.chooserOpened);
+        EXPECT_EQ(caseInteraction.unexpected(), 0);
+        const auto& alerts = caseInteraction.alerts();
+        ASSERT_EQ(alerts.size(), c.answers.size());
+        if (!alerts.empty()) {
+            EXPECT_EQ(alerts[0], kSaveQuestion);
+        }
+        if (c.failing) {
+            EXPECT_EQ(alerts[1].title, "Error saving");
+            EXPECT_EQ(alerts[1].text,
+                      "An error while saving " + std::string(c.failing) + " prevented Lumbra from quitting.");
+            EXPECT_EQ(alerts[1].buttons, Names{"OK"});
+        }
+    }
 }
 
 TEST_F(AppLifecycleTest, QuitFromAProjectWindowAsksOnce) {
@@ -141,15 +129,13 @@ TEST_F(AppLifecycleTest, QuitFromAProjectWindowAsksOnce) {
     interaction.queueAlert("Cancel");
     EXPECT_EQ(lifecycle.applicationShouldTerminate(), TerminateReply::Cancel);
     EXPECT_EQ(interaction.alerts().size(), 2u);
-}
 
-TEST_F(AppLifecycleTest, CancelledQuitFromAProjectWindowLeavesTheNextQuitAsking) {
-    addProject("First");
+    // A cancelled quit from the window leaves the next quit asking too.
     interaction.queueAlert("Cancel");
     EXPECT_FALSE(lifecycle.terminateFromProjectWindow(*windows.projects[0]));
     interaction.queueAlert("Cancel");
     EXPECT_EQ(lifecycle.applicationShouldTerminate(), TerminateReply::Cancel);
-    EXPECT_EQ(interaction.alerts().size(), 2u);
+    EXPECT_EQ(interaction.alerts().size(), 4u);
 }
 
 TEST_F(AppLifecycleTest, ChooserOpensOnlyForTheApplicationWithNoWindow) {

@@ -1,35 +1,17 @@
 #include "app/project_catalogue.h"
 #include "app/scripted_interaction.h"
+#include "core/project/project_test_support.h"
 #include "tables/console.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
-#include <random>
 
 namespace lumbra::app {
 namespace {
 
 namespace fs = std::filesystem;
 
-// A fresh folder under the system's temporary folder, removed with its content.
-class TempFolder {
-public:
-    TempFolder() {
-        std::random_device random;
-        m_path = fs::temp_directory_path() / ("lumbra_catalogue_" + std::to_string(random()));
-        fs::create_directories(m_path);
-    }
-    ~TempFolder() {
-        std::error_code error;
-        fs::remove_all(m_path, error);
-    }
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
-    [[nodiscard]] const fs::path& path() const noexcept { return m_path; }
-
-private:
-    fs::path m_path;
-};
+using project::testing::TempFolder;
 
 void touch(const fs::path& file) {
     fs::create_directories(file.parent_path());
@@ -38,25 +20,25 @@ void touch(const fs::path& file) {
 
 TEST(ListProjects, ListsExactlyTheDirectSubfoldersHoldingTheProjectFile) {
     TempFolder root;
-    touch(root.path() / "Feature" / "tarelproject");
-    touch(root.path() / "Short film" / "tarelproject");
-    touch(root.path() / "Short film" / "_bins_" / "bin_01" / "x.ale");
-    touch(root.path() / "No project file" / "tarelproject.bak");
-    touch(root.path() / "Wrong case" / "Tarelproject");
-    touch(root.path() / ".Hidden" / "tarelproject");
-    touch(root.path() / "Outer" / "Inner" / "tarelproject");
-    touch(root.path() / "a plain file");
-    touch(root.path() / "tarelproject");
-    fs::create_directories(root.path() / "Empty");
+    touch(root.path / "Feature" / "tarelproject");
+    touch(root.path / "Short film" / "tarelproject");
+    touch(root.path / "Short film" / "_bins_" / "bin_01" / "x.ale");
+    touch(root.path / "No project file" / "tarelproject.bak");
+    touch(root.path / "Wrong case" / "Tarelproject");
+    touch(root.path / ".Hidden" / "tarelproject");
+    touch(root.path / "Outer" / "Inner" / "tarelproject");
+    touch(root.path / "a plain file");
+    touch(root.path / "tarelproject");
+    fs::create_directories(root.path / "Empty");
     // A folder named tarelproject inside a project folder is one of its names too.
-    fs::create_directories(root.path() / "Odd" / "tarelproject");
+    fs::create_directories(root.path / "Odd" / "tarelproject");
 
-    EXPECT_EQ(listProjects(root.path()), (std::vector<std::string>{"Feature", "Odd", "Short film"}));
+    EXPECT_EQ(listProjects(root.path), (std::vector<std::string>{"Feature", "Odd", "Short film"}));
 }
 
 TEST(ListProjects, AMissingFolderListsNothingAndSaysSo) {
     TempFolder root;
-    const fs::path missing = root.path() / "gone";
+    const fs::path missing = root.path / "gone";
     tables::PrintCapture capture;
     EXPECT_TRUE(listProjects(missing).empty());
     EXPECT_TRUE(capture.contains("ERROR: cannot get projects list from folder " + missing.string()));
@@ -64,38 +46,29 @@ TEST(ListProjects, AMissingFolderListsNothingAndSaysSo) {
 
 TEST(ListProjects, AnUnreadableSubfolderIsSkippedAndTheRestListed) {
     TempFolder root;
-    touch(root.path() / "Open" / "tarelproject");
-    touch(root.path() / "Closed" / "tarelproject");
-    fs::permissions(root.path() / "Closed", fs::perms::none);
+    touch(root.path / "Open" / "tarelproject");
+    touch(root.path / "Closed" / "tarelproject");
+    fs::permissions(root.path / "Closed", fs::perms::none);
     std::error_code error;
-    const bool readable = fs::directory_iterator(root.path() / "Closed", error) != fs::directory_iterator();
+    const bool readable = fs::directory_iterator(root.path / "Closed", error) != fs::directory_iterator();
     if (readable) {
-        fs::permissions(root.path() / "Closed", fs::perms::owner_all);
+        fs::permissions(root.path / "Closed", fs::perms::owner_all);
         GTEST_SKIP() << "permissions do not apply to this user";
     }
     tables::PrintCapture capture;
-    EXPECT_EQ(listProjects(root.path()), (std::vector<std::string>{"Open"}));
-    EXPECT_TRUE(
-        capture.contains("ERROR: cannot list content of folder " + (root.path() / "Closed").string()));
-    fs::permissions(root.path() / "Closed", fs::perms::owner_all);
-}
-
-TEST(FolderKey, NamesTheThreeFoldersAndNothingElse) {
-    EXPECT_EQ(folderKey(0), "localfolder");
-    EXPECT_EQ(folderKey(1), "sharedfolder");
-    EXPECT_EQ(folderKey(2), "externalfolder");
-    EXPECT_EQ(folderKey(3), "");
-    EXPECT_EQ(folderKey(-1), "");
+    EXPECT_EQ(listProjects(root.path), (std::vector<std::string>{"Open"}));
+    EXPECT_TRUE(capture.contains("ERROR: cannot list content of folder " + (root.path / "Closed").string()));
+    fs::permissions(root.path / "Closed", fs::perms::owner_all);
 }
 
 TEST(ProjectCatalogue, EachTypeReadsItsOwnKeyAndFallsBackToHome) {
     TempFolder home;
     TempFolder shared;
-    touch(home.path() / "At home" / "tarelproject");
-    touch(shared.path() / "On the server" / "tarelproject");
+    touch(home.path / "At home" / "tarelproject");
+    touch(shared.path / "On the server" / "tarelproject");
     MemoryUserDefaults defaults;
-    defaults.setString("sharedfolder", shared.path().string());
-    ProjectCatalogue catalogue(defaults, home.path());
+    defaults.setString("sharedfolder", shared.path.string());
+    ProjectCatalogue catalogue(defaults, home.path);
 
     struct Case {
         const char* name;
@@ -104,10 +77,10 @@ TEST(ProjectCatalogue, EachTypeReadsItsOwnKeyAndFallsBackToHome) {
         std::vector<std::string> projects;
     };
     const Case cases[] = {
-        {"local unset", 0, home.path(), {"At home"}},
-        {"shared set", 1, shared.path(), {"On the server"}},
-        {"external unset", 2, home.path(), {"At home"}},
-        {"unknown type", 7, home.path(), {"At home"}},
+        {"local unset", 0, home.path, {"At home"}},
+        {"shared set", 1, shared.path, {"On the server"}},
+        {"external unset", 2, home.path, {"At home"}},
+        {"unknown type", 7, home.path, {"At home"}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -121,12 +94,12 @@ TEST(ProjectCatalogue, EachTypeReadsItsOwnKeyAndFallsBackToHome) {
 TEST(ProjectCatalogue, SetFolderStoresUnderTheCurrentTypeOnly) {
     TempFolder home;
     TempFolder external;
-    touch(external.path() / "Drive project" / "tarelproject");
+    touch(external.path / "Drive project" / "tarelproject");
     MemoryUserDefaults defaults;
-    ProjectCatalogue catalogue(defaults, home.path());
+    ProjectCatalogue catalogue(defaults, home.path);
     catalogue.setFolderType(2);
-    catalogue.setFolder(external.path());
-    EXPECT_EQ(defaults.stringValue("externalfolder"), external.path().string());
+    catalogue.setFolder(external.path);
+    EXPECT_EQ(defaults.stringValue("externalfolder"), external.path.string());
     EXPECT_FALSE(defaults.stringValue("localfolder"));
     EXPECT_FALSE(defaults.stringValue("sharedfolder"));
     EXPECT_EQ(catalogue.availableProjects(), (std::vector<std::string>{"Drive project"}));
@@ -134,29 +107,29 @@ TEST(ProjectCatalogue, SetFolderStoresUnderTheCurrentTypeOnly) {
 
 TEST(ProjectCatalogue, AMissingFolderListsNothingAndRefusesNewProjects) {
     TempFolder home;
-    touch(home.path() / "Kept" / "tarelproject");
+    touch(home.path / "Kept" / "tarelproject");
     MemoryUserDefaults defaults;
-    defaults.setString("localfolder", (home.path() / "unplugged").string());
-    ProjectCatalogue catalogue(defaults, home.path());
+    defaults.setString("localfolder", (home.path / "unplugged").string());
+    ProjectCatalogue catalogue(defaults, home.path);
     tables::PrintCapture capture;
     catalogue.refresh();
     EXPECT_TRUE(catalogue.availableProjects().empty());
     EXPECT_FALSE(catalogue.canCreateProject());
     // A file where the folder should be is no folder either.
-    touch(home.path() / "a file");
-    catalogue.setFolder(home.path() / "a file");
+    touch(home.path / "a file");
+    catalogue.setFolder(home.path / "a file");
     EXPECT_FALSE(catalogue.canCreateProject());
 }
 
 TEST(ProjectCatalogue, SelectionFollowsTheTagAndRefreshClearsIt) {
     TempFolder home;
-    touch(home.path() / "A" / "tarelproject");
-    touch(home.path() / "B" / "tarelproject");
+    touch(home.path / "A" / "tarelproject");
+    touch(home.path / "B" / "tarelproject");
     MemoryUserDefaults defaults;
-    ProjectCatalogue catalogue(defaults, home.path());
+    ProjectCatalogue catalogue(defaults, home.path);
     catalogue.refresh();
     catalogue.select(1);
-    EXPECT_EQ(catalogue.selectedProjectFolder(), home.path() / "B");
+    EXPECT_EQ(catalogue.selectedProjectFolder(), home.path / "B");
     catalogue.select(2);
     EXPECT_FALSE(catalogue.selected());
     catalogue.select(0);
@@ -164,24 +137,18 @@ TEST(ProjectCatalogue, SelectionFollowsTheTagAndRefreshClearsIt) {
     EXPECT_FALSE(catalogue.selectedProjectFolder());
 }
 
-} // namespace
-} // namespace lumbra::app
-
-namespace lumbra::app {
-namespace {
-
 class CatalogueEditTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        touch(home.path() / "Alpha" / "tarelproject");
-        touch(home.path() / "Beta" / "tarelproject");
-        touch(home.path() / "Beta" / "_bins_" / "x.ale");
+        touch(home.path / "Alpha" / "tarelproject");
+        touch(home.path / "Beta" / "tarelproject");
+        touch(home.path / "Beta" / "_bins_" / "x.ale");
         catalogue.refresh();
     }
 
     TempFolder home;
     MemoryUserDefaults defaults;
-    ProjectCatalogue catalogue{defaults, home.path()};
+    ProjectCatalogue catalogue{defaults, home.path};
     ScriptedInteraction interaction;
     tables::PrintCapture capture;
 };
@@ -193,8 +160,8 @@ TEST_F(CatalogueEditTest, DeleteConfirmedRemovesTheWholeFolder) {
     EXPECT_EQ(interaction.alerts()[0].title, "Delete Project?");
     EXPECT_EQ(interaction.alerts()[0].text, "Project \"Beta\" will be deleted.");
     EXPECT_EQ(interaction.alerts()[0].buttons, (std::vector<std::string>{"Confirm", "Cancel"}));
-    EXPECT_TRUE(capture.contains("removing " + (home.path() / "Beta").string()));
-    EXPECT_FALSE(fs::exists(home.path() / "Beta"));
+    EXPECT_TRUE(capture.contains("removing " + (home.path / "Beta").string()));
+    EXPECT_FALSE(fs::exists(home.path / "Beta"));
     EXPECT_EQ(catalogue.availableProjects(), (std::vector<std::string>{"Alpha"}));
 }
 
@@ -203,7 +170,7 @@ TEST_F(CatalogueEditTest, DeleteCancelledOrOutOfRangeChangesNothing) {
     EXPECT_FALSE(catalogue.deleteProject(0, interaction));
     EXPECT_FALSE(catalogue.deleteProject(5, interaction));
     EXPECT_EQ(interaction.alerts().size(), 1u);
-    EXPECT_TRUE(fs::exists(home.path() / "Alpha" / "tarelproject"));
+    EXPECT_TRUE(fs::exists(home.path / "Alpha" / "tarelproject"));
     EXPECT_EQ(catalogue.availableProjects().size(), 2u);
 }
 
@@ -217,7 +184,7 @@ TEST_F(CatalogueEditTest, RenameMovesTheFolderAndKeepsItsContent) {
     EXPECT_EQ(asked.defaultValue, "Beta");
     EXPECT_EQ(asked.takenNames, (std::vector<std::string>{"Alpha", "Beta"}));
     EXPECT_TRUE(capture.contains("renaming project from \"Beta\" to \"Beta 2\""));
-    EXPECT_TRUE(fs::exists(home.path() / "Beta 2" / "_bins_" / "x.ale"));
+    EXPECT_TRUE(fs::exists(home.path / "Beta 2" / "_bins_" / "x.ale"));
     EXPECT_EQ(catalogue.availableProjects(), (std::vector<std::string>{"Alpha", "Beta 2"}));
 }
 
@@ -236,12 +203,12 @@ TEST_F(CatalogueEditTest, RenameRefusesNamesThatWouldMisplaceTheFolder) {
         SCOPED_TRACE(c.name);
         interaction.queueText(c.newName);
         EXPECT_FALSE(catalogue.renameProject(1, interaction));
-        EXPECT_TRUE(capture.contains("Error renaming folder " + (home.path() / "Beta").string()));
+        EXPECT_TRUE(capture.contains("Error renaming folder " + (home.path / "Beta").string()));
         EXPECT_EQ(catalogue.availableProjects(), (std::vector<std::string>{"Alpha", "Beta"}));
     }
     interaction.queueText(std::nullopt);
     EXPECT_FALSE(catalogue.renameProject(1, interaction));
-    EXPECT_TRUE(fs::exists(home.path() / "Beta" / "tarelproject"));
+    EXPECT_TRUE(fs::exists(home.path / "Beta" / "tarelproject"));
 }
 
 } // namespace
