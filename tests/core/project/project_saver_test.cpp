@@ -312,6 +312,8 @@ TEST(ProjectSaver, AnUnreachableProjectMovesWhereTheUserSays) {
               "The project's path is not reachable. Do you want to choose the new project's path?");
     EXPECT_EQ(user.alerts()[0].buttons, (std::vector<std::string>{"Proceed", "Cancel"}));
     EXPECT_EQ(user.folderRequests().at(0).title, "Select parent folder where to save the project");
+    EXPECT_EQ(user.folderRequests().at(0).message,
+              "Project's path not reachable: please select new parent folder");
     EXPECT_EQ(p.s.currentFolder, chosen.string());
     EXPECT_EQ(p.s.projectName, "Film");
     EXPECT_EQ(window.calls, (std::vector<std::string>{"fog on", "title", "lists", "fog off"}));

@@ -1,41 +1,14 @@
+#include "core/project/project_test_support.h"
 #include "project/saveable.h"
 #include "tables/console.h"
 #include "tables/text_file.h"
 
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <regex>
 
-namespace fs = std::filesystem;
 using namespace lumbra::project;
-
-namespace {
-
-class TempFolder {
-public:
-    TempFolder() {
-        path = fs::temp_directory_path() / ("lumbra-saveable-" + makeUuid());
-        fs::create_directories(path);
-    }
-    ~TempFolder() {
-        std::error_code ec;
-        fs::permissions(path, fs::perms::owner_all, fs::perm_options::add, ec);
-        fs::remove_all(path, ec);
-    }
-    fs::path path;
-};
-
-void writeFile(const fs::path& p, const std::string& text) {
-    fs::create_directories(p.parent_path());
-    std::ofstream(p, std::ios::binary) << text;
-}
-
-std::string readFile(const fs::path& p) {
-    return lumbra::tables::readFileBytes(p.string()).value_or("<none>");
-}
-
-} // namespace
+using namespace lumbra::project::testing;
 
 TEST(Tag, NamesAndReading) {
     EXPECT_STREQ(tagName(Tag::none), "None");

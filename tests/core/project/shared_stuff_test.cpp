@@ -202,19 +202,6 @@ TEST(SharedStuff, LogLinesWaitForTheMainWindow) {
     EXPECT_TRUE(s.bufferedNotifications.empty());
 }
 
-TEST(SharedStuff, NamesCountAcrossBothTrees) {
-    SharedStuff s;
-    s.autosave = false;
-    s.addBin(makeBin("bin_01", &s));
-    RecordingSmartTable* table = nullptr;
-    s.addSmartbin(makeSmartbin("bin_02", s, &table));
-    EXPECT_EQ(s.nextBinName(), "bin_03");
-    EXPECT_EQ(s.nextGroupName(), "Group_01");
-    EXPECT_EQ(s.nextSmartbinName(), "smartbin_01");
-    EXPECT_EQ(s.uniqueId("bin_02"), "bin_02_02");
-    EXPECT_EQ(s.uniqueName("fresh"), "fresh");
-}
-
 TEST(SharedStuff, AClosedBoxIsNoLongerActive) {
     SharedStuff s;
     auto bin = makeBin("A", &s);
