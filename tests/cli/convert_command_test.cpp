@@ -28,6 +28,8 @@ const std::string clipsColumns = "Lumbra_Color_Tag\tTape\tName\tStart\tEnd\tScen
 const std::string clipsRows = "\nNone\tA001\tA001C001\t10:00:00:00\t10:00:05:00\t12\tgood take"
                               "\nNone\tA001\tA001C002\t10:00:05:00\t\t12A\t";
 
+// The writers' bytes are checked in the core tests; these cases check that each suffix and option reaches
+// them.
 TEST_F(ConvertCommandTest, WritesTheFormatChosenBySuffix) {
     struct Case {
         std::string name;
@@ -38,26 +40,11 @@ TEST_F(ConvertCommandTest, WritesTheFormatChosenBySuffix) {
         std::string expectedOut;
     };
     const std::vector<Case> cases{
-        {"ale",
-         "clips.ale",
-         "out.ale",
-         {},
-         clipsHeading + "FILM_FORMAT\t35mm, 4 perf\nTAPE\tA001\n\nColumn\n" + clipsColumns + "\n\nData" +
-             clipsRows + "\n",
-         ""},
         {"ale without film format",
          "clips.ale",
          "out.ale",
          {"--omit-film-format"},
          clipsHeading + "TAPE\tA001\n\nColumn\n" + clipsColumns + "\n\nData" + clipsRows + "\n",
-         ""},
-        {"csv",
-         "clips.ale",
-         "out.csv",
-         {},
-         "Lumbra_Color_Tag,Tape,Name,Start,End,Scene,Comments\n"
-         "\nNone,A001,A001C001,10:00:00:00,10:00:05:00,12,good take"
-         "\nNone,A001,A001C002,10:00:05:00,,12A,",
          ""},
         {"csv with metadata, values not quoted",
          "clips.ale",
@@ -69,21 +56,12 @@ TEST_F(ConvertCommandTest, WritesTheFormatChosenBySuffix) {
          "\nNone,A001,A001C001,10:00:00:00,10:00:05:00,12,good take"
          "\nNone,A001,A001C002,10:00:05:00,,12A,",
          ""},
-        {"tsv", "clips.ale", "out.tsv", {}, clipsColumns + "\n" + clipsRows, ""},
         {"tsv with metadata without film format",
          "clips.ale",
          "out.tsv",
          {"--omit-film-format", "--metadata"},
          "Metadata\nVIDEO_FORMAT\t1080\nFPS\t25\nAUDIO_FORMAT\t48khz\nTAPE\tA001\nColumn\n" + clipsColumns +
              "\n" + clipsRows,
-         ""},
-        {"columns in a chosen order, unknown one empty",
-         "clips.ale",
-         "out.ale",
-         {"--columns", "Scene,Name,Take"},
-         clipsHeading +
-             "FILM_FORMAT\t35mm, 4 "
-             "perf\nTAPE\tA001\n\nColumn\nScene\tName\tTake\n\nData\n12\tA001C001\t\n12A\tA001C002\t\n",
          ""},
         {"columns in csv, option after the files",
          "clips.ale",
