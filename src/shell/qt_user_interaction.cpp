@@ -7,6 +7,7 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFileDialog>
+#include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -128,13 +129,23 @@ std::optional<std::string> QtUserInteraction::askText(const app::TextRequest& re
 }
 
 std::optional<std::filesystem::path> QtUserInteraction::chooseFolder(const app::FolderRequest& request) {
-    const QString folder =
-        QFileDialog::getExistingDirectory(QApplication::activeWindow(), toQt(request.title),
-                                          QString::fromStdString(request.startFolder.string()));
-    if (folder.isEmpty()) {
+    QFileDialog dialog(QApplication::activeWindow(), toQt(request.title),
+                       QString::fromStdString(request.startFolder.string()));
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::ShowDirsOnly);
+    // Qt's own dialog, so the reason for the question can stand under the folder list.
+    dialog.setOption(QFileDialog::DontUseNativeDialog);
+    if (!request.message.empty()) {
+        if (auto* grid = qobject_cast<QGridLayout*>(dialog.layout())) {
+            auto* label = new QLabel(toQt(request.message), &dialog);
+            label->setWordWrap(true);
+            grid->addWidget(label, grid->rowCount(), 0, 1, grid->columnCount());
+        }
+    }
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
         return std::nullopt;
     }
-    return std::filesystem::path(folder.toStdString());
+    return std::filesystem::path(dialog.selectedFiles().constFirst().toStdString());
 }
 
 void QtUserInteraction::addLog(const std::string& text, bool notify, const std::string& title,

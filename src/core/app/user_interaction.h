@@ -46,6 +46,8 @@ struct TextRequest {
 struct FolderRequest {
     std::string title;
     std::filesystem::path startFolder;
+    // A line under the folder list that says why the choice is asked for; empty for none.
+    std::string message;
 
     bool operator==(const FolderRequest&) const = default;
 };

@@ -222,7 +222,10 @@ bool ProjectSaver::save() {
             return false;
         if (s.mainWindow)
             s.mainWindow->setFog(true);
-        const app::FolderRequest folderRequest{"Select parent folder where to save the project", {}};
+        const app::FolderRequest folderRequest{
+            "Select parent folder where to save the project",
+            {},
+            "Project's path not reachable: please select new parent folder"};
         std::optional<fs::path> chosen = s.interaction->chooseFolder(folderRequest);
         if (!chosen) {
             if (s.mainWindow)
