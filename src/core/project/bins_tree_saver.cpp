@@ -96,30 +96,14 @@ std::optional<std::string> BinsTreeSaver::currentFolder(BinsTreeEntry& entry, co
     std::error_code ec;
     if (fs::is_directory(path, ec) && readDetailsLine(path, 1) == uuid)
         return path;
-    if (!m_folders) {
-        m_folders.emplace();
-        indexFolders(m_baseUrl);
-    }
+    if (!m_folders)
+        m_folders = folderIndex(m_baseUrl);
     auto it = m_folders->find(uuid);
     if (it == m_folders->end())
         return std::nullopt;
     if (readDetailsLine(it->second, 1) == uuid)
         return it->second;
     return findFolder(uuid, m_baseUrl);
-}
-
-void BinsTreeSaver::indexFolders(const std::string& folder) {
-    if (auto uuid = readDetailsLine(folder, 1))
-        m_folders->emplace(*uuid, folder);
-    std::error_code ec;
-    fs::directory_iterator it(folder, ec);
-    if (ec)
-        return;
-    for (const auto& entry : it) {
-        std::error_code typeError;
-        if (entry.is_directory(typeError) && !entry.is_symlink(typeError))
-            indexFolders(entry.path().string());
-    }
 }
 
 void BinsTreeSaver::movedFolder(const std::string& from, const std::string& to) {
@@ -140,8 +124,7 @@ bool BinsTreeSaver::removeEntries(const std::vector<TreeNode>& entries, Notifica
         return false;
     }
     bool wrote = m_wrote;
-    m_folders.emplace();
-    indexFolders(m_baseUrl);
+    m_folders = folderIndex(m_baseUrl);
     for (const auto& entry : entries) {
         if (!entry)
             continue;

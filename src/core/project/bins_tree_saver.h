@@ -33,7 +33,6 @@ public:
 private:
     bool saveAt(BinsTreeEntry& entry, const std::string& path, tables::Notifications* notifications);
     std::optional<std::string> currentFolder(BinsTreeEntry& entry, const std::string& path);
-    void indexFolders(const std::string& folder);
     void movedFolder(const std::string& from, const std::string& to);
 
     std::string m_baseUrl;

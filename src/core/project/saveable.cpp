@@ -180,6 +180,35 @@ std::optional<std::string> findFolder(std::string_view uuid, const std::string& 
     return std::nullopt;
 }
 
+namespace {
+
+void indexFolder(const std::string& folder, int depth, std::unordered_map<std::string, std::string>& index,
+                 std::vector<std::string>* direct) {
+    if (auto uuid = readDetailsLine(folder, 1)) {
+        if (depth == 1 && direct)
+            direct->push_back(*uuid);
+        index.emplace(std::move(*uuid), folder);
+    }
+    std::error_code ec;
+    fs::directory_iterator it(folder, ec);
+    if (ec)
+        return;
+    for (const auto& entry : it) {
+        std::error_code typeError;
+        if (entry.is_directory(typeError) && !entry.is_symlink(typeError))
+            indexFolder(entry.path().string(), depth + 1, index, direct);
+    }
+}
+
+} // namespace
+
+std::unordered_map<std::string, std::string> folderIndex(const std::string& under,
+                                                         std::vector<std::string>* direct) {
+    std::unordered_map<std::string, std::string> index;
+    indexFolder(under, 0, index, direct);
+    return index;
+}
+
 std::optional<std::string> findFile(const std::string& folder, std::string_view suffix,
                                     Notifications* notifications, bool warn) {
     std::error_code ec;

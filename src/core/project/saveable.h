@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <vector>
 
 namespace lumbra::project {
 
@@ -61,6 +63,11 @@ private:
 [[nodiscard]] std::optional<std::string> readDetailsLine(const std::string& folder, std::size_t n);
 // Depth first: the folder under `under` (itself included) whose details name this uuid.
 [[nodiscard]] std::optional<std::string> findFolder(std::string_view uuid, const std::string& under);
+// What findFolder answers for every uuid at or under `under`, from one walk in its order (the folder
+// itself, then each subfolder depth first; the first folder of a uuid wins), so that many lookups cost
+// one read per folder. `direct`, when given, receives the uuids of the folders right under `under`.
+[[nodiscard]] std::unordered_map<std::string, std::string>
+folderIndex(const std::string& under, std::vector<std::string>* direct = nullptr);
 // The first entry of the folder whose lower-cased path ends in `suffix`; absent with messages
 // when the folder cannot be listed, or (if `warn`) when nothing matches.
 [[nodiscard]] std::optional<std::string> findFile(const std::string& folder, std::string_view suffix,

@@ -13,12 +13,11 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// What project::findFolder answers for every uuid under a folder, from one walk in the same order
-// (the folder itself, then each subfolder depth first), so that hundreds of layouts cost one read
-// per folder instead of one search each. `direct` gets the uuids of the folders right under the base.
+// The folders of the layouts by uuid, kept current as the save moves them.
 class FolderIndex {
 public:
-    FolderIndex(const std::string& base, std::vector<std::string>* direct) { walk(base, 0, direct); }
+    FolderIndex(const std::string& base, std::vector<std::string>* direct)
+        : m_folders(project::folderIndex(base, direct)) {}
 
     [[nodiscard]] std::optional<std::string> find(const std::string& uuid) const {
         auto it = m_folders.find(uuid);
@@ -29,23 +28,6 @@ public:
     void set(const std::string& uuid, const std::string& folder) { m_folders[uuid] = folder; }
 
 private:
-    void walk(const std::string& folder, int depth, std::vector<std::string>* direct) {
-        if (auto uuid = project::readDetailsLine(folder, 1)) {
-            if (depth == 1 && direct)
-                direct->push_back(*uuid);
-            m_folders.emplace(std::move(*uuid), folder);
-        }
-        std::error_code ec;
-        fs::directory_iterator it(folder, ec);
-        if (ec)
-            return;
-        for (const auto& entry : it) {
-            std::error_code typeError;
-            if (entry.is_directory(typeError) && !entry.is_symlink(typeError))
-                walk(entry.path().string(), depth + 1, direct);
-        }
-    }
-
     std::unordered_map<std::string, std::string> m_folders;
 };
 
