@@ -193,8 +193,8 @@ void ProjectChooserWindow::selectFolderType(int folderType) {
 }
 
 void ProjectChooserWindow::pathButtonPressed() {
-    const std::optional<std::filesystem::path> folder =
-        m_interaction.chooseFolder({tr("Choose the projects folder").toStdString(), m_catalogue.folder()});
+    const std::optional<std::filesystem::path> folder = m_interaction.chooseFolder(
+        {tr("Choose the projects folder").toStdString(), m_catalogue.folder(), {}});
     if (!folder) {
         return;
     }
