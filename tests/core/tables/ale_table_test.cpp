@@ -134,6 +134,15 @@ TEST(ALETable, LockedBinDropsRowWritesButNotColumnChanges) {
     EXPECT_EQ(t.data[0]->value("C"), std::nullopt);
     EXPECT_TRUE(project.changed.empty());
 
+    // A found row keeps its cells; a new row is added, but empty.
+    EXPECT_EQ(t.updateEntry(RowData{{"A", "1"}, {"D", "x"}}, {"A"}, {}, {{"A", true}, {"D", true}}), 1);
+    EXPECT_EQ(t.data[0]->data(), (RowData{{"A", "1"}, {"B", "2"}}));
+    EXPECT_EQ(t.updateEntry(RowData{{"A", "9"}}, {"A"}, {}, {{"A", true}}), 2);
+    ASSERT_EQ(t.data.size(), 2u);
+    EXPECT_TRUE(t.data[1]->data().empty());
+    EXPECT_TRUE(project.changed.empty());
+    t.data.pop_back();
+
     bin.locked = false;
     t.cols = {"A", "B"};
     EXPECT_TRUE(t.deleteColumn("B"));
@@ -393,20 +402,6 @@ TEST(ALETable, CallersBreakingTheRulesDoNotEndTheProgram) {
         here.updateEntry(RowData{{"Name", "A"}, {"Tape", "U"}}, {"Name"}, {}, {{"Name", true}, {"X", true}}),
         1);
     EXPECT_EQ(here.data[0]->value("Tape"), "T");
-}
-
-TEST(ALETable, UpdateEntryOnALockedBin) {
-    FakeBin bin;
-    ALETable t = makeTable({"Name"}, {{{"Name", "A"}}});
-    t.bin = &bin;
-    bin.locked = true;
-    EXPECT_EQ(
-        t.updateEntry(RowData{{"Name", "A"}, {"Tape", "T"}}, {"Name"}, {}, {{"Name", true}, {"Tape", true}}),
-        1);
-    EXPECT_EQ(t.data[0]->data(), (RowData{{"Name", "A"}}));
-    EXPECT_EQ(t.updateEntry(RowData{{"Name", "B"}}, {"Name"}, {}, {{"Name", true}}), 2);
-    ASSERT_EQ(t.data.size(), 2u);
-    EXPECT_TRUE(t.data[1]->data().empty());
 }
 
 TEST(ALETable, CopyIsDeepAndPointsAtTheClone) {

@@ -130,7 +130,7 @@ TEST(ParseNumbers, OneOptionalSignAndNothingAround) {
     EXPECT_EQ(parseTimecode("+-1:00:00:00"), std::nullopt);
 }
 
-TEST(TextHelpers, CaseMappingAndCharacterCounting) {
+TEST(TextHelpers, CaseMapping) {
     EXPECT_EQ(lowercased("HEADING"), "heading");
     EXPECT_EQ(lowercased("\xC3\x89"
                          "COLE"),
@@ -138,13 +138,6 @@ TEST(TextHelpers, CaseMappingAndCharacterCounting) {
               "cole");
     EXPECT_EQ(uppercased("tabs"), "TABS");
     EXPECT_EQ(uppercased("\xC3\xA9t\xC3\xA9"), "\xC3\x89T\xC3\x89");
-
-    // Characters, not bytes: "abcdé" less four characters is "a".
-    EXPECT_EQ(dropLastCharacters("abcd\xC3\xA9", 4), "a");
-    EXPECT_EQ(dropLastCharacters("clips.ale", 4), "clips");
-    EXPECT_EQ(dropLastCharacters(".ale", 4), "");
-    EXPECT_EQ(dropLastCharacters("ab", 4), "");
-    EXPECT_EQ(dropLastCharacters("", 4), "");
 }
 
 TEST(TextHelpers, Utf8Validity) {
