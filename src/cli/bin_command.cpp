@@ -44,16 +44,10 @@ std::vector<project::Bin*> binsNamed(project::SharedStuff& sharedstuff, const st
 }
 
 int run(std::span<const std::string> args) {
-    if (asksForHelp(args)) {
-        std::cout << usage;
-        return exitSuccess;
-    }
-    auto parsedOrMessage = parseOptions(args, valuedOptions, flagOptions);
-    if (auto* message = std::get_if<std::string>(&parsedOrMessage))
-        return usageError(command, *message);
-    const auto& parsed = std::get<ParsedArguments>(parsedOrMessage);
-    if (parsed.has("--yes") && parsed.has("--no"))
-        return usageError(command, "--yes and --no exclude each other");
+    auto parsedOrStatus = parseAskingCommand(command, args, valuedOptions, flagOptions);
+    if (const int* status = std::get_if<int>(&parsedOrStatus))
+        return *status;
+    const auto& parsed = std::get<ParsedArguments>(parsedOrStatus);
     if (parsed.positional.empty() || parsed.positional[0] != "export")
         return usageError(command, parsed.positional.empty()
                                        ? "a subcommand is needed"

@@ -29,6 +29,23 @@ bool asksForHelp(std::span<const std::string> args) {
     return false;
 }
 
+std::variant<ParsedArguments, int> parseAskingCommand(const Command& command,
+                                                      std::span<const std::string> args,
+                                                      std::span<const std::string_view> valued,
+                                                      std::span<const std::string_view> flags) {
+    if (asksForHelp(args)) {
+        std::cout << command.usage;
+        return exitSuccess;
+    }
+    auto parsedOrMessage = parseOptions(args, valued, flags);
+    if (auto* message = std::get_if<std::string>(&parsedOrMessage))
+        return usageError(command, *message);
+    auto& parsed = std::get<ParsedArguments>(parsedOrMessage);
+    if (parsed.has("--yes") && parsed.has("--no"))
+        return usageError(command, "--yes and --no exclude each other");
+    return std::move(parsed);
+}
+
 int writeTable(const tables::FileFormat& format, const tables::ALETable& table, const std::string& output,
                const tables::WriteOptions& options) {
     std::string lastLine;

@@ -57,6 +57,13 @@ struct ParsedArguments {
 parseOptions(std::span<const std::string> args, std::span<const std::string_view> valued,
              std::span<const std::string_view> flags);
 
+// The start of a command that may ask questions: help (printed, exitSuccess), the options, and the
+// rule that --yes and --no exclude each other. The parsed arguments, or the exit status to return.
+[[nodiscard]] std::variant<ParsedArguments, int> parseAskingCommand(const Command& command,
+                                                                    std::span<const std::string> args,
+                                                                    std::span<const std::string_view> valued,
+                                                                    std::span<const std::string_view> flags);
+
 // Runs a core step with its log lines held back, then prints them as they came; the last one
 // tells why the step failed, when it did.
 template <typename Step> auto runLogged(Step step, std::string& lastLine) {

@@ -220,16 +220,10 @@ int copyOrZip(ProjectSession& session, const ParsedArguments& parsed, bool zip) 
 }
 
 int run(std::span<const std::string> args) {
-    if (asksForHelp(args)) {
-        std::cout << usage;
-        return exitSuccess;
-    }
-    auto parsedOrMessage = parseOptions(args, valuedOptions, flagOptions);
-    if (auto* message = std::get_if<std::string>(&parsedOrMessage))
-        return usageError(command, *message);
-    const auto& parsed = std::get<ParsedArguments>(parsedOrMessage);
-    if (parsed.has("--yes") && parsed.has("--no"))
-        return usageError(command, "--yes and --no exclude each other");
+    auto parsedOrStatus = parseAskingCommand(command, args, valuedOptions, flagOptions);
+    if (const int* status = std::get_if<int>(&parsedOrStatus))
+        return *status;
+    const auto& parsed = std::get<ParsedArguments>(parsedOrStatus);
     if (parsed.positional.empty())
         return usageError(command, "a subcommand is needed");
     const std::string& sub = parsed.positional[0];
