@@ -256,4 +256,38 @@ std::optional<Timecode> parseTimecode(std::string_view text) {
     return tc;
 }
 
+std::string quotifyField(std::string_view value, std::string_view separator) {
+    constexpr std::string_view openCurly = "\u201C";
+    constexpr std::string_view closeCurly = "\u201D";
+    bool inStraight = false;
+    bool inCurly = false;
+    bool marked = false;
+    for (std::size_t i = 0; i < value.size() && !marked;) {
+        std::string_view rest = value.substr(i);
+        if (rest.front() == '"') {
+            inStraight = !inStraight;
+        } else if (rest.starts_with(openCurly)) {
+            inCurly = true;
+            i += openCurly.size();
+            continue;
+        } else if (rest.starts_with(closeCurly)) {
+            inCurly = false;
+            i += closeCurly.size();
+            continue;
+        } else if (!inStraight && !inCurly &&
+                   (rest.front() == '\n' || (!separator.empty() && rest.starts_with(separator)))) {
+            marked = true;
+        }
+        ++i;
+    }
+    if (!marked)
+        return std::string(value);
+    std::string out;
+    out.reserve(value.size() + 2);
+    out += '"';
+    out += value;
+    out += '"';
+    return out;
+}
+
 } // namespace lumbra::tables

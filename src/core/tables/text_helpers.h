@@ -24,6 +24,10 @@ namespace lumbra::tables {
 // The text less its last n characters (code points); shorter texts give "".
 [[nodiscard]] std::string dropLastCharacters(std::string_view text, std::size_t n);
 
+// A value as a delimited text file carries it: in double quotes when it holds a line feed or the
+// separator outside straight and curly quotes; inner quotes stay as they are.
+[[nodiscard]] std::string quotifyField(std::string_view value, std::string_view separator);
+
 [[nodiscard]] bool isAscii(std::string_view text) noexcept;
 // True when the bytes are well-formed UTF-8.
 [[nodiscard]] bool isValidUtf8(std::string_view text) noexcept;

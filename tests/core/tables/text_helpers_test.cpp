@@ -46,6 +46,30 @@ TEST(Tokenise, SplitsQuotesAndSeparators) {
     }
 }
 
+TEST(QuotifyField, QuotesOnlyWhatWouldSplitTheRecord) {
+    struct Case {
+        const char* name;
+        std::string value;
+        std::string separator;
+        std::string expected;
+    };
+    const Case cases[] = {
+        {"plain value stands", "A001C003", "\t", "A001C003"},
+        {"separator marks", "a\tb", "\t", "\"a\tb\""},
+        {"line feed marks", "a\nb", ",", "\"a\nb\""},
+        {"separator inside straight quotes does not", "say \"a,b\"", ",", "say \"a,b\""},
+        {"an open quote hides the separator", "x\"y,z", ",", "x\"y,z"},
+        {"inner quotes are not doubled", "a\"b\",c", ",", "\"a\"b\",c\""},
+        {"separator inside curly quotes does not", "\u201Ca,b\u201D", ",", "\u201Ca,b\u201D"},
+        {"after the curly quotes close it does", "\u201Ca\u201D,b", ",", "\"\u201Ca\u201D,b\""},
+        {"empty value", "", ",", ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(quotifyField(c.value, c.separator), c.expected);
+    }
+}
+
 TEST(Trim, DropsListedCharactersAtOneEnd) {
     struct Case {
         const char* name;
