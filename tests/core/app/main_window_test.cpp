@@ -1,0 +1,188 @@
+#include "app/bin_saving.h"
+#include "app/box_tiling.h"
+#include "app/layout_menu.h"
+#include "app/main_window_log.h"
+#include "app/scripted_interaction.h"
+#include "core/project/project_test_support.h"
+#include "project/bin.h"
+#include "project/shared_stuff.h"
+#include "tables/console.h"
+
+#include <gtest/gtest.h>
+
+namespace lumbra::app {
+namespace {
+
+using project::testing::makeTable;
+using project::testing::readFile;
+using project::testing::TempFolder;
+using tables::NotificationType;
+
+std::tm at(int h, int m, int s) {
+    std::tm t{};
+    t.tm_hour = h;
+    t.tm_min = m;
+    t.tm_sec = s;
+    return t;
+}
+
+TEST(MainWindowLog, NewestFirstWithTimeAndTailClear) {
+    MainWindowLog log;
+    log.add("first", at(9, 5, 7));
+    log.add("second", at(23, 59, 0));
+    EXPECT_EQ(log.text(), "23:59:00 - second\n09:05:07 - first");
+
+    for (int i = 2; i < 3000; ++i)
+        log.add("line " + std::to_string(i), at(10, 0, 0));
+    ASSERT_EQ(log.lines().size(), 3000u);
+    EXPECT_EQ(log.lines().back(), "09:05:07 - first");
+
+    log.add("the 3001st", at(11, 0, 0));
+    ASSERT_EQ(log.lines().size(), 2002u);
+    EXPECT_EQ(log.lines()[0], "11:00:00 - the 3001st");
+    EXPECT_EQ(log.lines()[1], "-- LONG LOG: TAIL CLEARED --");
+    // The oldest thousand went: line 1000 is the oldest left.
+    EXPECT_EQ(log.lines().back(), "10:00:00 - line 1000");
+
+    // The marker is an ordinary line afterwards and moves down.
+    log.add("next", at(11, 0, 1));
+    EXPECT_EQ(log.lines()[2], "-- LONG LOG: TAIL CLEARED --");
+}
+
+TEST(MainWindowLog, NotificationTitleByKindWhenNoneGiven) {
+    EXPECT_EQ(logNotification("t", "", NotificationType::OK).title, "Operation executed");
+    EXPECT_EQ(logNotification("t", "", NotificationType::WARNING).title, "Warning");
+    EXPECT_EQ(logNotification("t", "", NotificationType::KO).title, "Operation not executed");
+    const auto given = logNotification("Saved to x", "Saved", NotificationType::OK);
+    EXPECT_EQ(given.title, "Saved");
+    EXPECT_EQ(given.body, "Saved to x");
+}
+
+TEST(BoxTiling, ModesAndCounts) {
+    EXPECT_EQ(multiViewModeForTag(1), MultiViewMode::portrait);
+    EXPECT_EQ(multiViewModeForTag(2), MultiViewMode::landscape);
+    EXPECT_EQ(multiViewModeForTag(0), MultiViewMode::standard);
+    EXPECT_EQ(multiViewModeForTag(7), MultiViewMode::standard);
+
+    EXPECT_TRUE(tileFrames(0, 1000, 800, MultiViewMode::standard).empty());
+    EXPECT_EQ(tileFrames(1, 1000, 800, MultiViewMode::standard), (std::vector<BoxFrame>{{0, 0, 1000, 800}}));
+    EXPECT_EQ(tileFrames(2, 1010, 800, MultiViewMode::standard),
+              (std::vector<BoxFrame>{{0, 0, 500, 800}, {510, 0, 500, 800}}));
+    EXPECT_EQ(tileFrames(4, 1010, 810, MultiViewMode::standard),
+              (std::vector<BoxFrame>{
+                  {0, 0, 500, 400}, {510, 0, 500, 400}, {0, 410, 500, 400}, {510, 410, 500, 400}}));
+    EXPECT_EQ(tileFrames(3, 920, 600, MultiViewMode::portrait),
+              (std::vector<BoxFrame>{{0, 0, 300, 600}, {310, 0, 300, 600}, {620, 0, 300, 600}}));
+    EXPECT_EQ(tileFrames(2, 600, 810, MultiViewMode::landscape),
+              (std::vector<BoxFrame>{{0, 0, 600, 400}, {0, 410, 600, 400}}));
+}
+
+TEST(BoxTiling, FiveBoxesMakeColumnsOfTwoTwoAndOne) {
+    const auto frames = tileFrames(5, 920, 410, MultiViewMode::standard);
+    ASSERT_EQ(frames.size(), 5u);
+    // Box i goes to column i mod 3, row i / 3; the first two columns hold two boxes.
+    EXPECT_EQ(frames[0], (BoxFrame{0, 0, 300, 200}));
+    EXPECT_EQ(frames[1], (BoxFrame{310, 0, 300, 200}));
+    EXPECT_EQ(frames[2], (BoxFrame{620, 0, 300, 410}));
+    EXPECT_EQ(frames[3], (BoxFrame{0, 210, 300, 200}));
+    EXPECT_EQ(frames[4], (BoxFrame{310, 210, 300, 200}));
+}
+
+// A project whose main window stands, so its log lines reach the scripted user.
+struct Project {
+    Project() { s.mainWindow = &window; }
+    ScriptedInteraction interaction;
+    project::SharedStuff s{&interaction};
+    project::MainWindowLink window;
+    tables::PrintCapture printed;
+
+    project::Bin& addBin(const std::string& name, bool open) {
+        auto bin = std::make_shared<project::Bin>(makeTable(name), &s, s.projectLayouts.baseLayout, true);
+        project::Bin& ref = *bin;
+        s.bins->addChild(std::make_shared<project::BinsTreeEntry>(name, std::move(bin)));
+        s.bins->rebuildArray();
+        ref.setSelected(open);
+        return ref;
+    }
+};
+
+TEST(LayoutMenu, ItemsMarkTheDefault) {
+    Project p;
+    auto& layouts = p.s.projectLayouts;
+    layouts.baseLayout->columns = {"Name", "Tape"};
+    layouts.layouts.push_back(
+        std::make_shared<tables::ColumnsLayout>("Mine", std::vector<std::string>{"Tape", "Name"}));
+    layouts.layouts.push_back(
+        std::make_shared<tables::ColumnsLayout>("Same", std::vector<std::string>{"Name", "Tape"}));
+    std::vector<std::string> titles;
+    for (const auto& item : layoutMenuItems(p.s))
+        titles.push_back(item.title);
+    EXPECT_EQ(titles, (std::vector<std::string>{"-- [Default] Default", "-- Project Original Default --",
+                                                "-- System Default --", "Mine", "-- [Default] Same"}));
+
+    project::Bin& bin = p.addBin("b", true);
+    p.s.activeBin = &bin;
+    titles.clear();
+    for (const auto& item : layoutMenuItems(p.s))
+        titles.push_back(item.title);
+    // The active bin uses the default, so its entry is marked too.
+    EXPECT_EQ(titles[3], "-- [Default] -- Active Bin Layout --");
+}
+
+TEST(LayoutMenu, SetDefaultReachesBinsOnTheDefaultOnly) {
+    Project p;
+    project::Bin& onDefault = p.addBin("a", true);
+    onDefault.layout = std::make_shared<tables::ColumnsLayout>("Default", std::vector<std::string>{"Old"});
+    project::Bin& own = p.addBin("b", false);
+    own.layout = std::make_shared<tables::ColumnsLayout>("Own", std::vector<std::string>{"Tape"});
+    tables::ColumnsLayout chosen("Chosen", {"Name", "Start"});
+    chosen.colwidths["Name"] = 120.0;
+
+    setDefaultLayout(p.s, chosen);
+    EXPECT_EQ(p.s.projectLayouts.baseLayout->columns, chosen.columns);
+    EXPECT_EQ(p.s.projectLayouts.baseLayout->colwidths, chosen.colwidths);
+    EXPECT_EQ(p.s.projectLayouts.baseLayout->name, "Default");
+    ASSERT_TRUE(p.s.projectLayouts.lastSelectedDefault);
+    EXPECT_EQ(p.s.projectLayouts.lastSelectedDefault->name, "Chosen");
+    EXPECT_EQ(onDefault.layout, p.s.projectLayouts.baseLayout);
+    EXPECT_EQ(own.layout->name, "Own");
+    EXPECT_EQ(
+        p.interaction.logLines().back(),
+        (ScriptedInteraction::LogLine{"Default layout updated", true, "Applied", NotificationType::OK}));
+
+    auto applied = std::make_shared<tables::ColumnsLayout>("Grade", std::vector<std::string>{"ASC_SOP"});
+    applyLayoutToOpenBins(p.s, applied);
+    EXPECT_EQ(onDefault.layout, applied);
+    EXPECT_EQ(own.layout->name, "Own");
+    EXPECT_EQ(p.interaction.logLines().back().text, "Layout applied to open bins");
+}
+
+TEST(BinSaving, AleAndCsvWithLayoutColumnsAndLogLines) {
+    Project p;
+    TempFolder folder;
+    project::Bin& bin = p.addBin("day1", false);
+    bin.layout = std::make_shared<tables::ColumnsLayout>("Tape only", std::vector<std::string>{"Tape"});
+    bin.table()->film_format = "35mm";
+
+    p.s.saving_film_format = false;
+    ASSERT_TRUE(saveBinAsALE(p.s, bin, (folder.path / "out.ale").string()));
+    const std::string ale = readFile(folder.path / "out.ale");
+    EXPECT_EQ(ale.find("FILM_FORMAT"), std::string::npos);
+    EXPECT_NE(ale.find("Column\nTape\n"), std::string::npos);
+    EXPECT_EQ(p.interaction.logLines().back().text, "Bin correctly saved");
+
+    EXPECT_EQ(rememberedCsvSeparator(p.s), ",");
+    EXPECT_EQ(p.s.options.at("csvSeparator"), ",");
+    ASSERT_TRUE(saveBinAsCSV(p.s, bin, (folder.path / "out.csv").string(), "TAB", false));
+    // Names, an empty line, then the rows; no heading block and no final line feed.
+    EXPECT_EQ(readFile(folder.path / "out.csv"), "Tape\n\nA001\nA001");
+    EXPECT_EQ(p.interaction.logLines().back().text, "CSV Correctly saved");
+
+    EXPECT_FALSE(saveBinAsCSV(p.s, bin, folder.str(), ",", false));
+    EXPECT_EQ(p.interaction.logLines().back().text, "ERROR while saving to .csv file");
+    logChooserFailure(p.s, true);
+    EXPECT_EQ(p.interaction.logLines().back().text, "Operation aborted by user");
+}
+
+} // namespace
+} // namespace lumbra::app
