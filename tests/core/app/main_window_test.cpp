@@ -1,4 +1,5 @@
 #include "app/bin_saving.h"
+#include "app/bins_list_commands.h"
 #include "app/box_tiling.h"
 #include "app/layout_menu.h"
 #include "app/main_window_log.h"
@@ -182,6 +183,63 @@ TEST(BinSaving, AleAndCsvWithLayoutColumnsAndLogLines) {
     EXPECT_EQ(p.interaction.logLines().back().text, "ERROR while saving to .csv file");
     logChooserFailure(p.s, true);
     EXPECT_EQ(p.interaction.logLines().back().text, "Operation aborted by user");
+}
+
+TEST(BinsListCommands, NewBinsAndGroupsGoWhereTheClickWas) {
+    Project p;
+    p.s.fps = "25";
+    p.s.tlResolution = "1080";
+    p.s.film_format = "35mm";
+    project::Bin& first = createEmptyBin(p.s);
+    EXPECT_EQ(first.table()->tablename, "bin_01");
+    EXPECT_EQ(first.table()->fps, "25");
+    EXPECT_EQ(first.table()->video_format, "1080");
+    EXPECT_EQ(first.table()->film_format, "35mm");
+    EXPECT_FALSE(first.table()->tape.has_value());
+    EXPECT_EQ(first.layout, p.s.projectLayouts.baseLayout);
+
+    project::BinsTreeEntry& group = addGroup(p.s, *p.s.bins);
+    EXPECT_EQ(group.name(), "Group_01");
+    // A click on a bin inside the group puts the new bin beside it, in the group.
+    project::Bin& inGroup = createEmptyBin(p.s, {&group, -1});
+    project::Bin& beside = createEmptyBin(p.s, {group.children.front().get(), 0});
+    EXPECT_EQ(inGroup.table()->tablename, "bin_02");
+    ASSERT_EQ(group.children.size(), 2u);
+    EXPECT_EQ(group.children[0]->bin.get(), &beside);
+    EXPECT_EQ(group.children[1]->bin.get(), &inGroup);
+    EXPECT_EQ(p.s.bins->toarray.size(), 3u);
+    EXPECT_EQ(addGroup(p.s, *p.s.bins, {&group, -1}).name(), "Group_02");
+}
+
+TEST(BinsListCommands, HeaderClicksOrderTheTree) {
+    using Mode = project::BinsTreeOrderingMode;
+    EXPECT_EQ(orderingForHeader("Bin"), Mode::alphabetical);
+    EXPECT_EQ(orderingForHeader("Created"), Mode::lastcreated);
+    EXPECT_FALSE(orderingForHeader("Clips").has_value());
+
+    Project p;
+    p.addBin("b", false);
+    p.addBin("a", false);
+    p.addBin("c", false);
+    auto names = [&] {
+        std::vector<std::string> out;
+        for (const auto& child : p.s.bins->children)
+            out.push_back(child->name());
+        return out;
+    };
+    p.s.bins->lastascending = false;
+    orderBinsTree(*p.s.bins, Mode::bytag);
+    EXPECT_FALSE(p.s.bins->lastascending);
+    orderBinsTree(*p.s.bins, Mode::alphabetical);
+    EXPECT_FALSE(p.s.bins->lastascending);
+    EXPECT_EQ(names(), (std::vector<std::string>{"a", "b", "c"}));
+    orderBinsTree(*p.s.bins, Mode::alphabetical);
+    EXPECT_TRUE(p.s.bins->lastascending);
+    EXPECT_EQ(names(), (std::vector<std::string>{"c", "b", "a"}));
+
+    setBinsOpen(p.s, {p.s.bins.get()}, true);
+    for (project::Bin* bin : p.s.bins->toarray)
+        EXPECT_TRUE(bin->selected());
 }
 
 } // namespace
