@@ -3,7 +3,7 @@
 #include "new_project_window.h"
 #include "project/shared_stuff.h"
 #include "project_chooser_window.h"
-#include "project_window.h"
+#include "main_window.h"
 #include "qt_user_defaults.h"
 #include "qt_user_interaction.h"
 
@@ -77,8 +77,8 @@ void AppDelegate::installMenus(QMainWindow& window) {
     help->addAction(m_aboutAction);
 }
 
-ProjectWindow* AppDelegate::makeProjectWindow(std::unique_ptr<project::SharedStuff> sharedstuff) {
-    auto* window = new ProjectWindow(std::move(sharedstuff), *m_lifecycle, *this);
+MainWindowViewController* AppDelegate::makeProjectWindow(std::unique_ptr<project::SharedStuff> sharedstuff) {
+    auto* window = new MainWindowViewController(std::move(sharedstuff), *m_lifecycle, *this);
     QMenu* help = window->menuBar()->addMenu(tr("&Help"));
     help->addAction(m_aboutAction);
     return window;

@@ -19,7 +19,7 @@ class SharedStuff;
 namespace lumbra::shell {
 
 class ProjectChooserWindow;
-class ProjectWindow;
+class MainWindowViewController;
 
 // The process-wide object: it owns the start, reopen and quit rules and the actions every window's menu
 // shares.
@@ -43,7 +43,7 @@ public:
     // Gives a window the application's menus.
     void installMenus(QMainWindow& window);
     // The main window of a project, which owns it from now on; shown by the caller.
-    ProjectWindow* makeProjectWindow(std::unique_ptr<project::SharedStuff> sharedstuff);
+    MainWindowViewController* makeProjectWindow(std::unique_ptr<project::SharedStuff> sharedstuff);
     // The new project window for a project in `folder`.
     void openNewProjectWindow(const std::filesystem::path& folder);
 

@@ -2,7 +2,7 @@
 
 #include "app_delegate.h"
 #include "project/shared_stuff.h"
-#include "project_window.h"
+#include "main_window.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -323,7 +323,7 @@ void NewProjectWindow::createButtonPressed() {
     }
     auto sharedstuff = std::make_unique<project::SharedStuff>(&m_delegate.interaction());
     project::SharedStuff& project = *sharedstuff;
-    ProjectWindow* window = m_delegate.makeProjectWindow(std::move(sharedstuff));
+    MainWindowViewController* window = m_delegate.makeProjectWindow(std::move(sharedstuff));
     project::createProject(project, folder, m_settings);
     window->refreshTitle();
     window->reloadBinsLists();

@@ -3,7 +3,7 @@
 #include "app_delegate.h"
 #include "project/project_loader.h"
 #include "project/shared_stuff.h"
-#include "project_window.h"
+#include "main_window.h"
 
 #include <QApplication>
 #include <QButtonGroup>
@@ -221,7 +221,7 @@ void ProjectChooserWindow::selectProjectWithButton() {
     project::SharedStuff& project = *sharedstuff;
     project.currentFolder = folder->parent_path().string();
     project.projectName = folder->filename().string();
-    ProjectWindow* window = nullptr;
+    MainWindowViewController* window = nullptr;
     project::OpenHooks hooks;
     // The window takes the project at step 9; an open that stops before it leaves the project here.
     hooks.makeMainWindow = [&](project::SharedStuff&) -> project::MainWindowLink* {

@@ -1,10 +1,12 @@
 #include "app/scripted_interaction.h"
 #include "app_delegate.h"
+#include "bins_list.h"
+#include "bins_tree_model.h"
+#include "main_window.h"
 #include "new_project_window.h"
-#include "project_bins_model.h"
+#include "notifications_box.h"
 #include "project_chooser_window.h"
 #include "project_metadata_window.h"
-#include "project_window.h"
 
 #include <QAbstractItemModelTester>
 #include <QAction>
@@ -28,10 +30,10 @@
 
 using lumbra::app::ScriptedInteraction;
 using lumbra::shell::AppDelegate;
+using lumbra::shell::MainWindowViewController;
 using lumbra::shell::NewProjectWindow;
 using lumbra::shell::ProjectChooserWindow;
 using lumbra::shell::ProjectMetadataWindow;
-using lumbra::shell::ProjectWindow;
 
 namespace {
 
@@ -124,7 +126,7 @@ private slots:
     void cleanup() {
         QList<QPointer<QWidget>> windows;
         for (QWidget* widget : QApplication::topLevelWidgets()) {
-            if (qobject_cast<ProjectWindow*>(widget) != nullptr ||
+            if (qobject_cast<MainWindowViewController*>(widget) != nullptr ||
                 qobject_cast<NewProjectWindow*>(widget) != nullptr) {
                 windows.append(widget);
             }
@@ -193,10 +195,11 @@ private slots:
         QVERIFY(project.contains("\nprojectlayout\tScene\n"));
         QVERIFY(QFileInfo(folder + QStringLiteral("/_bins_")).isDir());
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        auto* main = topLevel<ProjectWindow>("mainwindow");
+        auto* main = topLevel<MainWindowViewController>("mainwindow");
         QVERIFY(main != nullptr);
         QVERIFY(QTest::qWaitForWindowExposed(main));
-        QCOMPARE(main->windowTitle(), QStringLiteral("My Film"));
+        QCOMPARE(main->windowTitle(),
+                 QStringLiteral("Lumbra (%1) - My Film").arg(QCoreApplication::applicationVersion()));
         QVERIFY(topLevel<NewProjectWindow>("newprojectwindow") == nullptr);
         QVERIFY(topLevel<ProjectChooserWindow>("projectselector") == nullptr);
         QVERIFY(main->backupTimer()->isActive());
@@ -265,15 +268,18 @@ private slots:
 
     void openingFromTheChooserShowsTheBinsTree() {
         openHandMadeProject();
-        auto* main = topLevel<ProjectWindow>("mainwindow");
+        auto* main = topLevel<MainWindowViewController>("mainwindow");
         QVERIFY(main != nullptr);
-        QCOMPARE(main->windowTitle(), QStringLiteral("Film"));
-        QAbstractItemModel& model = *main->binsView()->model();
+        QCOMPARE(main->windowTitle(),
+                 QStringLiteral("Lumbra (%1) - Film").arg(QCoreApplication::applicationVersion()));
+        QAbstractItemModel& model = *main->binsList()->model();
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
         QCOMPARE(childNames(model), (QStringList{QStringLiteral("Dailies"), QStringLiteral("Day one")}));
         const QModelIndex dailies = model.index(0, 0);
         QCOMPARE(childNames(model, dailies), QStringList{QStringLiteral("Day two")});
-        QCOMPARE(model.index(0, 1, dailies).data().toInt(), 3);
+        QVERIFY(
+            model.index(0, 0, dailies).data(Qt::ToolTipRole).toString().contains(QStringLiteral("3 clips")));
+        QCOMPARE(model.headerData(0, Qt::Horizontal).toString(), QStringLiteral("Bin"));
         QCOMPARE(model.index(0, 0, dailies).parent(), dailies);
         QVERIFY(QFileInfo(m_projects->path() + QStringLiteral("/Film/.selectionlist")).exists());
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -282,7 +288,7 @@ private slots:
 
     void backupTimerMakesArchivesInTheProject() {
         openHandMadeProject();
-        auto* main = topLevel<ProjectWindow>("mainwindow");
+        auto* main = topLevel<MainWindowViewController>("mainwindow");
         QVERIFY(main != nullptr);
         QCOMPARE(main->backupTimer()->interval(), 15 * 60 * 1000);
         // A preferences change of the interval restarts the timer; a short one shows a tick's archive.
@@ -296,7 +302,7 @@ private slots:
 
     void quitFromTheProjectWindowAsksOnceAndSaves() {
         openHandMadeProject();
-        auto* main = topLevel<ProjectWindow>("mainwindow");
+        auto* main = topLevel<MainWindowViewController>("mainwindow");
         QVERIFY(main != nullptr);
         QFile::remove(m_projects->path() + QStringLiteral("/Film/.selectionlist"));
         m_interaction->queueAlert(std::string("Save"));
@@ -311,7 +317,7 @@ private slots:
 
     void closeProjectAsksAndDontSaveBringsTheChooserBack() {
         openHandMadeProject();
-        QPointer<ProjectWindow> main = topLevel<ProjectWindow>("mainwindow");
+        QPointer<MainWindowViewController> main = topLevel<MainWindowViewController>("mainwindow");
         QVERIFY(main);
         m_interaction->queueAlert(std::string("Cancel"));
         main->findChild<QAction*>(QStringLiteral("closeProjectAction"))->trigger();
@@ -329,7 +335,7 @@ private slots:
 
     void metadataEditedConfirmedAndSaved() {
         openHandMadeProject();
-        auto* main = topLevel<ProjectWindow>("mainwindow");
+        auto* main = topLevel<MainWindowViewController>("mainwindow");
         QVERIFY(main != nullptr);
         const QString projectFile = m_projects->path() + QStringLiteral("/Film/tarelproject");
 
@@ -382,8 +388,11 @@ private slots:
         QVERIFY(project.contains("\ntapeid\tX1\n"));
         QVERIFY(project.contains("\nuserdefinedproperty\tCustom Prop 1\tJane\n"));
         QVERIFY(project.contains("\nuserdefinedproperty\tDirector\tAnn\n"));
-        QCOMPARE(m_interaction->logLines().back().text,
-                 "Project saved to " + (m_projects->path() + QStringLiteral("/Film")).toStdString());
+        // The window's log has the line on top, after its time; the notification says "Saved".
+        const std::string saved =
+            "Project saved to " + (m_projects->path() + QStringLiteral("/Film")).toStdString();
+        QVERIFY(main->log().lines().front().ends_with(" - " + saved));
+        QCOMPARE(main->notificationsBox()->item(0).title, std::string("Saved"));
 
         // Cancel changes nothing.
         runInMetadataWindow([](ProjectMetadataWindow& window) {
@@ -408,7 +417,7 @@ private slots:
         window->close();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         openHandMadeProject();
-        auto* main = topLevel<ProjectWindow>("mainwindow");
+        auto* main = topLevel<MainWindowViewController>("mainwindow");
         QTest::qWait(100);
         QVERIFY(main->grab().save(target + QStringLiteral("/project_window.png")));
         runInMetadataWindow([&](ProjectMetadataWindow& dialog) {
@@ -457,7 +466,7 @@ private:
 
     // The metadata window is modal: the checks run inside its loop.
     void runInMetadataWindow(const std::function<void(ProjectMetadataWindow&)>& steps) {
-        auto* main = topLevel<ProjectWindow>("mainwindow");
+        auto* main = topLevel<MainWindowViewController>("mainwindow");
         QVERIFY(main != nullptr);
         bool ran = false;
         QTimer::singleShot(0, this, [&] {

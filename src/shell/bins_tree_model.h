@@ -1,20 +1,27 @@
 #pragma once
 
 #include "project/bins_tree_entry.h"
+#include "project/saveable.h"
 
 #include <QAbstractItemModel>
+#include <QColor>
+#include <array>
 #include <unordered_map>
 
 namespace lumbra::shell {
 
-// The project's bins tree, read only: groups and bins by display name, with the clip count of each bin.
-class ProjectBinsModel final : public QAbstractItemModel {
+// A tree of bins as the bins lists show it: each node's name, tag colour and both dates; bins that are
+// open stand out. The model reads the tree in place and is reset whenever the tree changed.
+// The colour a tag is shown in; invalid for `none`.
+[[nodiscard]] QColor tagColour(project::Tag tag);
+
+class BinsTreeModel final : public QAbstractItemModel {
     Q_OBJECT
 
 public:
-    enum Column { NameColumn = 0, ClipsColumn = 1, ColumnCount = 2 };
+    enum Column { NameColumn = 0, TagColumn = 1, ModifiedColumn = 2, CreatedColumn = 3, ColumnCount = 4 };
 
-    explicit ProjectBinsModel(QObject* parent = nullptr);
+    explicit BinsTreeModel(QObject* parent = nullptr);
 
     // Shows this tree from now on; null shows nothing. The model does not own it.
     void setRoot(project::BinsTreeEntry* root);
@@ -24,8 +31,14 @@ public:
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] int columnCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+    // The node of an index; the root for an invalid one.
+    [[nodiscard]] project::BinsTreeEntry* node(const QModelIndex& index) const;
+    [[nodiscard]] QModelIndex indexOf(const project::BinsTreeEntry* node) const;
     [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation,
                                       int role = Qt::DisplayRole) const override;
+
+    // The title of each column, as the tree's orders know them.
+    static constexpr std::array<const char*, ColumnCount> headerTitles{"Bin", "Tag", "Modified", "Created"};
 
 private:
     struct Place {

@@ -1,0 +1,766 @@
+#include "main_window.h"
+
+#include "app/bin_saving.h"
+#include "app/bins_list_commands.h"
+#include "app/layout_menu.h"
+#include "bin_save_dialogs.h"
+#include "bins_list.h"
+#include "bins_tree_model.h"
+#include "boxes_area.h"
+#include "notifications_box.h"
+#include "project/bin.h"
+#include "tables/console.h"
+#include "project_metadata_window.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDesktopServices>
+#include <QFileDialog>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QScreen>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QTabWidget>
+#include <QTimer>
+#include <QToolBar>
+#include <QUrl>
+#include <QVBoxLayout>
+
+namespace lumbra::shell {
+
+namespace {
+
+QString toQt(const std::string& text) {
+    return QString::fromStdString(text);
+}
+
+std::map<std::string, MainWindowViewController::PanelFactory>& panelFactories() {
+    static std::map<std::string, MainWindowViewController::PanelFactory> factories;
+    return factories;
+}
+
+// The toolbar's tools: the name switchSubcontainer knows, the label, the icon, and what to call the
+// tool while this build lacks it.
+struct ToolSpec {
+    const char* name;
+    const char* label;
+    const char* icon;
+    const char* missing;
+};
+
+constexpr ToolSpec toolSpecs[] = {
+    {"merge", "Merge", ":/images/merge.svg", "the merge tool"},
+    {"append", "Append", ":/images/append.svg", "the append tool"},
+    {"findreplace", "Find and Replace", ":/images/find-replace.svg", "the find and replace tool"},
+    {"checkcompare", "Check and Compare", ":/images/check-compare.svg", "the check and compare tools"},
+    {"report", "Report", ":/images/report.svg", "the report presets"},
+    {"export", "Export", ":/images/export.svg", "the export presets"},
+    {"database", "Databases", ":/images/database.svg", "the database panel"},
+    {"pivot", "Pivot", ":/images/pivot.svg", "the pivot tables"},
+    {"map", "Layout Mapping", ":/images/layout-mapping.svg", "the layout mapping presets"},
+};
+
+const QString importFilter = QStringLiteral("Clip lists (*.ale *.ALE *.edl *.EDL *.csv *.CSV *.tsv *.TSV "
+                                            "*.ccc *.CCC *.mhl *.MHL *.aaf *.avb *.fcpxml *.otio);;"
+                                            "All files (*)");
+
+} // namespace
+
+// The project's questions go to the user as before; its log lines and notices come to this window.
+class MainWindowViewController::WindowInteraction final : public app::UserInteraction {
+public:
+    WindowInteraction(app::UserInteraction* inner, MainWindowViewController& window)
+        : m_inner(inner), m_window(window) {}
+
+    app::AlertAnswer alert(const app::AlertRequest& request) override {
+        if (m_inner == nullptr) {
+            return {static_cast<int>(request.buttons.empty() ? 0 : request.buttons.size() - 1), false};
+        }
+        return m_inner->alert(request);
+    }
+    std::optional<std::string> askText(const app::TextRequest& request) override {
+        return m_inner ? m_inner->askText(request) : std::nullopt;
+    }
+    std::optional<std::filesystem::path> chooseFolder(const app::FolderRequest& request) override {
+        return m_inner ? m_inner->chooseFolder(request) : std::nullopt;
+    }
+    void addLog(const std::string& text, bool notify, const std::string& title,
+                tables::NotificationType kind) override {
+        m_window.addLog(text, notify, title, kind);
+    }
+    void notify(const tables::Notifications& notifications) override {
+        m_window.m_notificationsBox->add(notifications);
+    }
+
+private:
+    app::UserInteraction* m_inner;
+    MainWindowViewController& m_window;
+};
+
+void MainWindowViewController::registerPanel(const std::string& name, PanelFactory factory) {
+    panelFactories()[name] = std::move(factory);
+}
+
+MainWindowViewController::MainWindowViewController(std::unique_ptr<project::SharedStuff> sharedstuff,
+                                                   app::AppLifecycle& lifecycle, app::AppWindows& windows,
+                                                   QWidget* parent)
+    : QMainWindow(parent), m_sharedstuff(std::move(sharedstuff)), m_lifecycle(lifecycle), m_windows(windows) {
+    setObjectName(QStringLiteral("mainwindow"));
+    setAttribute(Qt::WA_DeleteOnClose);
+    m_projectInteraction = m_sharedstuff->interaction;
+    m_interaction = std::make_unique<WindowInteraction>(m_projectInteraction, *this);
+
+    buildCentre();
+    buildToolbar();
+    buildMenus();
+
+    m_backupTimer = new QTimer(this);
+    m_backupTimer->setObjectName(QStringLiteral("backupTimer"));
+    connect(m_backupTimer, &QTimer::timeout, this, [this] { m_sharedstuff->backupTick(); });
+
+    m_sharedstuff->interaction = m_interaction.get();
+    m_sharedstuff->mainWindow = this;
+    if (std::find(m_sharedstuff->delegates.begin(), m_sharedstuff->delegates.end(), this) ==
+        m_sharedstuff->delegates.end()) {
+        m_sharedstuff->delegates.push_back(this);
+    }
+
+    statusBar();
+    resize(1280, 800);
+    refreshTitle();
+    reloadBinsLists();
+    m_sharedstuff->flushBufferedNotifications();
+}
+
+MainWindowViewController::~MainWindowViewController() {
+    // The boxes go before the project: nothing may show a bin from here on.
+    for (project::Bin* bin : m_sharedstuff->allBins()) {
+        bin->setSelected(false);
+    }
+    m_binsList->binsModel().setRoot(nullptr);
+    m_smartBinsList->binsModel().setRoot(nullptr);
+    m_backupTimer->stop();
+    m_sharedstuff->mainWindow = nullptr;
+    m_sharedstuff->interaction = m_projectInteraction;
+    std::erase(m_sharedstuff->delegates, static_cast<project::SharedStuffDelegate*>(this));
+}
+
+void MainWindowViewController::buildCentre() {
+    auto* splitter = new QSplitter(Qt::Horizontal, this);
+    splitter->setObjectName(QStringLiteral("mainSplitter"));
+    splitter->setChildrenCollapsible(false);
+
+    auto* lists = new QSplitter(Qt::Vertical, splitter);
+    lists->setChildrenCollapsible(false);
+    m_binsList = new BinsList(
+        *m_sharedstuff, [this] { return m_sharedstuff->bins.get(); }, lists);
+    m_binsList->setObjectName(QStringLiteral("binsList"));
+    m_binsList->setInstructions(tr("Right-click or \n drop files here \nto add bins"));
+    m_smartBinsList = new SmartBinsList(
+        *m_sharedstuff, [this] { return m_sharedstuff->smartbins.get(); }, lists);
+    m_smartBinsList->setObjectName(QStringLiteral("smartBinsList"));
+    m_smartBinsList->setAcceptsFiles(false);
+    lists->setStretchFactor(0, 3);
+    lists->setStretchFactor(1, 1);
+    connect(m_binsList, &BinsList::filesDropped, this,
+            [this](const QStringList& paths, project::ImportTarget target) {
+                std::vector<std::string> files;
+                for (const QString& path : paths) {
+                    files.push_back(path.toStdString());
+                }
+                addBinsFromFiles(files, target);
+            });
+    connect(m_binsList, &BinsList::importRequested, this, &MainWindowViewController::addBinFromFile);
+
+    m_boxesArea = new BoxesArea(splitter);
+    m_boxesArea->onResize = [this] {
+        tileBoxes();
+        if (m_subContainer != nullptr) {
+            m_subContainer->setGeometry(m_boxesArea->rect());
+        }
+    };
+    // In front of the boxes while a tool is open; it takes every click meant for what lies under it.
+    m_subContainer = new QWidget(m_boxesArea);
+    m_subContainer->setObjectName(QStringLiteral("subContainer"));
+    m_subContainer->setAutoFillBackground(true);
+    auto* subLayout = new QVBoxLayout(m_subContainer);
+    subLayout->setContentsMargins(0, 0, 0, 0);
+    m_subContainer->hide();
+
+    m_logTabView = new QTabWidget(splitter);
+    m_logTabView->setObjectName(QStringLiteral("logTabView"));
+    m_logTabView->setDocumentMode(true);
+    m_notificationsBox = new NotificationsBox(m_logTabView);
+    m_logTextView = new QPlainTextEdit(m_logTabView);
+    m_logTextView->setObjectName(QStringLiteral("logTextView"));
+    m_logTextView->setReadOnly(true);
+    m_logTextView->setLineWrapMode(QPlainTextEdit::NoWrap);
+    m_logTextView->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    m_logTabView->addTab(m_notificationsBox, tr("Notifications"));
+    m_logTabView->addTab(m_logTextView, tr("Log"));
+
+    splitter->addWidget(lists);
+    splitter->addWidget(m_boxesArea);
+    splitter->addWidget(m_logTabView);
+    splitter->setStretchFactor(0, 0);
+    splitter->setStretchFactor(1, 1);
+    splitter->setStretchFactor(2, 0);
+    splitter->setSizes({300, 700, 280});
+    setCentralWidget(splitter);
+
+    m_fogView = new QWidget(this);
+    m_fogView->setObjectName(QStringLiteral("fogView"));
+    m_fogView->setStyleSheet(QStringLiteral("background: rgba(0, 0, 0, 60);"));
+    m_fogView->hide();
+}
+
+void MainWindowViewController::buildToolbar() {
+    QToolBar* bar = addToolBar(tr("Tools"));
+    bar->setObjectName(QStringLiteral("toolbar"));
+    bar->setMovable(false);
+    bar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    bar->setIconSize(QSize(24, 24));
+
+    m_homeAction = bar->addAction(QIcon(QStringLiteral(":/images/home.svg")), tr("Bins"));
+    m_homeAction->setObjectName(QStringLiteral("homeButton"));
+    m_homeAction->setToolTip(tr("Show the open bins"));
+    m_homeAction->setCheckable(true);
+    connect(m_homeAction, &QAction::triggered, this, [this] { switchSubcontainer(""); });
+    bar->addSeparator();
+
+    for (const ToolSpec& spec : toolSpecs) {
+        QAction* action = bar->addAction(QIcon(QString::fromLatin1(spec.icon)), tr(spec.label));
+        action->setObjectName(QString::fromLatin1(spec.name) + QStringLiteral("Button"));
+        action->setCheckable(true);
+        const std::string name = spec.name;
+        connect(action, &QAction::triggered, this, [this, name] { switchSubcontainer(name); });
+        m_toolButtons.push_back({name, action});
+        if (std::string_view(spec.name) == "checkcompare" || std::string_view(spec.name) == "database") {
+            bar->addSeparator();
+        }
+    }
+    bar->addSeparator();
+
+    QAction* newGroup = bar->addAction(QIcon(QStringLiteral(":/images/new-group.svg")), tr("New Group"));
+    newGroup->setObjectName(QStringLiteral("newBinGroupButton"));
+    connect(newGroup, &QAction::triggered, this, [this] {
+        app::addGroup(*m_sharedstuff, *m_sharedstuff->bins, m_binsList->targetAt(m_binsList->currentIndex()));
+    });
+    QAction* newBin = bar->addAction(QIcon(QStringLiteral(":/images/new-bin.svg")), tr("New Bin"));
+    newBin->setObjectName(QStringLiteral("newBinButton"));
+    connect(newBin, &QAction::triggered, this, [this] {
+        app::createEmptyBin(*m_sharedstuff, m_binsList->targetAt(m_binsList->currentIndex()));
+    });
+    QAction* newSmartBin =
+        bar->addAction(QIcon(QStringLiteral(":/images/new-smartbin.svg")), tr("New SmartBin"));
+    newSmartBin->setObjectName(QStringLiteral("newSmartBinButton"));
+    newSmartBin->setEnabled(false);
+    newSmartBin->setToolTip(tr("New SmartBin: the smart bin creator is not in this version yet"));
+    updateToolButtons();
+}
+
+void MainWindowViewController::updateToolButtons() {
+    const auto& factories = panelFactories();
+    for (const ToolButton& button : m_toolButtons) {
+        const bool available = factories.contains(button.name);
+        button.action->setEnabled(available);
+        button.action->setChecked(button.name == m_currentSubcontainer);
+        for (const ToolSpec& spec : toolSpecs) {
+            if (button.name == spec.name) {
+                button.action->setToolTip(
+                    available
+                        ? tr(spec.label)
+                        : tr("%1: %2 is not in this version yet").arg(tr(spec.label), tr(spec.missing)));
+            }
+        }
+    }
+    m_homeAction->setChecked(m_currentSubcontainer.empty());
+}
+
+void MainWindowViewController::buildMenus() {
+    QMenu* file = menuBar()->addMenu(tr("&File"));
+    QAction* import =
+        file->addAction(QIcon::fromTheme(QStringLiteral("document-open")), tr("&Import Files…"));
+    import->setObjectName(QStringLiteral("importAction"));
+    import->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_I));
+    connect(import, &QAction::triggered, this, [this] { addBinFromFile(); });
+    file->addSeparator();
+    QAction* saveAction = file->addAction(QIcon::fromTheme(QStringLiteral("document-save")), tr("&Save"));
+    saveAction->setObjectName(QStringLiteral("saveAction"));
+    saveAction->setShortcut(QKeySequence::Save);
+    connect(saveAction, &QAction::triggered, this, &MainWindowViewController::saveProject);
+    QAction* copy =
+        file->addAction(QIcon::fromTheme(QStringLiteral("document-save-as")), tr("Save a &Copy…"));
+    copy->setObjectName(QStringLiteral("saveCopyAction"));
+    copy->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
+    connect(copy, &QAction::triggered, this, &MainWindowViewController::saveAProjectCopy);
+    QAction* zip = file->addAction(tr("Save as &ZIP Archive…"));
+    zip->setObjectName(QStringLiteral("saveZipAction"));
+    connect(zip, &QAction::triggered, this, &MainWindowViewController::saveProjectAsZip);
+    file->addSeparator();
+    QAction* metadata =
+        file->addAction(QIcon::fromTheme(QStringLiteral("document-properties")), tr("Project &Metadata…"));
+    metadata->setObjectName(QStringLiteral("projectMetadataAction"));
+    connect(metadata, &QAction::triggered, this, &MainWindowViewController::openProjectMetadataWindow);
+    QAction* folder =
+        file->addAction(QIcon::fromTheme(QStringLiteral("folder-open")), tr("Show Project &Folder"));
+    connect(folder, &QAction::triggered, this, &MainWindowViewController::showProjectInFileManager);
+    file->addSeparator();
+    QAction* close = file->addAction(QIcon::fromTheme(QStringLiteral("window-close")), tr("&Close Project"));
+    close->setObjectName(QStringLiteral("closeProjectAction"));
+    close->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
+    connect(close, &QAction::triggered, this, &MainWindowViewController::closeProject);
+    QAction* quit = file->addAction(QIcon::fromTheme(QStringLiteral("application-exit")), tr("&Quit"));
+    quit->setObjectName(QStringLiteral("quitAction"));
+    quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    quit->setMenuRole(QAction::QuitRole);
+    connect(quit, &QAction::triggered, this, &MainWindowViewController::terminate);
+
+    QMenu* bins = menuBar()->addMenu(tr("&Bin"));
+    QAction* newBin = bins->addAction(QIcon(QStringLiteral(":/images/new-bin.svg")), tr("&New Bin"));
+    newBin->setShortcut(QKeySequence::New);
+    connect(newBin, &QAction::triggered, this, [this] {
+        app::createEmptyBin(*m_sharedstuff, m_binsList->targetAt(m_binsList->currentIndex()));
+    });
+    QAction* newGroup = bins->addAction(QIcon(QStringLiteral(":/images/new-group.svg")), tr("New &Group"));
+    newGroup->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N));
+    connect(newGroup, &QAction::triggered, this, [this] {
+        app::addGroup(*m_sharedstuff, *m_sharedstuff->bins, m_binsList->targetAt(m_binsList->currentIndex()));
+    });
+    bins->addSeparator();
+    QAction* open = bins->addAction(tr("&Open Selected Bins"));
+    open->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
+    connect(open, &QAction::triggered, this,
+            [this] { app::setBinsOpen(*m_sharedstuff, m_binsList->selectedNodes(), true); });
+    QAction* closeBins = bins->addAction(tr("C&lose Selected Bins"));
+    closeBins->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_W));
+    connect(closeBins, &QAction::triggered, this,
+            [this] { app::setBinsOpen(*m_sharedstuff, m_binsList->selectedNodes(), false); });
+    bins->addAction(tr("Open &All Bins"), this,
+                    [this] { app::setBinsOpen(*m_sharedstuff, {m_sharedstuff->bins.get()}, true); });
+    bins->addAction(tr("Close All Bins"), this, [this] {
+        app::setBinsOpen(*m_sharedstuff, {m_sharedstuff->bins.get(), m_sharedstuff->smartbins.get()}, false);
+    });
+    bins->addSeparator();
+    QAction* saveAle = bins->addAction(tr("Save Bin as &ALE…"));
+    saveAle->setObjectName(QStringLiteral("saveBinAction"));
+    saveAle->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_E));
+    connect(saveAle, &QAction::triggered, this, &MainWindowViewController::saveBinAsALE);
+    QAction* saveCsv = bins->addAction(tr("Save Bin as &CSV…"));
+    saveCsv->setObjectName(QStringLiteral("saveCSVAction"));
+    connect(saveCsv, &QAction::triggered, this, &MainWindowViewController::saveBinAsCSV);
+
+    QMenu* layouts = menuBar()->addMenu(tr("&Layout"));
+    QMenu* setDefault = layouts->addMenu(tr("Set as &Default"));
+    setDefault->setObjectName(QStringLiteral("menuSetAsDefault"));
+    connect(setDefault, &QMenu::aboutToShow, this, [this, setDefault] { fillLayoutMenu(setDefault, true); });
+    QMenu* applyToAll = layouts->addMenu(tr("&Apply to Open Bins"));
+    applyToAll->setObjectName(QStringLiteral("menuApplyToAll"));
+    connect(applyToAll, &QMenu::aboutToShow, this, [this, applyToAll] { fillLayoutMenu(applyToAll, false); });
+
+    QMenu* view = menuBar()->addMenu(tr("&View"));
+    view->addAction(m_homeAction);
+    m_viewModeAction =
+        view->addAction(QIcon(QStringLiteral(":/images/view-one.svg")), tr("Show &Only the Active Bin"));
+    m_viewModeAction->setObjectName(QStringLiteral("viewModeAction"));
+    m_viewModeAction->setCheckable(true);
+    m_viewModeAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Backslash));
+    connect(m_viewModeAction, &QAction::triggered, this,
+            [this](bool one) { setViewMode(one ? app::ViewMode::onlyone : app::ViewMode::multiple); });
+    QMenu* tiling = view->addMenu(QIcon(QStringLiteral(":/images/view-all.svg")), tr("&Tiling"));
+    m_multiViewGroup = new QActionGroup(this);
+    const std::pair<const char*, int> tilings[] = {
+        {"&Standard", 0}, {"&Portrait (Side by Side)", 1}, {"&Landscape (Stacked)", 2}};
+    for (const auto& [label, tag] : tilings) {
+        QAction* action = tiling->addAction(tr(label));
+        action->setCheckable(true);
+        action->setData(tag);
+        action->setChecked(tag == 0);
+        action->setObjectName(QStringLiteral("multiViewMode%1").arg(tag));
+        m_multiViewGroup->addAction(action);
+        connect(action, &QAction::triggered, this,
+                [this, tag] { setMultiViewMode(app::multiViewModeForTag(tag)); });
+    }
+    m_gangAction = view->addAction(QIcon(QStringLiteral(":/images/gang.svg")), tr("&Gang Scrolling"));
+    m_gangAction->setObjectName(QStringLiteral("gangAction"));
+    m_gangAction->setCheckable(true);
+    m_gangAction->setChecked(m_sharedstuff->gang);
+    connect(m_gangAction, &QAction::toggled, this, [this](bool on) { m_sharedstuff->gang = on; });
+    view->addSeparator();
+    view->addAction(tr("&Notifications"), this, [this] { m_logTabView->setCurrentIndex(0); });
+    view->addAction(tr("&Log"), this, [this] { m_logTabView->setCurrentIndex(1); });
+    view->addSeparator();
+    QAction* maximize = view->addAction(tr("&Maximize"));
+    connect(maximize, &QAction::triggered, this, [this] { setGeometry(screen()->availableGeometry()); });
+
+    QMenu* tools = menuBar()->addMenu(tr("&Tools"));
+    for (const ToolButton& button : m_toolButtons) {
+        tools->addAction(button.action);
+    }
+}
+
+void MainWindowViewController::fillLayoutMenu(QMenu* menu, bool setDefault) {
+    menu->clear();
+    for (const app::LayoutMenuItem& item : app::layoutMenuItems(*m_sharedstuff)) {
+        const std::shared_ptr<tables::ColumnsLayout> layout = item.layout;
+        menu->addAction(toQt(item.title), this, [this, layout, setDefault] {
+            if (setDefault) {
+                app::setDefaultLayout(*m_sharedstuff, *layout);
+            } else {
+                app::applyLayoutToOpenBins(*m_sharedstuff, layout);
+            }
+        });
+    }
+}
+
+QWidget* MainWindowViewController::boxesView() const noexcept {
+    return m_boxesArea;
+}
+
+void MainWindowViewController::addLog(const std::string& text, bool notify, const std::string& title,
+                                      tables::NotificationType kind) {
+    tables::printLine(text);
+    m_log.add(text);
+    m_logTextView->setPlainText(toQt(m_log.text()));
+    if (notify) {
+        m_notificationsBox->add({app::logNotification(text, title, kind)});
+    }
+}
+
+project::BinImportResult MainWindowViewController::addBinsFromFiles(const std::vector<std::string>& paths,
+                                                                    project::ImportTarget target) {
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    project::BinImportResult result = project::addBinsFromFiles(*m_sharedstuff, paths, target);
+    QApplication::restoreOverrideCursor();
+    reloadBinsLists();
+    return result;
+}
+
+void MainWindowViewController::addBinFromFile(project::ImportTarget target) {
+    setFog(true);
+    const QStringList files =
+        QFileDialog::getOpenFileNames(this, tr("Select files"), QString(), importFilter);
+    setFog(false);
+    if (files.isEmpty()) {
+        return;
+    }
+    std::vector<std::string> paths;
+    for (const QString& file : files) {
+        paths.push_back(file.toStdString());
+    }
+    addBinsFromFiles(paths, target);
+}
+
+void MainWindowViewController::switchSubcontainer(const std::string& name) {
+    const std::string wanted = name == m_currentSubcontainer ? std::string() : name;
+    if (m_panel) {
+        m_panel->deleteLater();
+        m_panel = nullptr;
+    }
+    m_subContainer->hide();
+    m_currentSubcontainer.clear();
+    const auto factory = panelFactories().find(wanted);
+    if (wanted.empty() || factory == panelFactories().end()) {
+        m_binsList->setAcceptsFiles(true);
+        updateToolButtons();
+        reloadBinsLists();
+        refreshOpenBoxes();
+        return;
+    }
+    m_panel = factory->second(*m_sharedstuff, m_subContainer);
+    m_subContainer->layout()->addWidget(m_panel);
+    m_subContainer->setGeometry(m_boxesArea->rect());
+    m_subContainer->show();
+    m_subContainer->raise();
+    m_currentSubcontainer = wanted;
+    m_binsList->setAcceptsFiles(false);
+    updateToolButtons();
+    refreshOpenBoxes();
+}
+
+void MainWindowViewController::tileBoxes() {
+    m_tilePending = false;
+    std::vector<QWidget*> shown;
+    std::vector<project::Bin*> open;
+    for (project::Bin* bin : m_sharedstuff->openBins()) {
+        if (bin->selected()) {
+            open.push_back(bin);
+        }
+    }
+    const QRect area = m_boxesArea->rect();
+    auto boxOf = [](project::Bin* bin) { return dynamic_cast<QWidget*>(bin->box()); };
+    if (m_viewMode == app::ViewMode::onlyone) {
+        project::Bin* active = m_sharedstuff->activeBin;
+        if (active != nullptr && active->selected()) {
+            if (QWidget* box = boxOf(active)) {
+                box->setGeometry(area);
+                shown.push_back(box);
+                box->setFocus();
+            }
+        }
+    } else {
+        const auto frames = app::tileFrames(open.size(), area.width(), area.height(), m_multiViewMode);
+        for (std::size_t i = 0; i < open.size(); ++i) {
+            if (QWidget* box = boxOf(open[i])) {
+                const app::BoxFrame& f = frames[i];
+                box->setGeometry(QRectF(f.x, f.y, f.width, f.height).toRect());
+                shown.push_back(box);
+            }
+        }
+    }
+    for (QWidget* child : m_boxesArea->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+        if (child == m_subContainer) {
+            continue;
+        }
+        child->setVisible(std::find(shown.begin(), shown.end(), child) != shown.end());
+    }
+    if (m_subContainer->isVisible()) {
+        m_subContainer->raise();
+    }
+}
+
+void MainWindowViewController::setViewMode(app::ViewMode mode) {
+    m_viewMode = mode;
+    m_viewModeAction->setChecked(mode == app::ViewMode::onlyone);
+    reloadBinsLists();
+}
+
+void MainWindowViewController::setMultiViewMode(app::MultiViewMode mode) {
+    m_multiViewMode = mode;
+    const int tag = mode == app::MultiViewMode::portrait ? 1 : mode == app::MultiViewMode::landscape ? 2 : 0;
+    for (QAction* action : m_multiViewGroup->actions()) {
+        action->setChecked(action->data().toInt() == tag);
+    }
+    reloadBinsLists();
+}
+
+std::string MainWindowViewController::projectName() const {
+    return m_sharedstuff->projectName.value_or(std::string());
+}
+
+bool MainWindowViewController::save() {
+    return m_sharedstuff->save();
+}
+
+void MainWindowViewController::setPythonFlags(app::PythonFlags flags) {
+    m_sharedstuff->usePython = flags.usePython;
+    m_sharedstuff->installedOTIO = flags.installedOTIO;
+}
+
+void MainWindowViewController::reloadBinsLists() {
+    refreshTitle();
+    m_binsList->reload();
+    m_smartBinsList->reload();
+    tileBoxes();
+}
+
+void MainWindowViewController::refreshOpenBoxes() {
+    for (project::Bin* bin : m_sharedstuff->openBins()) {
+        if (bin->selected() && bin->box() != nullptr) {
+            bin->box()->refresh();
+        }
+    }
+}
+
+void MainWindowViewController::refreshTitle() {
+    setWindowTitle(tr("Lumbra (%1) - %2").arg(QCoreApplication::applicationVersion(), toQt(projectName())));
+    setWindowFilePath(toQt(m_sharedstuff->projectPath().value_or(std::string())));
+}
+
+void MainWindowViewController::backupTimerChanged() {
+    if (!m_sharedstuff->timer.valid || m_sharedstuff->timer.intervalSeconds <= 0.0) {
+        m_backupTimer->stop();
+        return;
+    }
+    m_backupTimer->start(static_cast<int>(m_sharedstuff->timer.intervalSeconds * 1000.0));
+}
+
+void MainWindowViewController::setFog(bool shown) {
+    m_fogView->setGeometry(rect());
+    m_fogView->setVisible(shown);
+    if (shown) {
+        m_fogView->raise();
+    }
+}
+
+std::unique_ptr<project::BinBoxLink> MainWindowViewController::makeBox(project::Bin&) {
+    return nullptr;
+}
+
+void MainWindowViewController::showBox(project::Bin&, bool) {
+    // Several bins open or close in one command; they are laid out once it is over.
+    if (!m_tilePending) {
+        m_tilePending = true;
+        QTimer::singleShot(0, this, [this] {
+            if (m_tilePending) {
+                tileBoxes();
+            }
+        });
+    }
+}
+
+void MainWindowViewController::saveProject() {
+    const std::string path = m_sharedstuff->projectPath().value_or(std::string());
+    m_sharedstuff->addLog("Saving project to " + path, false, "", tables::NotificationType::OK);
+    if (!m_sharedstuff->save()) {
+        m_sharedstuff->addLog("ERROR while saving", true, "Not Saved", tables::NotificationType::KO);
+        return;
+    }
+    m_sharedstuff->addLog("Project saved to " + path, true, "Saved", tables::NotificationType::OK);
+    m_sharedstuff->something_to_save = false;
+}
+
+namespace {
+
+// The copy and the archive ask for the parent folder the same way and log the same way.
+void saveUnderChosenFolder(project::SharedStuff& sharedstuff,
+                           bool (project::SharedStuff::*write)(const std::string&, std::string*)) {
+    app::FolderRequest request;
+    request.title = "Select parent folder where to save the project";
+    request.message = "Select parent folder where to save the project";
+    request.startFolder = sharedstuff.currentFolder.value_or(std::string());
+    if (sharedstuff.mainWindow != nullptr) {
+        sharedstuff.mainWindow->setFog(true);
+    }
+    const auto folder =
+        sharedstuff.interaction ? sharedstuff.interaction->chooseFolder(request) : std::nullopt;
+    if (sharedstuff.mainWindow != nullptr) {
+        sharedstuff.mainWindow->setFog(false);
+    }
+    if (!folder) {
+        return;
+    }
+    std::string path;
+    if ((sharedstuff.*write)(folder->string(), &path)) {
+        sharedstuff.addLog("Successfully saved to " + path, true, "", tables::NotificationType::OK);
+    } else {
+        sharedstuff.addLog("Error while saving to " + (path.empty() ? folder->string() : path), true, "",
+                           tables::NotificationType::KO);
+    }
+}
+
+} // namespace
+
+void MainWindowViewController::saveAProjectCopy() {
+    saveUnderChosenFolder(*m_sharedstuff, &project::SharedStuff::saveCopy);
+}
+
+void MainWindowViewController::saveProjectAsZip() {
+    saveUnderChosenFolder(*m_sharedstuff, &project::SharedStuff::saveCompressed);
+}
+
+project::Bin* MainWindowViewController::commandBin() const {
+    for (project::BinsTreeEntry* node : m_binsList->selectedNodes()) {
+        if (node->bin != nullptr) {
+            return node->bin.get();
+        }
+    }
+    return m_sharedstuff->activeBin;
+}
+
+void MainWindowViewController::saveBinAsALE() {
+    project::Bin* bin = commandBin();
+    if (bin == nullptr || bin->table() == nullptr) {
+        return;
+    }
+    m_sharedstuff->addLog("Saving bin " + bin->table()->tablename, false, "", tables::NotificationType::OK);
+    setFog(true);
+    const BinSaveChoice choice =
+        askAleSavePath(this, toQt(bin->table()->tablename), m_sharedstuff->film_format.has_value(),
+                       m_sharedstuff->saving_film_format);
+    setFog(false);
+    if (choice.filmFormat) {
+        m_sharedstuff->saving_film_format = *choice.filmFormat;
+    }
+    if (!choice.path) {
+        app::logChooserFailure(*m_sharedstuff, choice.cancelled);
+        return;
+    }
+    app::saveBinAsALE(*m_sharedstuff, *bin, choice.path->toStdString());
+}
+
+void MainWindowViewController::saveBinAsCSV() {
+    project::Bin* bin = commandBin();
+    if (bin == nullptr || bin->table() == nullptr) {
+        return;
+    }
+    m_sharedstuff->addLog("Saving bin " + bin->table()->tablename, false, "", tables::NotificationType::OK);
+    setFog(true);
+    const BinSaveChoice choice = askCsvSavePath(this, toQt(bin->table()->tablename),
+                                                toQt(app::rememberedCsvSeparator(*m_sharedstuff)));
+    setFog(false);
+    if (choice.separatorTitle) {
+        m_sharedstuff->options["csvSeparator"] = choice.separatorTitle->toStdString();
+    }
+    if (!choice.path) {
+        app::logChooserFailure(*m_sharedstuff, choice.cancelled);
+        return;
+    }
+    app::saveBinAsCSV(*m_sharedstuff, *bin, choice.path->toStdString(),
+                      app::rememberedCsvSeparator(*m_sharedstuff), choice.exportHeaders);
+}
+
+void MainWindowViewController::openProjectMetadataWindow() {
+    if (m_projectInteraction == nullptr) {
+        return;
+    }
+    ProjectMetadataWindow window(*m_sharedstuff, *m_projectInteraction, this);
+    if (window.exec() == QDialog::Accepted) {
+        m_sharedstuff->projectChanged();
+    }
+}
+
+void MainWindowViewController::showProjectInFileManager() {
+    if (const auto path = m_sharedstuff->projectPath()) {
+        QDesktopServices::openUrl(QUrl::fromLocalFile(toQt(*path)));
+    }
+}
+
+void MainWindowViewController::closeProject() {
+    close();
+}
+
+void MainWindowViewController::terminate() {
+    if (m_lifecycle.terminateFromProjectWindow(*this)) {
+        QCoreApplication::quit();
+    }
+}
+
+void MainWindowViewController::showEvent(QShowEvent* event) {
+    QMainWindow::showEvent(event);
+    if (!m_shownOnce) {
+        m_shownOnce = true;
+        m_sharedstuff->restartBackupTimer();
+        tileBoxes();
+    }
+}
+
+void MainWindowViewController::closeEvent(QCloseEvent* event) {
+    // Windows that an allowed quit closes go without a second question.
+    if (m_lifecycle.terminating()) {
+        event->accept();
+        return;
+    }
+    if (!m_lifecycle.confirmProjectClose(*this)) {
+        event->ignore();
+        return;
+    }
+    m_backupTimer->stop();
+    event->accept();
+    // A Linux program with no window left is gone, so a closed project hands over to the chooser.
+    if (m_windows.windowCount() <= 1) {
+        m_windows.openProjectChooser();
+    }
+}
+
+bool MainWindowViewController::event(QEvent* event) {
+    if (event->type() == QEvent::WindowActivate) {
+        m_lifecycle.projectWindowBecameKey(*this);
+    }
+    return QMainWindow::event(event);
+}
+
+} // namespace lumbra::shell
