@@ -9,8 +9,8 @@
 #include "boxes_area.h"
 #include "notifications_box.h"
 #include "project/bin.h"
-#include "tables/console.h"
 #include "project_metadata_window.h"
+#include "tables/console.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -36,32 +36,6 @@ namespace {
 QString toQt(const std::string& text) {
     return QString::fromStdString(text);
 }
-
-std::map<std::string, MainWindowViewController::PanelFactory>& panelFactories() {
-    static std::map<std::string, MainWindowViewController::PanelFactory> factories;
-    return factories;
-}
-
-// The toolbar's tools: the name switchSubcontainer knows, the label, the icon, and what to call the
-// tool while this build lacks it.
-struct ToolSpec {
-    const char* name;
-    const char* label;
-    const char* icon;
-    const char* missing;
-};
-
-constexpr ToolSpec toolSpecs[] = {
-    {"merge", "Merge", ":/images/merge.svg", "the merge tool"},
-    {"append", "Append", ":/images/append.svg", "the append tool"},
-    {"findreplace", "Find and Replace", ":/images/find-replace.svg", "the find and replace tool"},
-    {"checkcompare", "Check and Compare", ":/images/check-compare.svg", "the check and compare tools"},
-    {"report", "Report", ":/images/report.svg", "the report presets"},
-    {"export", "Export", ":/images/export.svg", "the export presets"},
-    {"database", "Databases", ":/images/database.svg", "the database panel"},
-    {"pivot", "Pivot", ":/images/pivot.svg", "the pivot tables"},
-    {"map", "Layout Mapping", ":/images/layout-mapping.svg", "the layout mapping presets"},
-};
 
 const QString importFilter = QStringLiteral("Clip lists (*.ale *.ALE *.edl *.EDL *.csv *.CSV *.tsv *.TSV "
                                             "*.ccc *.CCC *.mhl *.MHL *.aaf *.avb *.fcpxml *.otio);;"
@@ -99,10 +73,6 @@ private:
     app::UserInteraction* m_inner;
     MainWindowViewController& m_window;
 };
-
-void MainWindowViewController::registerPanel(const std::string& name, PanelFactory factory) {
-    panelFactories()[name] = std::move(factory);
-}
 
 MainWindowViewController::MainWindowViewController(std::unique_ptr<project::SharedStuff> sharedstuff,
                                                    app::AppLifecycle& lifecycle, app::AppWindows& windows,
@@ -217,205 +187,6 @@ void MainWindowViewController::buildCentre() {
     m_fogView->hide();
 }
 
-void MainWindowViewController::buildToolbar() {
-    QToolBar* bar = addToolBar(tr("Tools"));
-    bar->setObjectName(QStringLiteral("toolbar"));
-    bar->setMovable(false);
-    bar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
-    bar->setIconSize(QSize(24, 24));
-
-    m_homeAction = bar->addAction(QIcon(QStringLiteral(":/images/home.svg")), tr("Bins"));
-    m_homeAction->setObjectName(QStringLiteral("homeButton"));
-    m_homeAction->setToolTip(tr("Show the open bins"));
-    m_homeAction->setCheckable(true);
-    connect(m_homeAction, &QAction::triggered, this, [this] { switchSubcontainer(""); });
-    bar->addSeparator();
-
-    for (const ToolSpec& spec : toolSpecs) {
-        QAction* action = bar->addAction(QIcon(QString::fromLatin1(spec.icon)), tr(spec.label));
-        action->setObjectName(QString::fromLatin1(spec.name) + QStringLiteral("Button"));
-        action->setCheckable(true);
-        const std::string name = spec.name;
-        connect(action, &QAction::triggered, this, [this, name] { switchSubcontainer(name); });
-        m_toolButtons.push_back({name, action});
-        if (std::string_view(spec.name) == "checkcompare" || std::string_view(spec.name) == "database") {
-            bar->addSeparator();
-        }
-    }
-    bar->addSeparator();
-
-    QAction* newGroup = bar->addAction(QIcon(QStringLiteral(":/images/new-group.svg")), tr("New Group"));
-    newGroup->setObjectName(QStringLiteral("newBinGroupButton"));
-    connect(newGroup, &QAction::triggered, this, [this] {
-        app::addGroup(*m_sharedstuff, *m_sharedstuff->bins, m_binsList->targetAt(m_binsList->currentIndex()));
-    });
-    QAction* newBin = bar->addAction(QIcon(QStringLiteral(":/images/new-bin.svg")), tr("New Bin"));
-    newBin->setObjectName(QStringLiteral("newBinButton"));
-    connect(newBin, &QAction::triggered, this, [this] {
-        app::createEmptyBin(*m_sharedstuff, m_binsList->targetAt(m_binsList->currentIndex()));
-    });
-    QAction* newSmartBin =
-        bar->addAction(QIcon(QStringLiteral(":/images/new-smartbin.svg")), tr("New SmartBin"));
-    newSmartBin->setObjectName(QStringLiteral("newSmartBinButton"));
-    newSmartBin->setEnabled(false);
-    newSmartBin->setToolTip(tr("New SmartBin: the smart bin creator is not in this version yet"));
-    updateToolButtons();
-}
-
-void MainWindowViewController::updateToolButtons() {
-    const auto& factories = panelFactories();
-    for (const ToolButton& button : m_toolButtons) {
-        const bool available = factories.contains(button.name);
-        button.action->setEnabled(available);
-        button.action->setChecked(button.name == m_currentSubcontainer);
-        for (const ToolSpec& spec : toolSpecs) {
-            if (button.name == spec.name) {
-                button.action->setToolTip(
-                    available
-                        ? tr(spec.label)
-                        : tr("%1: %2 is not in this version yet").arg(tr(spec.label), tr(spec.missing)));
-            }
-        }
-    }
-    m_homeAction->setChecked(m_currentSubcontainer.empty());
-}
-
-void MainWindowViewController::buildMenus() {
-    QMenu* file = menuBar()->addMenu(tr("&File"));
-    QAction* import =
-        file->addAction(QIcon::fromTheme(QStringLiteral("document-open")), tr("&Import Files…"));
-    import->setObjectName(QStringLiteral("importAction"));
-    import->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_I));
-    connect(import, &QAction::triggered, this, [this] { addBinFromFile(); });
-    file->addSeparator();
-    QAction* saveAction = file->addAction(QIcon::fromTheme(QStringLiteral("document-save")), tr("&Save"));
-    saveAction->setObjectName(QStringLiteral("saveAction"));
-    saveAction->setShortcut(QKeySequence::Save);
-    connect(saveAction, &QAction::triggered, this, &MainWindowViewController::saveProject);
-    QAction* copy =
-        file->addAction(QIcon::fromTheme(QStringLiteral("document-save-as")), tr("Save a &Copy…"));
-    copy->setObjectName(QStringLiteral("saveCopyAction"));
-    copy->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
-    connect(copy, &QAction::triggered, this, &MainWindowViewController::saveAProjectCopy);
-    QAction* zip = file->addAction(tr("Save as &ZIP Archive…"));
-    zip->setObjectName(QStringLiteral("saveZipAction"));
-    connect(zip, &QAction::triggered, this, &MainWindowViewController::saveProjectAsZip);
-    file->addSeparator();
-    QAction* metadata =
-        file->addAction(QIcon::fromTheme(QStringLiteral("document-properties")), tr("Project &Metadata…"));
-    metadata->setObjectName(QStringLiteral("projectMetadataAction"));
-    connect(metadata, &QAction::triggered, this, &MainWindowViewController::openProjectMetadataWindow);
-    QAction* folder =
-        file->addAction(QIcon::fromTheme(QStringLiteral("folder-open")), tr("Show Project &Folder"));
-    connect(folder, &QAction::triggered, this, &MainWindowViewController::showProjectInFileManager);
-    file->addSeparator();
-    QAction* close = file->addAction(QIcon::fromTheme(QStringLiteral("window-close")), tr("&Close Project"));
-    close->setObjectName(QStringLiteral("closeProjectAction"));
-    close->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
-    connect(close, &QAction::triggered, this, &MainWindowViewController::closeProject);
-    QAction* quit = file->addAction(QIcon::fromTheme(QStringLiteral("application-exit")), tr("&Quit"));
-    quit->setObjectName(QStringLiteral("quitAction"));
-    quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
-    quit->setMenuRole(QAction::QuitRole);
-    connect(quit, &QAction::triggered, this, &MainWindowViewController::terminate);
-
-    QMenu* bins = menuBar()->addMenu(tr("&Bin"));
-    QAction* newBin = bins->addAction(QIcon(QStringLiteral(":/images/new-bin.svg")), tr("&New Bin"));
-    newBin->setShortcut(QKeySequence::New);
-    connect(newBin, &QAction::triggered, this, [this] {
-        app::createEmptyBin(*m_sharedstuff, m_binsList->targetAt(m_binsList->currentIndex()));
-    });
-    QAction* newGroup = bins->addAction(QIcon(QStringLiteral(":/images/new-group.svg")), tr("New &Group"));
-    newGroup->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N));
-    connect(newGroup, &QAction::triggered, this, [this] {
-        app::addGroup(*m_sharedstuff, *m_sharedstuff->bins, m_binsList->targetAt(m_binsList->currentIndex()));
-    });
-    bins->addSeparator();
-    QAction* open = bins->addAction(tr("&Open Selected Bins"));
-    open->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
-    connect(open, &QAction::triggered, this,
-            [this] { app::setBinsOpen(*m_sharedstuff, m_binsList->selectedNodes(), true); });
-    QAction* closeBins = bins->addAction(tr("C&lose Selected Bins"));
-    closeBins->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_W));
-    connect(closeBins, &QAction::triggered, this,
-            [this] { app::setBinsOpen(*m_sharedstuff, m_binsList->selectedNodes(), false); });
-    bins->addAction(tr("Open &All Bins"), this,
-                    [this] { app::setBinsOpen(*m_sharedstuff, {m_sharedstuff->bins.get()}, true); });
-    bins->addAction(tr("Close All Bins"), this, [this] {
-        app::setBinsOpen(*m_sharedstuff, {m_sharedstuff->bins.get(), m_sharedstuff->smartbins.get()}, false);
-    });
-    bins->addSeparator();
-    QAction* saveAle = bins->addAction(tr("Save Bin as &ALE…"));
-    saveAle->setObjectName(QStringLiteral("saveBinAction"));
-    saveAle->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_E));
-    connect(saveAle, &QAction::triggered, this, &MainWindowViewController::saveBinAsALE);
-    QAction* saveCsv = bins->addAction(tr("Save Bin as &CSV…"));
-    saveCsv->setObjectName(QStringLiteral("saveCSVAction"));
-    connect(saveCsv, &QAction::triggered, this, &MainWindowViewController::saveBinAsCSV);
-
-    QMenu* layouts = menuBar()->addMenu(tr("&Layout"));
-    QMenu* setDefault = layouts->addMenu(tr("Set as &Default"));
-    setDefault->setObjectName(QStringLiteral("menuSetAsDefault"));
-    connect(setDefault, &QMenu::aboutToShow, this, [this, setDefault] { fillLayoutMenu(setDefault, true); });
-    QMenu* applyToAll = layouts->addMenu(tr("&Apply to Open Bins"));
-    applyToAll->setObjectName(QStringLiteral("menuApplyToAll"));
-    connect(applyToAll, &QMenu::aboutToShow, this, [this, applyToAll] { fillLayoutMenu(applyToAll, false); });
-
-    QMenu* view = menuBar()->addMenu(tr("&View"));
-    view->addAction(m_homeAction);
-    m_viewModeAction =
-        view->addAction(QIcon(QStringLiteral(":/images/view-one.svg")), tr("Show &Only the Active Bin"));
-    m_viewModeAction->setObjectName(QStringLiteral("viewModeAction"));
-    m_viewModeAction->setCheckable(true);
-    m_viewModeAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Backslash));
-    connect(m_viewModeAction, &QAction::triggered, this,
-            [this](bool one) { setViewMode(one ? app::ViewMode::onlyone : app::ViewMode::multiple); });
-    QMenu* tiling = view->addMenu(QIcon(QStringLiteral(":/images/view-all.svg")), tr("&Tiling"));
-    m_multiViewGroup = new QActionGroup(this);
-    const std::pair<const char*, int> tilings[] = {
-        {"&Standard", 0}, {"&Portrait (Side by Side)", 1}, {"&Landscape (Stacked)", 2}};
-    for (const auto& [label, tag] : tilings) {
-        QAction* action = tiling->addAction(tr(label));
-        action->setCheckable(true);
-        action->setData(tag);
-        action->setChecked(tag == 0);
-        action->setObjectName(QStringLiteral("multiViewMode%1").arg(tag));
-        m_multiViewGroup->addAction(action);
-        connect(action, &QAction::triggered, this,
-                [this, tag] { setMultiViewMode(app::multiViewModeForTag(tag)); });
-    }
-    m_gangAction = view->addAction(QIcon(QStringLiteral(":/images/gang.svg")), tr("&Gang Scrolling"));
-    m_gangAction->setObjectName(QStringLiteral("gangAction"));
-    m_gangAction->setCheckable(true);
-    m_gangAction->setChecked(m_sharedstuff->gang);
-    connect(m_gangAction, &QAction::toggled, this, [this](bool on) { m_sharedstuff->gang = on; });
-    view->addSeparator();
-    view->addAction(tr("&Notifications"), this, [this] { m_logTabView->setCurrentIndex(0); });
-    view->addAction(tr("&Log"), this, [this] { m_logTabView->setCurrentIndex(1); });
-    view->addSeparator();
-    QAction* maximize = view->addAction(tr("&Maximize"));
-    connect(maximize, &QAction::triggered, this, [this] { setGeometry(screen()->availableGeometry()); });
-
-    QMenu* tools = menuBar()->addMenu(tr("&Tools"));
-    for (const ToolButton& button : m_toolButtons) {
-        tools->addAction(button.action);
-    }
-}
-
-void MainWindowViewController::fillLayoutMenu(QMenu* menu, bool setDefault) {
-    menu->clear();
-    for (const app::LayoutMenuItem& item : app::layoutMenuItems(*m_sharedstuff)) {
-        const std::shared_ptr<tables::ColumnsLayout> layout = item.layout;
-        menu->addAction(toQt(item.title), this, [this, layout, setDefault] {
-            if (setDefault) {
-                app::setDefaultLayout(*m_sharedstuff, *layout);
-            } else {
-                app::applyLayoutToOpenBins(*m_sharedstuff, layout);
-            }
-        });
-    }
-}
-
 QWidget* MainWindowViewController::boxesView() const noexcept {
     return m_boxesArea;
 }
@@ -462,8 +233,8 @@ void MainWindowViewController::switchSubcontainer(const std::string& name) {
     }
     m_subContainer->hide();
     m_currentSubcontainer.clear();
-    const auto factory = panelFactories().find(wanted);
-    if (wanted.empty() || factory == panelFactories().end()) {
+    const auto factory = panels().find(wanted);
+    if (wanted.empty() || factory == panels().end()) {
         m_binsList->setAcceptsFiles(true);
         updateToolButtons();
         reloadBinsLists();

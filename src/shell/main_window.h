@@ -112,6 +112,8 @@ private:
         QAction* action = nullptr;
     };
 
+    // Every registered panel by toolbar name.
+    static std::map<std::string, PanelFactory>& panels();
     void buildMenus();
     void buildToolbar();
     void buildCentre();
