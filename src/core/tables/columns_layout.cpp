@@ -78,7 +78,8 @@ bool endsWithLayoutSuffix(const fs::path& path) {
     return lowercased(path.filename().string()).ends_with(ColumnsLayout::fileSuffix);
 }
 
-// A list as it prints: ["Name", "Start"].
+} // namespace
+
 std::string printedList(const std::vector<std::string>& items) {
     std::string out = "[";
     for (std::size_t i = 0; i < items.size(); ++i) {
@@ -94,8 +95,6 @@ std::string printedList(const std::vector<std::string>& items) {
     }
     return out + "]";
 }
-
-} // namespace
 
 ColumnsLayout::ColumnsLayout(std::string name) : name(std::move(name)) {
 }

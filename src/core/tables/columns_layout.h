@@ -55,6 +55,9 @@ public:
 
 using LayoutList = std::vector<std::shared_ptr<ColumnsLayout>>;
 
+// A list of texts as it prints in messages: ["Name", "Start"].
+[[nodiscard]] std::string printedList(const std::vector<std::string>& items);
+
 // The columns of the "System" layout, in order.
 inline constexpr std::array<const char*, 10> systemLayoutColumns = {
     "Name",  "Start",   "End",     "Duration", "Tracks",
