@@ -1,9 +1,9 @@
 #include "app_delegate.h"
 
+#include "main_window.h"
 #include "new_project_window.h"
 #include "project/shared_stuff.h"
 #include "project_chooser_window.h"
-#include "main_window.h"
 #include "qt_user_defaults.h"
 #include "qt_user_interaction.h"
 

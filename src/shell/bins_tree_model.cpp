@@ -105,9 +105,8 @@ QColor tagColour(project::Tag tag) {
 
 namespace {
 
-QString dateText(double seconds) {
-    return QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(seconds * 1000.0))
-        .toString(QStringLiteral("yyyy-MM-dd hh:mm"));
+QDateTime dateOf(double seconds) {
+    return QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(seconds * 1000.0));
 }
 
 QIcon tagIcon(project::Tag tag) {
@@ -173,9 +172,17 @@ QVariant BinsTreeModel::data(const QModelIndex& index, int role) const {
         }
         return {};
     case ModifiedColumn:
-        return role == Qt::DisplayRole ? QVariant(dateText(identity.modified)) : QVariant();
-    case CreatedColumn:
-        return role == Qt::DisplayRole ? QVariant(dateText(identity.created)) : QVariant();
+    case CreatedColumn: {
+        const QDateTime date =
+            dateOf(index.column() == ModifiedColumn ? identity.modified : identity.created);
+        if (role == Qt::DisplayRole) {
+            return date.toString(QStringLiteral("yyyy-MM-dd"));
+        }
+        if (role == Qt::ToolTipRole) {
+            return date.toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
+        }
+        return {};
+    }
     default:
         return {};
     }

@@ -1,8 +1,8 @@
 #include "new_project_window.h"
 
 #include "app_delegate.h"
-#include "project/shared_stuff.h"
 #include "main_window.h"
+#include "project/shared_stuff.h"
 
 #include <QCheckBox>
 #include <QComboBox>

@@ -1,9 +1,9 @@
 #include "project_chooser_window.h"
 
 #include "app_delegate.h"
+#include "main_window.h"
 #include "project/project_loader.h"
 #include "project/shared_stuff.h"
-#include "main_window.h"
 
 #include <QApplication>
 #include <QButtonGroup>

@@ -1,0 +1,322 @@
+#include "app/scripted_interaction.h"
+#include "app_delegate.h"
+#include "bins_list.h"
+#include "bins_tree_model.h"
+#include "main_window.h"
+#include "notifications_box.h"
+#include "project/bin.h"
+#include "project/project_creation.h"
+#include "project/project_loader.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QPlainTextEdit>
+#include <QRadioButton>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QUrl>
+#include <functional>
+#include <memory>
+
+using lumbra::app::ScriptedInteraction;
+using lumbra::shell::AppDelegate;
+using lumbra::shell::BinsList;
+using lumbra::shell::MainWindowViewController;
+using lumbra::tables::NotificationData;
+using lumbra::tables::NotificationType;
+
+namespace {
+
+void writeText(const QString& path, const QByteArray& text) {
+    QVERIFY(QDir().mkpath(QFileInfo(path).path()));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(text);
+}
+
+QByteArray readText(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<none>");
+}
+
+QByteArray aleText(const QList<QByteArray>& clips) {
+    QByteArray text =
+        "Heading\nFIELD_DELIM\tTABS\nVIDEO_FORMAT\t1080\nFPS\t25\n\nColumn\nName\tTape\tScene\n\nData\n";
+    for (const QByteArray& clip : clips) {
+        text += clip + "\tA001\t12\n";
+    }
+    return text;
+}
+
+// Drops the files on the list at the row's place (an invalid index: below the rows).
+void dropFiles(BinsList& list, const QStringList& paths, const QModelIndex& on = {}) {
+    QMimeData mime;
+    QList<QUrl> urls;
+    for (const QString& path : paths) {
+        urls.append(QUrl::fromLocalFile(path));
+    }
+    mime.setUrls(urls);
+    const QPoint at = on.isValid() ? list.visualRect(on).center() : QPoint(5, list.viewport()->height() - 5);
+    QDragEnterEvent enter(at, Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(list.viewport(), &enter);
+    QDropEvent drop(QPointF(at), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(list.viewport(), &drop);
+}
+
+// A double click as a person makes it: the first press, then the second.
+void doubleClick(QAbstractItemView& view, const QModelIndex& index) {
+    const QPoint at = view.visualRect(index).center();
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::NoModifier, at);
+    QTest::mouseDClick(view.viewport(), Qt::LeftButton, Qt::NoModifier, at);
+}
+
+// Answers the next modal file panel: types the name, presses the buttons named, accepts or cancels.
+void answerFilePanel(const QString& path, const QStringList& press, bool accept) {
+    QTimer::singleShot(0, [=] {
+        auto* panel = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        QVERIFY(panel != nullptr);
+        for (const QString& name : press) {
+            auto* button = panel->findChild<QAbstractButton*>(name);
+            QVERIFY2(button != nullptr, qPrintable(name));
+            button->click();
+        }
+        if (!accept) {
+            panel->reject();
+            return;
+        }
+        panel->selectFile(path);
+        static_cast<QDialog*>(panel)->accept();
+    });
+}
+
+// A panel for the tool buttons: what a tool puts in front of the boxes.
+QWidget* demoPanel(lumbra::project::SharedStuff&, QWidget* parent) {
+    auto* panel = new QLabel(QStringLiteral("demo tool"), parent);
+    panel->setObjectName(QStringLiteral("demoPanel"));
+    return panel;
+}
+
+} // namespace
+
+class MainWindowTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() {
+        QVERIFY(m_settingsDir.isValid());
+        QCoreApplication::setOrganizationName(QStringLiteral("LumbraTests"));
+        QCoreApplication::setApplicationName(QStringLiteral("main_window_test"));
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_settingsDir.path());
+    }
+
+    void init() {
+        m_folder = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_folder->isValid());
+        auto interaction = std::make_unique<ScriptedInteraction>();
+        m_interaction = interaction.get();
+        m_delegate = std::make_unique<AppDelegate>(std::move(interaction));
+        writeText(file("day1.ale"), aleText({"A001C001", "A001C002", "A001C003"}));
+        writeText(file("day2.ALE"), aleText({"B001C001"}));
+        writeText(file("notes.txt"), "not a clip list");
+    }
+
+    void cleanup() {
+        if (m_window) {
+            m_window->sharedstuff().something_to_save = false;
+            delete m_window.data();
+        }
+        m_delegate.reset();
+    }
+
+    void droppedFilesBecomeBinsWithTheirNotice() {
+        openProject();
+        BinsList& list = *m_window->binsList();
+        QVERIFY(list.findChild<QLabel*>(QStringLiteral("instructionsView"))->isVisible());
+        dropFiles(list, {file("day1.ale"), file("notes.txt"), file("day2.ALE")});
+        QCOMPARE(m_window->sharedstuff().bins->toarray.size(), 2u);
+        QCOMPARE(list.model()->index(0, 0).data().toString(), QStringLiteral("day1"));
+        QCOMPARE(list.model()->index(1, 0).data().toString(), QStringLiteral("day2"));
+        QVERIFY(!list.findChild<QLabel*>(QStringLiteral("instructionsView"))->isVisible());
+        const NotificationData& top = m_window->notificationsBox()->item(0);
+        QCOMPARE(top.title, std::string("Load OK"));
+        QCOMPARE(top.body, std::string("Successfully loaded 2 bins"));
+
+        // A new group; files dropped on it go inside it.
+        m_window->findChild<QAction*>(QStringLiteral("newBinGroupButton"))->trigger();
+        const QModelIndex group = list.model()->index(0, 0);
+        QCOMPARE(group.data().toString(), QStringLiteral("Group_01"));
+        dropFiles(list, {file("day2.ALE")}, group);
+        QCOMPARE(list.model()->rowCount(list.model()->index(0, 0)), 1);
+        QCOMPARE(list.model()->index(0, 0, list.model()->index(0, 0)).data().toString(),
+                 QStringLiteral("day2_02"));
+
+        // A double click closes an open bin and opens it again.
+        lumbra::project::Bin* day1 = m_window->sharedstuff().bins->toarray.at(1);
+        QVERIFY(day1->selected());
+        const QModelIndex day1Row = list.model()->index(1, 0);
+        QCOMPARE(day1Row.data().toString(), QStringLiteral("day1"));
+        doubleClick(list, day1Row);
+        QVERIFY(!day1->selected());
+        doubleClick(list, list.model()->index(1, 0));
+        QVERIFY(day1->selected());
+    }
+
+    void toolButtonsNameMissingToolsAndToggleTheirPanel() {
+        openProject();
+        QAction* merge = m_window->findChild<QAction*>(QStringLiteral("mergeButton"));
+        QVERIFY(!merge->isEnabled());
+        QVERIFY(merge->toolTip().contains(QStringLiteral("merge tool")));
+
+        MainWindowViewController::registerPanel("pivot", demoPanel);
+        QWidget* window = m_window;
+        delete window;
+        openProject();
+        QAction* pivot = m_window->findChild<QAction*>(QStringLiteral("pivotButton"));
+        QVERIFY(pivot->isEnabled());
+        pivot->trigger();
+        QCOMPARE(m_window->currentSubcontainer(), std::string("pivot"));
+        QVERIFY(m_window->findChild<QLabel*>(QStringLiteral("demoPanel"))->isVisible());
+        // While a panel is in front the list takes no files.
+        dropFiles(*m_window->binsList(), {file("day1.ale")});
+        QVERIFY(m_window->sharedstuff().bins->toarray.empty());
+        pivot->trigger();
+        QCOMPARE(m_window->currentSubcontainer(), std::string());
+        QVERIFY(!m_window->findChild<QWidget*>(QStringLiteral("subContainer"))->isVisible());
+    }
+
+    void logKeepsNewestFirstAndClearsItsTail() {
+        openProject();
+        for (int i = 0; i < 3001; ++i) {
+            m_window->sharedstuff().addLog("line " + std::to_string(i), false, "", NotificationType::OK);
+        }
+        const QStringList lines = m_window->findChild<QPlainTextEdit*>(QStringLiteral("logTextView"))
+                                      ->toPlainText()
+                                      .split(QLatin1Char('\n'));
+        QCOMPARE(lines.size(), 2002);
+        QVERIFY(lines[0].endsWith(QStringLiteral(" - line 3000")));
+        QCOMPARE(lines[1], QStringLiteral("-- LONG LOG: TAIL CLEARED --"));
+        // Without a title a notification takes its kind's.
+        m_window->sharedstuff().addLog("went wrong", true, "", NotificationType::KO);
+        QCOMPARE(m_window->notificationsBox()->item(0).title, std::string("Operation not executed"));
+    }
+
+    void notificationCardsStackAndGoOnDelete() {
+        openProject();
+        lumbra::shell::NotificationsBox& box = *m_window->notificationsBox();
+        const int before = box.count();
+        box.add({});
+        QCOMPARE(box.count(), before);
+        box.add({{"a", "first", NotificationType::OK}, {"b", "second", NotificationType::WARNING}});
+        QCOMPARE(box.item(0).title, std::string("b"));
+        QCOMPARE(box.item(1).title, std::string("a"));
+        box.scrollToTop();
+        // The cross in the card's corner deletes it; a click elsewhere on a plain card does nothing.
+        const QRect card = box.visualRect(box.model()->index(0, 0));
+        QTest::mouseClick(box.viewport(), Qt::LeftButton, Qt::NoModifier, card.center());
+        QCOMPARE(box.count(), before + 2);
+        QTest::mouseClick(box.viewport(), Qt::LeftButton, Qt::NoModifier,
+                          QPoint(card.right() - 14, card.top() + 10));
+        QCOMPARE(box.count(), before + 1);
+        QCOMPARE(box.item(0).title, std::string("a"));
+        box.remove(99);
+        QCOMPARE(box.count(), before + 1);
+    }
+
+    void binSavesAsCsvAndAleThroughThePanel() {
+        openProject();
+        m_window->addBinsFromFiles({file("day1.ale").toStdString()});
+        BinsList& list = *m_window->binsList();
+        list.setCurrentIndex(list.model()->index(0, 0));
+
+        const QString csv = file("out/day1.csv");
+        QVERIFY(QDir().mkpath(file("out")));
+        answerFilePanel(csv, {QStringLiteral("separatorTab"), QStringLiteral("exportHeadersCheckbox")}, true);
+        m_window->findChild<QAction*>(QStringLiteral("saveCSVAction"))->trigger();
+        QCOMPARE(
+            readText(csv),
+            QByteArray("Name\tTape\tScene\n\nA001C001\tA001\t12\nA001C002\tA001\t12\nA001C003\tA001\t12"));
+        QCOMPARE(m_window->sharedstuff().options.at("csvSeparator"), std::string("TAB"));
+        QVERIFY(m_window->log().lines()[0].ends_with(" - CSV Correctly saved"));
+        QVERIFY(m_window->log().lines()[1].ends_with(" - Saving bin day1"));
+
+        answerFilePanel(csv, {}, false);
+        m_window->findChild<QAction*>(QStringLiteral("saveBinAction"))->trigger();
+        QVERIFY(m_window->log().lines()[0].ends_with(" - Operation aborted by user"));
+
+        const QString ale = file("out/day1.ale");
+        answerFilePanel(ale, {}, true);
+        m_window->findChild<QAction*>(QStringLiteral("saveBinAction"))->trigger();
+        QVERIFY(readText(ale).startsWith("Heading\n"));
+        QVERIFY(m_window->log().lines()[0].ends_with(" - Bin correctly saved"));
+    }
+
+    void layoutMenusSetTheDefault() {
+        openProject();
+        QMenu* menu = m_window->findChild<QMenu*>(QStringLiteral("menuSetAsDefault"));
+        QVERIFY(menu != nullptr);
+        QMetaObject::invokeMethod(menu, "aboutToShow");
+        QStringList titles;
+        for (QAction* action : menu->actions()) {
+            titles.append(action->text());
+        }
+        QVERIFY(titles.contains(QStringLiteral("-- System Default --")));
+        // The project began with its current default, so both entries say they are the default.
+        QCOMPARE(titles[0], QStringLiteral("-- [Default] Default"));
+        QVERIFY(titles.contains(QStringLiteral("-- [Default] -- Project Original Default --")));
+        menu->actions()[titles.indexOf(QStringLiteral("-- System Default --"))]->trigger();
+        QCOMPARE(m_window->sharedstuff().projectLayouts.baseLayout->columns.size(), 10u);
+        QCOMPARE(m_window->notificationsBox()->item(0).body, std::string("Default layout updated"));
+    }
+
+private:
+    [[nodiscard]] QString file(const QString& name) const {
+        return m_folder->path() + QStringLiteral("/files/") + name;
+    }
+
+    // A project "Shoot" made and opened as the chooser does, with its window.
+    void openProject() {
+        const std::string parent = (m_folder->path() + QStringLiteral("/projects")).toStdString();
+        QDir().mkpath(QString::fromStdString(parent));
+        if (!QFileInfo::exists(QString::fromStdString(parent + "/Shoot"))) {
+            lumbra::project::SharedStuff maker(m_interaction);
+            lumbra::project::NewProjectSettings settings;
+            settings.name = "Shoot";
+            settings.columns = {"Name", "Tape", "Scene"};
+            QVERIFY(lumbra::project::createProject(maker, parent, settings).accepted());
+        }
+        auto sharedstuff = std::make_unique<lumbra::project::SharedStuff>(m_interaction);
+        lumbra::project::SharedStuff& project = *sharedstuff;
+        project.currentFolder = parent;
+        project.projectName = "Shoot";
+        lumbra::project::OpenHooks hooks;
+        hooks.makeMainWindow = [&](lumbra::project::SharedStuff&) -> lumbra::project::MainWindowLink* {
+            m_window = m_delegate->makeProjectWindow(std::move(sharedstuff));
+            m_window->show();
+            return m_window;
+        };
+        QCOMPARE(lumbra::project::openProject(project, hooks), lumbra::project::OpenResult::opened);
+        QVERIFY(m_window);
+        QVERIFY(QTest::qWaitForWindowExposed(m_window));
+        m_window->sharedstuff().autosave = false;
+    }
+
+    QTemporaryDir m_settingsDir;
+    std::unique_ptr<QTemporaryDir> m_folder;
+    ScriptedInteraction* m_interaction = nullptr;
+    std::unique_ptr<AppDelegate> m_delegate;
+    QPointer<MainWindowViewController> m_window;
+};
+
+QTEST_MAIN(MainWindowTest)
+#include "main_window_test.moc"
