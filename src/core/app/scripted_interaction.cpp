@@ -48,6 +48,20 @@ std::optional<std::filesystem::path> ScriptedInteraction::chooseFolder(const Fol
     return answer;
 }
 
+import::CsvOptions ScriptedInteraction::askCsvOptions(const std::string& text,
+                                                     const import::CsvOptions& initial) {
+    m_csvRequests.emplace_back(text, initial);
+    if (m_csvAnswers.empty()) {
+        ++m_unexpected;
+        import::CsvOptions cancelled = initial;
+        cancelled.user_aborted = true;
+        return cancelled;
+    }
+    import::CsvOptions answer = m_csvAnswers.front();
+    m_csvAnswers.pop_front();
+    return answer;
+}
+
 void ScriptedInteraction::addLog(const std::string& text, bool notify, const std::string& title,
                                  tables::NotificationType kind) {
     m_logLines.push_back({text, notify, title, kind});

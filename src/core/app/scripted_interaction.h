@@ -31,6 +31,7 @@ public:
     void queueFolder(std::optional<std::filesystem::path> answer) {
         m_folderAnswers.push_back(std::move(answer));
     }
+    void queueCsvOptions(import::CsvOptions answer) { m_csvAnswers.push_back(answer); }
 
     AlertAnswer alert(const AlertRequest& request) override;
     std::optional<std::string> askText(const TextRequest& request) override;
@@ -38,11 +39,17 @@ public:
     void addLog(const std::string& text, bool notify, const std::string& title,
                 tables::NotificationType kind) override;
     void notify(const tables::Notifications& notifications) override;
+    // Unexpected without a queued answer, which cancels: user_aborted set.
+    import::CsvOptions askCsvOptions(const std::string& text, const import::CsvOptions& initial) override;
 
     [[nodiscard]] const std::vector<AlertRequest>& alerts() const noexcept { return m_alerts; }
     [[nodiscard]] const std::vector<TextRequest>& textRequests() const noexcept { return m_textRequests; }
     [[nodiscard]] const std::vector<FolderRequest>& folderRequests() const noexcept {
         return m_folderRequests;
+    }
+    // The texts the options question was asked on, with the options it started from.
+    [[nodiscard]] const std::vector<std::pair<std::string, import::CsvOptions>>& csvRequests() const noexcept {
+        return m_csvRequests;
     }
     [[nodiscard]] const std::vector<LogLine>& logLines() const noexcept { return m_logLines; }
     [[nodiscard]] const tables::Notifications& notifications() const noexcept { return m_notifications; }
@@ -50,7 +57,7 @@ public:
     [[nodiscard]] int unexpected() const noexcept { return m_unexpected; }
     // Answers queued but never asked for.
     [[nodiscard]] std::size_t pendingAnswers() const noexcept {
-        return m_alertAnswers.size() + m_textAnswers.size() + m_folderAnswers.size();
+        return m_alertAnswers.size() + m_textAnswers.size() + m_folderAnswers.size() + m_csvAnswers.size();
     }
 
 private:
@@ -64,6 +71,8 @@ private:
     std::deque<QueuedAlert> m_alertAnswers;
     std::deque<std::optional<std::string>> m_textAnswers;
     std::deque<std::optional<std::filesystem::path>> m_folderAnswers;
+    std::deque<import::CsvOptions> m_csvAnswers;
+    std::vector<std::pair<std::string, import::CsvOptions>> m_csvRequests;
     std::vector<AlertRequest> m_alerts;
     std::vector<TextRequest> m_textRequests;
     std::vector<FolderRequest> m_folderRequests;

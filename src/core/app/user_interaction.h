@@ -1,5 +1,6 @@
 #pragma once
 
+#include "import/csv_options.h"
 #include "tables/notification.h"
 
 #include <filesystem>
@@ -69,6 +70,11 @@ public:
                         tables::NotificationType kind) = 0;
     // Hands the collected notices of an operation to the user.
     virtual void notify(const tables::Notifications& notifications) = 0;
+    // How a delimited text is laid out, asked on its text with a preview and starting from `initial`;
+    // the answer has user_aborted set when the user cancels. With nobody to ask, `initial` stands.
+    virtual import::CsvOptions askCsvOptions(const std::string& text, const import::CsvOptions& initial) {
+        return initial;
+    }
 
     // A single-button message; the common case of alert.
     void showInfo(const std::string& title, const std::string& text,

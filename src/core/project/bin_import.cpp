@@ -1,5 +1,7 @@
 #include "project/bin_import.h"
 
+#include "app/user_interaction.h"
+#include "import/csv_parser.h"
 #include "project/bin.h"
 #include "project/bins_tree_entry.h"
 #include "project/name_makers.h"
@@ -103,6 +105,25 @@ std::string importExtension(std::string_view path) {
 BinImportResult addBinsFromFiles(SharedStuff& sharedstuff, const std::vector<std::string>& paths,
                                  ImportTarget target) {
     BinImportResult result;
+    // One layout serves every ".csv" of the batch, asked on the text of the first; a ".tsv" asks for itself.
+    std::optional<import::CsvOptions> csvOptions;
+    auto firstCsv = std::find_if(paths.begin(), paths.end(),
+                                 [](const std::string& path) { return importExtension(path) == ".csv"; });
+    if (firstCsv != paths.end()) {
+        // An unreadable first file is asked about on no text; its own failure is told when it is read.
+        std::string text = import::readCSVText(*firstCsv).value_or("");
+        csvOptions = import::initialOptions(*firstCsv);
+        if (sharedstuff.interaction)
+            csvOptions = sharedstuff.interaction->askCsvOptions(text, *csvOptions);
+        if (csvOptions->user_aborted) {
+            result.notifications.emplace_back("Loading aborted", "User aborted the import operation",
+                                              NotificationType::KO);
+            handOver(sharedstuff, result.notifications.back());
+            for (SharedStuffDelegate* delegate : sharedstuff.delegates)
+                delegate->reloadBinsLists();
+            return result;
+        }
+    }
     BinsTreeEntry& group = targetGroup(sharedstuff, target);
     NameIndex ids(*sharedstuff.bins, *sharedstuff.smartbins, NameIndex::Key::id);
     // Bins dropped together keep the order of their files from the drop point on.
@@ -116,7 +137,13 @@ BinImportResult addBinsFromFiles(SharedStuff& sharedstuff, const std::vector<std
         const tables::FileFormat* format = readerFor(extension);
         if (!format)
             continue;
-        std::unique_ptr<tables::ALETable> table = format->read(path, nullptr);
+        tables::Notifications readerNotices;
+        std::unique_ptr<tables::ALETable> table =
+            format->readDelimited
+                ? format->readDelimited(path, extension == ".csv" ? &*csvOptions : nullptr,
+                                        sharedstuff.interaction, &readerNotices)
+                : format->read(path, nullptr);
+        result.notifications.insert(result.notifications.end(), readerNotices.begin(), readerNotices.end());
         if (!table || !table->state) {
             sharedstuff.addLog("ERROR while opening " + path, true, "", NotificationType::KO);
             result.failedPaths.push_back(path);

@@ -1,5 +1,6 @@
 #include "tables/file_formats.h"
 
+#include "import/csv_parser.h"
 #include "tables/text_helpers.h"
 
 #include <array>
@@ -28,8 +29,8 @@ bool writeTSV(const ALETable& table, const std::string& path, const WriteOptions
 
 constexpr std::array<FileFormat, 3> formats{{
     {"ALE", ".ale", readALE, writeALE},
-    {"CSV", ".csv", nullptr, writeCSV},
-    {"TSV", ".tsv", nullptr, writeTSV},
+    {"CSV", ".csv", import::readCSVAsALETable, writeCSV, import::readCSVAsALETable},
+    {"TSV", ".tsv", import::readCSVAsALETable, writeTSV, import::readCSVAsALETable},
 }};
 
 } // namespace

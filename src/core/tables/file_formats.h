@@ -9,6 +9,13 @@
 #include <string_view>
 #include <vector>
 
+namespace lumbra::app {
+class UserInteraction;
+}
+namespace lumbra::import {
+struct CsvOptions;
+}
+
 namespace lumbra::tables {
 
 // How a table is written: the columns to put out (empty: all) and the heading choices.
@@ -28,6 +35,12 @@ struct FileFormat {
     std::unique_ptr<ALETable> (*read)(const std::string& path, Notifications* notifications);
     // False (with the writer's message printed) when the file could not be written.
     bool (*write)(const ALETable& table, const std::string& path, const WriteOptions& options);
+    // Delimited text only: the read with the layout given, or else asked through the interaction (the
+    // suffix's usual layout when both are null). Its table's `state` is false when the file could not
+    // be read or the question was cancelled.
+    std::unique_ptr<ALETable> (*readDelimited)(const std::string& path, const import::CsvOptions* options,
+                                               app::UserInteraction* interaction,
+                                               Notifications* notifications) = nullptr;
 };
 
 // Every format, in the order the user is shown them.

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace lumbra::import {
+
+// Where the line of column names stands; the numbers are the tags of the sheet's list.
+enum class FirstLineStyle {
+    // Behind the first empty line, else behind a line "Column", else the first line ("auto" is taken by C++).
+    auto_ = 0,
+    first = 1,
+    afterempty = 2,
+    aftercolumn = 3,
+    // The line numbered first_line_number, counting from 1.
+    custom = 4,
+};
+
+// How a delimited text file is laid out, as the user states it once for a batch.
+struct CsvOptions {
+    char32_t separator = U',';
+    char32_t delimiter = U'"';
+    FirstLineStyle first_line = FirstLineStyle::auto_;
+    int first_line_number = 0;
+    bool ignore_oriented_quotes = false;
+    bool user_aborted = false;
+
+    bool operator==(const CsvOptions&) const = default;
+};
+
+// One character as UTF-8.
+[[nodiscard]] std::string utf8Character(char32_t character);
+// The first character of UTF-8 text; absent for "" and for a stray byte.
+[[nodiscard]] std::optional<char32_t> firstCharacter(std::string_view text) noexcept;
+// The last character of UTF-8 text (the one typed last into a field); absent as above.
+[[nodiscard]] std::optional<char32_t> lastCharacter(std::string_view text) noexcept;
+
+// The rules of the options sheet, apart from its widgets.
+namespace sheet {
+
+// Tags of the separator list: 0 ",", 1 tab, 2 ";", 3 blank, 4 the first character of the text field.
+inline constexpr int otherSeparatorTag = 4;
+// The separator of a tag; for otherSeparatorTag, the field's first character, "," when it is empty.
+[[nodiscard]] char32_t separatorForTag(int tag, std::string_view otherText) noexcept;
+// The tag that shows a separator: otherSeparatorTag for any but the four listed.
+[[nodiscard]] int tagForSeparator(char32_t separator) noexcept;
+// What the "other" field keeps of an entry: "," for an empty one, else its last typed character.
+[[nodiscard]] std::string separatorFieldText(std::string_view typed);
+
+// Tag 1 is the single quote; every other tag the double quote.
+[[nodiscard]] char32_t delimiterForTag(int tag) noexcept;
+[[nodiscard]] int tagForDelimiter(char32_t delimiter) noexcept;
+
+// The number of the custom first line: not a number, empty, or below 1 gives 1.
+[[nodiscard]] int firstLineNumberFromText(std::string_view text) noexcept;
+
+// Texts shorter than this (in characters) have no preview slider: the whole text is shown.
+inline constexpr std::size_t sliderMinimumLength = 10000;
+// The part of the text the preview parses at a slider value: 1, 2 and 3 a quarter, a half and three
+// quarters of it, at most 20,000, 100,000 and 300,000 characters, then on to the next line feed
+// (kept out) so that no row is cut in half; any other value, and a short text, the whole text.
+[[nodiscard]] std::string_view shortenedText(std::string_view text, int sliderValue) noexcept;
+
+} // namespace sheet
+
+} // namespace lumbra::import

@@ -1,0 +1,386 @@
+#include "import/csv_parser.h"
+
+#include "app/user_interaction.h"
+#include "tables/console.h"
+#include "tables/file_formats.h"
+#include "tables/row_data.h"
+#include "tables/text_file.h"
+#include "tables/text_helpers.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+namespace lumbra::import {
+
+namespace {
+
+const std::string openQuotesText = utf8Character(CSVParser::openQuotes);
+const std::string closedQuotesText = utf8Character(CSVParser::closedQuotes);
+
+bool startsAt(std::string_view text, std::size_t i, std::string_view what) {
+    return text.compare(i, what.size(), what) == 0;
+}
+
+// True when the line, less its double quotes, is exactly the word.
+bool isWordWithoutQuotes(std::string_view line, std::string_view word) {
+    std::size_t w = 0;
+    for (char c : line) {
+        if (c == '"')
+            continue;
+        if (w == word.size() || c != word[w])
+            return false;
+        ++w;
+    }
+    return w == word.size();
+}
+
+// Names as they are made free in `cols`: a name in use gets "_2", "_3"... from the name as read. The
+// smallest free number of a name only grows while names are added, so each name remembers where its
+// search stopped and many equal names cost no more than distinct ones.
+class ColumnNamer {
+public:
+    explicit ColumnNamer(std::vector<std::string>& cols) : m_cols(cols), m_taken(cols.begin(), cols.end()) {}
+
+    void append(const std::string& base) {
+        std::string name = base;
+        if (m_taken.contains(name)) {
+            int& n = m_next.try_emplace(base, 2).first->second;
+            do
+                name = base + "_" + std::to_string(n++);
+            while (m_taken.contains(name));
+        }
+        m_taken.insert(name);
+        m_cols.push_back(std::move(name));
+    }
+
+    // The first free "newcol_%03d", as DBTable::addNumberedColumn picks it.
+    void appendNumbered() {
+        std::array<char, 32> name{};
+        do
+            std::snprintf(name.data(), name.size(), "newcol_%03d", m_nextNumbered++);
+        while (m_taken.contains(name.data()));
+        m_taken.insert(name.data());
+        m_cols.emplace_back(name.data());
+    }
+
+private:
+    std::vector<std::string>& m_cols;
+    std::unordered_set<std::string> m_taken;
+    std::unordered_map<std::string, int> m_next;
+    int m_nextNumbered = 1;
+};
+
+void collapseCrLf(std::string& text) {
+    std::size_t w = text.find("\r\n");
+    if (w == std::string::npos)
+        return;
+    for (std::size_t r = w; r < text.size(); ++r) {
+        if (text[r] == '\r' && r + 1 < text.size() && text[r + 1] == '\n')
+            continue;
+        text[w++] = text[r];
+    }
+    text.resize(w);
+}
+
+} // namespace
+
+CSVParser::CSVParser(std::string text, CsvOptions options)
+    : text(std::move(text)), options(options), ignoreOrientedQuotes(options.ignore_oriented_quotes),
+      m_separator(utf8Character(options.separator)), m_delimiter(utf8Character(options.delimiter)) {
+    for (const std::string* s : std::initializer_list<const std::string*>{&m_separator, &m_delimiter,
+                                                                          &openQuotesText, &closedQuotesText})
+        m_special[static_cast<unsigned char>(s->front())] = true;
+    m_special['\n'] = true;
+}
+
+std::size_t CSVParser::endOfSection(std::size_t start) const {
+    bool quoted = false;
+    bool curly = false;
+    for (std::size_t i = start; i < text.size(); ++i) {
+        char c = text[i];
+        if (c == '"') {
+            quoted = !quoted;
+        } else if (c == '\n') {
+            if (i > 0 && text[i - 1] == '\n' && !quoted && !curly)
+                return i;
+        } else if (static_cast<unsigned char>(c) == 0xE2) {
+            if (startsAt(text, i, openQuotesText))
+                curly = true;
+            else if (startsAt(text, i, closedQuotesText))
+                curly = false;
+        }
+    }
+    return text.size();
+}
+
+std::optional<std::pair<std::size_t, std::size_t>> CSVParser::lineBounds(std::size_t index) const {
+    std::size_t line = 0;
+    std::size_t start = 0;
+    bool quoted = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        char c = text[i];
+        if (c == '"') {
+            quoted = !quoted;
+        } else if (c == '\n' && !quoted) {
+            if (line == index)
+                return std::pair{start, i};
+            ++line;
+            start = i + 1;
+        }
+    }
+    if (line == index)
+        return std::pair{start, text.size()};
+    return std::nullopt;
+}
+
+std::optional<std::size_t> CSVParser::findColumnLine(std::size_t from) const {
+    std::size_t line = 0;
+    std::size_t start = 0;
+    bool quoted = false;
+    std::string_view view = text;
+    for (std::size_t i = 0; i <= view.size(); ++i) {
+        const bool atEnd = i == view.size();
+        if (!atEnd && view[i] == '"') {
+            quoted = !quoted;
+            continue;
+        }
+        if (!atEnd && (view[i] != '\n' || quoted))
+            continue;
+        if (line >= from && isWordWithoutQuotes(view.substr(start, i - start), "Column"))
+            return line;
+        ++line;
+        start = i + 1;
+    }
+    return std::nullopt;
+}
+
+std::size_t CSVParser::firstLineIndex() const {
+    auto afterEmpty = [this]() -> std::optional<std::size_t> {
+        std::size_t e = endOfSection(0);
+        if (e + 1 >= text.size())
+            return std::nullopt;
+        // Lines up to and with e, less one: the line feeds outside double quotes up to e.
+        std::size_t lineFeeds = 0;
+        bool quoted = false;
+        for (std::size_t i = 0; i <= e; ++i) {
+            if (text[i] == '"')
+                quoted = !quoted;
+            else if (text[i] == '\n' && !quoted)
+                ++lineFeeds;
+        }
+        return lineFeeds;
+    };
+    // The line behind "Column" is at most one past the last line, which then gives an empty table.
+    auto afterColumn = [this]() -> std::optional<std::size_t> {
+        auto line = findColumnLine(0);
+        return line ? std::optional(*line + 1) : std::nullopt;
+    };
+    switch (options.first_line) {
+    case FirstLineStyle::first:
+        return 0;
+    case FirstLineStyle::custom:
+        return options.first_line_number > 1 ? static_cast<std::size_t>(options.first_line_number - 1) : 0;
+    case FirstLineStyle::afterempty:
+        return afterEmpty().value_or(0);
+    case FirstLineStyle::aftercolumn:
+        return afterColumn().value_or(0);
+    case FirstLineStyle::auto_:
+        break;
+    }
+    if (auto line = afterEmpty())
+        return *line;
+    return afterColumn().value_or(0);
+}
+
+std::size_t CSVParser::endOfField(std::size_t from) {
+    const std::string_view data = datastring;
+    const std::size_t n = data.size();
+    std::size_t i = from;
+    while (i < n) {
+        if (!m_special[static_cast<unsigned char>(data[i])]) {
+            ++i;
+            continue;
+        }
+        if (!inDelimiter && !inQuotes && (data[i] == '\n' || startsAt(data, i, m_separator)))
+            return i;
+        if (startsAt(data, i, m_delimiter)) {
+            inDelimiter = !inDelimiter;
+            i += m_delimiter.size();
+            continue;
+        }
+        if (inQuotes) {
+            if (startsAt(data, i, closedQuotesText))
+                inQuotes = false;
+        } else if (!ignoreOrientedQuotes && startsAt(data, i, openQuotesText)) {
+            inQuotes = true;
+        }
+        ++i;
+    }
+    return n;
+}
+
+void CSVParser::readColumns(db::CSVTable& table, std::string_view line) const {
+    const std::string trimmedSet = " \t" + m_separator;
+    std::string trimmed = tables::trimRight(tables::trimLeft(line, trimmedSet), trimmedSet);
+    ColumnNamer namer(table.cols);
+    for (const auto& token : tables::tokenise(trimmed, m_separator))
+        namer.append(token.empty() ? std::string("NoName") : token);
+}
+
+std::size_t CSVParser::readRows(db::CSVTable& table) {
+    std::vector<tables::ColumnKey> keys;
+    keys.reserve(table.cols.size());
+    for (const auto& column : table.cols)
+        keys.push_back(tables::ColumnNames::key(column));
+    ColumnNamer namer(table.cols);
+    const std::size_t readColumns = table.cols.size();
+
+    std::vector<std::pair<tables::ColumnKey, std::string_view>> fields;
+    fields.reserve(keys.size());
+    bool hasValue = false;
+    auto finishRow = [&] {
+        // A row whose values are all empty, or that has none, is no row.
+        if (hasValue) {
+            db::DBEntry& entry = table.data.emplace_back();
+            entry.data.reserve(fields.size());
+            for (const auto& [key, value] : fields)
+                entry.data.appendUnordered(key, std::string(value));
+            entry.data.finishAppending();
+        }
+        fields.clear();
+        hasValue = false;
+    };
+
+    const std::string_view data = datastring;
+    const std::size_t n = data.size();
+    std::size_t column = 0;
+    std::size_t position = 0;
+    while (true) {
+        std::size_t end = endOfField(position);
+        std::string_view field = data.substr(position, end - position);
+        if (!field.empty()) {
+            while (column >= table.cols.size()) {
+                namer.appendNumbered();
+                keys.push_back(tables::ColumnNames::key(table.cols.back()));
+            }
+            if (field.size() >= 2 * m_delimiter.size() && field.starts_with(m_delimiter) &&
+                field.ends_with(m_delimiter))
+                field = field.substr(m_delimiter.size(), field.size() - 2 * m_delimiter.size());
+            fields.emplace_back(keys[column], field);
+            hasValue = hasValue || !field.empty();
+        }
+        if (end == n)
+            break;
+        if (data[end] == '\n') {
+            finishRow();
+            column = 0;
+            position = end + 1;
+        } else {
+            ++column;
+            position = end + m_separator.size();
+        }
+    }
+    finishRow();
+    return table.cols.size() - readColumns;
+}
+
+std::unique_ptr<db::CSVTable> CSVParser::parse(std::string_view filename,
+                                               tables::Notifications* notifications) {
+    auto table = std::make_unique<db::CSVTable>("CSV table");
+    table->name = tables::dropLastCharacters(tables::tokenise(filename, "/").back(), 4);
+    auto bounds = lineBounds(firstLineIndex());
+    if (!bounds)
+        return table;
+    auto [start, end] = *bounds;
+    std::string line = text.substr(start, end - start);
+    std::erase(line, '"');
+    readColumns(*table, line);
+    if (end == text.size())
+        return table;
+
+    // The lines behind the column line joined by line feeds: the rest of the text less its double quotes.
+    datastring = std::move(text);
+    std::size_t w = 0;
+    for (std::size_t r = end + 1; r < datastring.size(); ++r) {
+        if (datastring[r] != '"')
+            datastring[w++] = datastring[r];
+    }
+    datastring.resize(w);
+    text.clear();
+
+    std::size_t added = readRows(*table);
+    if (added > 0 && notifications)
+        notifications->emplace_back("Bizarre columns count",
+                                    std::to_string(added) +
+                                        " columns were added to fit the data. Is the CSV well formatted?",
+                                    tables::NotificationType::WARNING);
+    return table;
+}
+
+std::unique_ptr<db::CSVTable> parseCSVText(std::string text, const CsvOptions& options,
+                                           std::string_view filename, tables::Notifications* notifications) {
+    return CSVParser(std::move(text), options).parse(filename, notifications);
+}
+
+std::optional<std::string> readCSVText(const std::string& path) {
+    auto text = tables::readTextFile(path);
+    if (!text) {
+        tables::printLine("ERROR WHILE READING FROM " + path);
+        return std::nullopt;
+    }
+    collapseCrLf(*text);
+    return text;
+}
+
+CsvOptions initialOptions(std::string_view path) {
+    CsvOptions options;
+    if (tables::lowercased(tables::pathSuffix(path)) == ".tsv")
+        options.separator = U'\t';
+    return options;
+}
+
+std::unique_ptr<db::CSVTable> parseCSVFile(const std::string& path, const CsvOptions* options,
+                                           app::UserInteraction* interaction,
+                                           tables::Notifications* notifications) {
+    auto text = readCSVText(path);
+    if (!text)
+        return nullptr;
+    CsvOptions chosen = options ? *options : initialOptions(path);
+    if (!options && interaction)
+        chosen = interaction->askCsvOptions(*text, chosen);
+    if (chosen.user_aborted) {
+        tables::printLine("User aborted the import operation");
+        return nullptr;
+    }
+    return parseCSVText(std::move(*text), chosen, path, notifications);
+}
+
+std::unique_ptr<tables::ALETable> readCSVAsALETable(const std::string& path, const CsvOptions* options,
+                                                    app::UserInteraction* interaction,
+                                                    tables::Notifications* notifications) {
+    auto csv = parseCSVFile(path, options, interaction, notifications);
+    auto table = std::make_unique<tables::ALETable>();
+    if (!csv) {
+        table->state = false;
+        return table;
+    }
+    table->tablename = std::move(csv->name);
+    table->cols = std::move(csv->cols);
+    table->data.reserve(csv->data.size());
+    for (auto& entry : csv->data)
+        table->appendEntry(std::make_shared<tables::ALEEntry>(std::move(entry.data)));
+    return table;
+}
+
+std::unique_ptr<tables::ALETable> readCSVAsALETable(const std::string& path,
+                                                    tables::Notifications* notifications) {
+    const CsvOptions options = initialOptions(path);
+    return readCSVAsALETable(path, &options, nullptr, notifications);
+}
+
+} // namespace lumbra::import

@@ -1,0 +1,103 @@
+#include "import/csv_options.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace lumbra::import::sheet {
+namespace {
+
+TEST(CsvOptionsSheet, SeparatorControls) {
+    struct Case {
+        std::string name;
+        int tag;
+        std::string otherText;
+        char32_t expected;
+    };
+    const std::vector<Case> cases{
+        {"comma", 0, "|", U','},
+        {"tab", 1, "|", U'\t'},
+        {"semicolon", 2, "|", U';'},
+        {"blank", 3, "|", U' '},
+        {"other", 4, "|", U'|'},
+        {"other, empty field reads as comma", 4, "", U','},
+        {"other outside ASCII", 4, "\u00A6x", U'\u00A6'},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(separatorForTag(c.tag, c.otherText), c.expected);
+        EXPECT_EQ(tagForSeparator(c.expected), c.tag == 4 && c.expected == U',' ? 0 : c.tag);
+    }
+    const std::vector<std::pair<std::string, std::string>> typed{
+        {"", ","}, {";", ";"}, {"ab", "b"}, {"a\u00A6", "\u00A6"}, {"\u00A6a", "a"}};
+    for (const auto& [entry, kept] : typed) {
+        SCOPED_TRACE(entry);
+        EXPECT_EQ(separatorFieldText(entry), kept);
+    }
+}
+
+TEST(CsvOptionsSheet, DelimiterAndFirstLineNumber) {
+    EXPECT_EQ(delimiterForTag(1), U'\'');
+    EXPECT_EQ(delimiterForTag(0), U'"');
+    EXPECT_EQ(delimiterForTag(7), U'"');
+    EXPECT_EQ(tagForDelimiter(U'\''), 1);
+    EXPECT_EQ(tagForDelimiter(U'"'), 0);
+    const std::vector<std::pair<std::string, int>> numbers{{"", 1},   {"abc", 1}, {"0", 1},  {"-4", 1},
+                                                           {"3x", 1}, {"7", 7},   {"12", 12}};
+    for (const auto& [text, expected] : numbers) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(firstLineNumberFromText(text), expected);
+    }
+}
+
+// `count` lines of `line` each followed by a line feed.
+std::string lines(const std::string& line, int count) {
+    std::string text;
+    for (int i = 0; i < count; ++i)
+        text += line + "\n";
+    return text;
+}
+
+TEST(CsvOptionsSheet, PreviewCutsAtTheNextLineFeed) {
+    // 100 characters a line: the character numbered 100 k starts line k, whose line feed is 99 further.
+    const std::string medium = lines(std::string(99, 'x'), 400);  // 40,000 characters
+    const std::string large = lines(std::string(99, 'x'), 10000); // 1,000,000 characters
+    struct Case {
+        std::string name;
+        const std::string* text;
+        int slider;
+        std::size_t expectedBytes;
+    };
+    const std::vector<Case> cases{
+        {"a quarter", &medium, 1, 10099},
+        {"a half", &medium, 2, 20099},
+        {"three quarters", &medium, 3, 30099},
+        {"whole", &medium, 4, 40000},
+        {"large, at most 20,000", &large, 1, 20099},
+        {"large, at most 100,000", &large, 2, 100099},
+        {"large, at most 300,000", &large, 3, 300099},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(shortenedText(*c.text, c.slider).size(), c.expectedBytes);
+    }
+}
+
+TEST(CsvOptionsSheet, PreviewCountsCharactersNotBytes) {
+    std::string e = "\u00E9";
+    std::string line;
+    for (int i = 0; i < 49; ++i)
+        line += e;
+    // 50 characters and 99 bytes a line, 400 lines: 20,000 characters.
+    const std::string text = lines(line, 400);
+    // A quarter is 5,000 characters: line 100 starts at byte 9,900 and ends 98 bytes on.
+    EXPECT_EQ(shortenedText(text, 1).size(), 9998u);
+    // 13,500 bytes but 7,500 characters: too short for the slider, the whole text.
+    const std::string shortText = lines(e + e + e + e, 1500);
+    EXPECT_EQ(shortenedText(shortText, 1).size(), shortText.size());
+    const std::string noLineFeed(40000, 'x');
+    EXPECT_EQ(shortenedText(noLineFeed, 1).size(), noLineFeed.size());
+}
+
+} // namespace
+} // namespace lumbra::import::sheet
