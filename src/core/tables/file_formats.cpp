@@ -1,6 +1,9 @@
 #include "tables/file_formats.h"
 
+#include "import/ccc_parser.h"
 #include "import/csv_parser.h"
+#include "import/edl_parser.h"
+#include "import/mhl_parser.h"
 #include "tables/text_helpers.h"
 
 #include <array>
@@ -27,10 +30,13 @@ bool writeTSV(const ALETable& table, const std::string& path, const WriteOptions
     return table.saveCSV(path, "\t", options.withMetadata, options.columns, true, options.omitFilmFormat);
 }
 
-constexpr std::array<FileFormat, 3> formats{{
+constexpr std::array<FileFormat, 6> formats{{
     {"ALE", ".ale", readALE, writeALE},
     {"CSV", ".csv", import::readCSVAsALETable, writeCSV, import::readCSVAsALETable},
     {"TSV", ".tsv", import::readCSVAsALETable, writeTSV, import::readCSVAsALETable},
+    {"EDL", ".edl", import::readEDLAsALETable, nullptr},
+    {"CCC", ".ccc", import::readCCCAsALETable, nullptr},
+    {"MHL", ".mhl", import::readMHLAsALETable, nullptr},
 }};
 
 } // namespace

@@ -89,6 +89,8 @@ bool startsWith(std::string_view s, std::string_view prefix) {
     return s.substr(0, prefix.size()) == prefix;
 }
 
+} // namespace
+
 void collapseCrLf(std::string& text) {
     std::size_t w = std::min(text.find('\r'), text.size());
     for (std::size_t r = w; r < text.size(); ++r) {
@@ -98,8 +100,6 @@ void collapseCrLf(std::string& text) {
     }
     text.resize(w);
 }
-
-} // namespace
 
 bool decodeText(std::string& bytes) {
     std::optional<std::string> text;

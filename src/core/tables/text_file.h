@@ -13,6 +13,8 @@ namespace lumbra::tables {
 // are known, anything else must be UTF-8; carriage return and line feed pairs become line feeds.
 // Converts in place; false, with the bytes untouched, when they are none of these.
 [[nodiscard]] bool decodeText(std::string& bytes);
+// Every carriage return and line feed pair becomes a line feed; lone carriage returns stay.
+void collapseCrLf(std::string& text);
 // ISO Latin 1 bytes as UTF-8; line ends untouched.
 [[nodiscard]] std::string decodeLatin1(std::string_view bytes);
 

@@ -1,0 +1,186 @@
+#include "import/edl_parser.h"
+
+#include "import/as_clip_table.h"
+#include "tables/console.h"
+#include "tables/text_file.h"
+#include "tables/text_helpers.h"
+
+#include <array>
+#include <string_view>
+#include <unordered_set>
+
+namespace lumbra::import {
+
+namespace {
+
+using tables::ColumnKey;
+using tables::ColumnNames;
+
+constexpr std::string_view blanksAndLineFeeds = " \n";
+
+std::string trimmed(std::string_view text) {
+    return tables::trimLeft(tables::trimRight(text, blanksAndLineFeeds), blanksAndLineFeeds);
+}
+
+// Two blanks become one until no two stand together, in one pass.
+std::string collapsed(std::string_view line) {
+    std::string out;
+    out.reserve(line.size());
+    for (char c : line) {
+        if (c == ' ' && !out.empty() && out.back() == ' ')
+            continue;
+        out += c;
+    }
+    return out;
+}
+
+// The heads are plain ASCII, and ASCII case folding is what upper- or lower-casing the line
+// does to the letters that can match them.
+bool startsWithFolded(std::string_view line, std::string_view head) {
+    if (line.size() < head.size())
+        return false;
+    for (std::size_t i = 0; i < head.size(); ++i) {
+        char c = line[i];
+        char h = head[i];
+        if (c >= 'a' && c <= 'z')
+            c = static_cast<char>(c - 'a' + 'A');
+        if (h >= 'a' && h <= 'z')
+            h = static_cast<char>(h - 'a' + 'A');
+        if (c != h)
+            return false;
+    }
+    return true;
+}
+
+std::string_view behind(std::string_view text, std::size_t n) {
+    return n < text.size() ? text.substr(n) : std::string_view();
+}
+
+// Columns in the order first met, with a set beside the list so that many keys stay cheap.
+class ColumnsInOrder {
+public:
+    explicit ColumnsInOrder(db::EDLTable& table) : m_table(table) {
+        m_known.insert(table.cols.begin(), table.cols.end());
+    }
+    void add(std::string_view column) {
+        if (m_known.emplace(column).second)
+            m_table.cols.emplace_back(column);
+    }
+
+private:
+    db::EDLTable& m_table;
+    std::unordered_set<std::string> m_known;
+};
+
+const std::array<std::string_view, 4> timecodeColumns{"Start", "End", "Record_In", "Record_Out"};
+const std::array<std::string_view, 4> locColumns{"LOC", "LOC_TIMESTAMP", "LOC_COLOR", "LOC_NAME"};
+
+void readComment(std::string_view line, db::DBEntry& entry, ColumnsInOrder& columns) {
+    auto store = [&](std::string_view column, std::string value) {
+        columns.add(column);
+        entry.data.set(column, std::move(value));
+    };
+    std::size_t colon = line.find(':');
+    if (startsWithFolded(line, "*FROM CLIP NAME")) {
+        if (colon != std::string_view::npos)
+            store("Clip_Name", trimmed(line.substr(colon + 1)));
+    } else if (startsWithFolded(line, "*ASC_SAT")) {
+        store("ASC_SAT", trimmed(behind(line, 9)));
+    } else if (startsWithFolded(line, "*ASC_SOP")) {
+        store("ASC_SOP", trimmed(behind(line, 9)));
+    } else if (startsWithFolded(line, "*LOC:")) {
+        std::string loc = trimmed(line.substr(colon + 1));
+        // One marker comment is the source of all four columns, so they join the table together.
+        for (auto column : locColumns)
+            columns.add(column);
+        std::vector<std::string> words = tables::tokenise(loc, " ");
+        for (std::size_t w = 0; w < words.size() && w + 1 < locColumns.size(); ++w)
+            entry.data.set(locColumns[w + 1], trimmed(words[w]));
+        entry.data.set(locColumns[0], std::move(loc));
+    } else if (colon != std::string_view::npos) {
+        std::string_view key = line.substr(0, colon);
+        while (!key.empty() && key.front() == '*')
+            key.remove_prefix(1);
+        while (!key.empty() && key.back() == '*')
+            key.remove_suffix(1);
+        store(key, trimmed(line.substr(colon + 1)));
+    }
+}
+
+bool isTimecode(const std::string& token) {
+    return tables::tokenise(token, ":").size() >= 4;
+}
+
+} // namespace
+
+EDLParser::EDLParser(std::string text) : text(std::move(text)) {
+    tables::collapseCrLf(this->text);
+}
+
+db::EDLTable EDLParser::parse() const {
+    db::EDLTable table("EDL table");
+    table.cols = {"Id", "Name", "Start", "End", "Record_In", "Record_Out"};
+    ColumnsInOrder columns(table);
+    const std::vector<std::string> lines = tables::tokenise(text, "\n");
+    const ColumnKey idKey = ColumnNames::key("Id");
+    const ColumnKey nameKey = ColumnNames::key("Name");
+    std::array<ColumnKey, 4> timecodeKeys{};
+    for (std::size_t k = 0; k < timecodeKeys.size(); ++k)
+        timecodeKeys[k] = ColumnNames::key(timecodeColumns[k]);
+
+    std::size_t i = 0;
+    while (i < lines.size() && lines[i].empty())
+        ++i;
+    if (i == lines.size())
+        return table;
+    if (startsWithFolded(lines[i], "title:")) {
+        std::vector<std::string> title = tables::tokenise(lines[i], ":");
+        if (title.size() >= 2)
+            table.name = trimmed(title[1]);
+        ++i;
+        while (i < lines.size() && (startsWithFolded(lines[i], "fcm") || lines[i].starts_with('*')))
+            ++i;
+    }
+
+    auto isComment = [&](std::size_t n) { return n < lines.size() && trimmed(lines[n]).starts_with('*'); };
+    while (i < lines.size()) {
+        std::string line = collapsed(lines[i++]);
+        if (line.empty())
+            continue;
+        std::vector<std::string> tokens = tables::tokenise(line, " ");
+        // An event needs an Id and a Name: a lone token is no event, and its comments go with it.
+        if (tokens.size() < 2) {
+            while (isComment(i))
+                ++i;
+            continue;
+        }
+        db::DBEntry entry;
+        entry.data.set(idKey, std::move(tokens[0]));
+        entry.data.set(nameKey, std::move(tokens[1]));
+        std::size_t found = 0;
+        for (std::size_t t = 2; t < tokens.size() && found < timecodeKeys.size(); ++t) {
+            if (isTimecode(tokens[t]))
+                entry.data.set(timecodeKeys[found++], std::move(tokens[t]));
+        }
+        while (isComment(i))
+            readComment(collapsed(trimmed(lines[i++])), entry, columns);
+        table.data.push_back(std::move(entry));
+    }
+    return table;
+}
+
+std::optional<db::EDLTable> parseEDLFile(const std::string& path, tables::Notifications* notifications) {
+    std::optional<std::string> text = tables::readTextFile(path, notifications);
+    if (!text) {
+        tables::printLine("ERROR WHILE READING FROM " + path);
+        return std::nullopt;
+    }
+    return EDLParser(std::move(*text)).parse();
+}
+
+std::unique_ptr<tables::ALETable> readEDLAsALETable(const std::string& path,
+                                                    tables::Notifications* notifications) {
+    return asClipTable(parseEDLFile(path, notifications));
+}
+
+} // namespace lumbra::import
