@@ -1,0 +1,50 @@
+#include "command.h"
+#include "import/mhl_parser.h"
+
+#include <array>
+#include <iostream>
+#include <variant>
+
+namespace lumbra::cli {
+
+namespace {
+
+constexpr std::string_view usage =
+    "Usage: lumbra-cli mhl FILE\n"
+    "\n"
+    "Reads the media hash list FILE and prints its columns, then one line per\n"
+    "hash block, values separated by tabs. No project is opened and no bin is made.\n"
+    "\n"
+    "  -h, --help  show this text\n";
+
+int run(std::span<const std::string> args);
+
+const Command command{"mhl", "print the columns and rows of a media hash list", usage, run};
+
+int run(std::span<const std::string> args) {
+    if (asksForHelp(args)) {
+        std::cout << usage;
+        return exitSuccess;
+    }
+    auto parsed = parseOptions(args, {}, {});
+    if (auto* message = std::get_if<std::string>(&parsed))
+        return usageError(command, *message);
+    const auto& positional = std::get<ParsedArguments>(parsed).positional;
+    if (positional.size() != 1)
+        return usageError(command, positional.empty() ? "FILE is needed" : "too many arguments");
+
+    // The list is read whatever its suffix: the command names the format.
+    std::optional<db::MHLTable> table = import::parseMHLFile(positional.front());
+    if (!table)
+        return failure("Cannot read " + positional.front() + ": the file could not be read");
+    import::printMHLTable(*table);
+    return exitSuccess;
+}
+
+} // namespace
+
+const Command& mhlCommand() {
+    return command;
+}
+
+} // namespace lumbra::cli
