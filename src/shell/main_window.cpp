@@ -18,6 +18,7 @@
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QFileDialog>
+#include <QLabel>
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QScreen>
@@ -40,6 +41,21 @@ QString toQt(const std::string& text) {
 const QString importFilter = QStringLiteral("Clip lists (*.ale *.ALE *.edl *.EDL *.csv *.CSV *.tsv *.TSV "
                                             "*.ccc *.CCC *.mhl *.MHL *.aaf *.avb *.fcpxml *.otio);;"
                                             "All files (*)");
+
+// A pane of the window with a small caption over what is added to its layout.
+QWidget* captioned(QWidget* parent, const QString& caption) {
+    auto* pane = new QWidget(parent);
+    auto* layout = new QVBoxLayout(pane);
+    layout->setContentsMargins(6, 6, 0, 6);
+    layout->setSpacing(4);
+    auto* label = new QLabel(caption, pane);
+    QFont font = label->font();
+    font.setBold(true);
+    label->setFont(font);
+    label->setForegroundRole(QPalette::PlaceholderText);
+    layout->addWidget(label);
+    return pane;
+}
 
 } // namespace
 
@@ -126,13 +142,16 @@ void MainWindowViewController::buildCentre() {
     auto* lists = new QSplitter(Qt::Vertical, splitter);
     lists->setChildrenCollapsible(false);
     m_binsList = new BinsList(
-        *m_sharedstuff, [this] { return m_sharedstuff->bins.get(); }, lists);
+        *m_sharedstuff, [this] { return m_sharedstuff->bins.get(); }, captioned(lists, tr("Bins")));
     m_binsList->setObjectName(QStringLiteral("binsList"));
     m_binsList->setInstructions(tr("Right-click or \n drop files here \nto add bins"));
     m_smartBinsList = new SmartBinsList(
-        *m_sharedstuff, [this] { return m_sharedstuff->smartbins.get(); }, lists);
+        *m_sharedstuff, [this] { return m_sharedstuff->smartbins.get(); },
+        captioned(lists, tr("Smart Bins")));
     m_smartBinsList->setObjectName(QStringLiteral("smartBinsList"));
     m_smartBinsList->setAcceptsFiles(false);
+    m_binsList->parentWidget()->layout()->addWidget(m_binsList);
+    m_smartBinsList->parentWidget()->layout()->addWidget(m_smartBinsList);
     lists->setStretchFactor(0, 3);
     lists->setStretchFactor(1, 1);
     connect(m_binsList, &BinsList::filesDropped, this,
@@ -261,7 +280,8 @@ void MainWindowViewController::tileBoxes() {
             open.push_back(bin);
         }
     }
-    const QRect area = m_boxesArea->rect();
+    // A margin keeps the boxes off the lists and the notifications beside them.
+    const QRect area = m_boxesArea->rect().adjusted(8, 8, -8, -8);
     auto boxOf = [](project::Bin* bin) { return dynamic_cast<QWidget*>(bin->box()); };
     if (m_viewMode == app::ViewMode::onlyone) {
         project::Bin* active = m_sharedstuff->activeBin;
@@ -277,7 +297,7 @@ void MainWindowViewController::tileBoxes() {
         for (std::size_t i = 0; i < open.size(); ++i) {
             if (QWidget* box = boxOf(open[i])) {
                 const app::BoxFrame& f = frames[i];
-                box->setGeometry(QRectF(f.x, f.y, f.width, f.height).toRect());
+                box->setGeometry(QRectF(area.x() + f.x, area.y() + f.y, f.width, f.height).toRect());
                 shown.push_back(box);
             }
         }

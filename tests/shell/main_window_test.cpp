@@ -279,6 +279,18 @@ private slots:
         QCOMPARE(m_window->notificationsBox()->item(0).body, std::string("Default layout updated"));
     }
 
+    void screenshotWithTwoOpenBins() {
+        openProject();
+        m_window->addBinsFromFiles({file("day1.ale").toStdString(), file("day2.ALE").toStdString()});
+        m_window->resize(1400, 860);
+        QTest::qWait(200);
+        const QString folder = qEnvironmentVariable("LUMBRA_SCREENSHOT_DIR", QDir::tempPath());
+        QVERIFY(QDir().mkpath(folder));
+        const QString path = folder + QStringLiteral("/main_window.png");
+        QVERIFY(m_window->grab().save(path));
+        qInfo("screenshot: %s", qPrintable(path));
+    }
+
 private:
     [[nodiscard]] QString file(const QString& name) const {
         return m_folder->path() + QStringLiteral("/files/") + name;
