@@ -30,6 +30,7 @@ struct Command {
 const Command& convertCommand();
 const Command& projectCommand();
 const Command& binCommand();
+const Command& dbCommand();
 const Command& mhlCommand();
 
 // Prints "lumbra-cli NAME: message" and the command's usage on standard error; returns exitUsage.

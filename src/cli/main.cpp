@@ -13,7 +13,8 @@ using lumbra::cli::Command;
 // Every command, in the order of the usage text; a new command is one more entry.
 std::span<const Command* const> commands() {
     static const std::array list{&lumbra::cli::convertCommand(), &lumbra::cli::projectCommand(),
-                                 &lumbra::cli::binCommand(), &lumbra::cli::mhlCommand()};
+                                 &lumbra::cli::binCommand(), &lumbra::cli::mhlCommand(),
+                                 &lumbra::cli::dbCommand()};
     return list;
 }
 

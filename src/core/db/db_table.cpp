@@ -1,6 +1,8 @@
 #include "db/db_table.h"
 
+#include "import/csv_parser.h"
 #include "tables/console.h"
+#include "tables/text_file.h"
 #include "tables/text_helpers.h"
 
 #include <algorithm>
@@ -9,6 +11,27 @@
 #include <fstream>
 
 namespace lumbra::db {
+
+namespace fs = std::filesystem;
+using tables::NotificationType;
+using tables::printLine;
+
+namespace {
+
+// A name may hold "/", which on disk would make a folder of its own.
+std::string diskName(std::string_view name) {
+    std::string out(name);
+    std::replace(out.begin(), out.end(), '/', '_');
+    return out;
+}
+
+bool endsWithLowered(const fs::path& path, std::string_view suffix) {
+    std::string lower = tables::lowercased(path.filename().string());
+    return lower.size() >= suffix.size() &&
+           lower.compare(lower.size() - suffix.size(), suffix.size(), suffix) == 0;
+}
+
+} // namespace
 
 bool DBEntry::isEmpty() const {
     return std::all_of(data.begin(), data.end(), [](const auto& cell) { return cell.value.empty(); });
@@ -69,6 +92,67 @@ bool DBTable::saveFile(const std::string& path, const std::string& separator) co
     return true;
 }
 
+std::string DBTable::folderName() {
+    return diskName(name) + " - " + uuid();
+}
+
+std::string DBTable::fileName() const {
+    return diskName(name) + ".csv";
+}
+
+bool DBTable::save(const std::string& folder, bool isCopy, Notifications* notifications) {
+    printLine("saving db " + name);
+    const bool wasChanged = hasChanged;
+    if (!Saveable::save(folder, isCopy, notifications))
+        return false;
+    const fs::path path = fs::path(folder) / fileName();
+    if (!saveFile(path.string(), "\t")) {
+        // The base save marked the table saved, yet the disk does not hold it: the next save retries.
+        hasChanged = wasChanged || !isCopy;
+        if (notifications)
+            notifications->emplace_back("DB saving error", "Error saving " + path.string(),
+                                        NotificationType::KO);
+        return false;
+    }
+    // A renamed table leaves its old file behind; the loader takes the first ".csv" it meets, so only
+    // the current one may stay.
+    std::error_code error;
+    for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
+        if (it->path().filename() != path.filename() && endsWithLowered(it->path(), ".csv")) {
+            std::error_code ignored;
+            fs::remove(it->path(), ignored);
+        }
+    }
+    return true;
+}
+
+bool DBTable::load(const std::string& folder, Notifications* notifications) {
+    Saveable::load(folder, notifications);
+    auto file = project::findFile(folder, ".csv", notifications, false);
+    if (!file)
+        return false;
+    auto text = tables::readTextFile(*file, notifications);
+    if (!text) {
+        printLine("ERROR WHILE READING FROM " + *file);
+        cols.clear();
+        data.clear();
+        return true;
+    }
+    import::CsvOptions options;
+    options.separator = U'\t';
+    options.delimiter = U'"';
+    options.first_line = import::FirstLineStyle::auto_;
+    options.first_line_number = 0;
+    options.ignore_oriented_quotes = false;
+    auto parsed =
+        import::parseCSVText(std::move(*text), options, fs::path(*file).filename().string(), nullptr);
+    name = std::move(parsed->name);
+    cols = std::move(parsed->cols);
+    data = std::move(parsed->data);
+    hasChanged = false;
+    return true;
+}
+
 void DBTable::addNumberedColumn() {
     char column[32];
     for (int n = 1;; ++n) {
@@ -80,13 +164,24 @@ void DBTable::addNumberedColumn() {
     }
 }
 
-std::unique_ptr<tables::ALETable> DBTable::toALETable() const {
+std::unique_ptr<tables::ALETable> DBTable::toALETable() const& {
     auto table = std::make_unique<tables::ALETable>();
     table->tablename = name;
     table->cols = cols;
     table->data.reserve(data.size());
     for (const auto& entry : data)
         table->appendEntry(std::make_shared<tables::ALEEntry>(entry.data));
+    return table;
+}
+
+std::unique_ptr<tables::ALETable> DBTable::toALETable() && {
+    auto table = std::make_unique<tables::ALETable>();
+    table->tablename = std::move(name);
+    table->cols = std::move(cols);
+    table->data.reserve(data.size());
+    for (auto& entry : data)
+        table->appendEntry(std::make_shared<tables::ALEEntry>(std::move(entry.data)));
+    data.clear();
     return table;
 }
 

@@ -11,6 +11,8 @@
 
 namespace lumbra::db {
 
+using tables::Notifications;
+
 // One row of a lookup table: column name to value, nothing else.
 struct DBEntry {
     tables::RowData data;
@@ -25,6 +27,17 @@ public:
     DBTable() = default;
     explicit DBTable(std::string name) : name(std::move(name)) {}
 
+    // Prints "saving db <name>", saves the details, then writes `<folder>/<name>.csv` tab-separated;
+    // a failed write adds "DB saving error" and leaves the table changed.
+    bool save(const std::string& folder, bool isCopy, Notifications* notifications) override;
+    // Reads the details, then the folder's ".csv" file into `name`, `cols` and `data`. False when the
+    // folder holds no ".csv"; an unreadable file prints and leaves the table empty, which is no failure.
+    bool load(const std::string& folder, Notifications* notifications) override;
+    // `<name> - <uuid>`, the folder of the table under the project's `db` folder.
+    [[nodiscard]] std::string folderName();
+    // `<name>.csv`, the file in that folder.
+    [[nodiscard]] std::string fileName() const;
+
     // Nothing when it is no column; otherwise the key leaves every row and the table is changed.
     virtual void deleteColumn(const std::string& column);
     // The column line, then a record per row, fields quoted where they must be; no final line feed.
@@ -37,7 +50,9 @@ public:
     [[nodiscard]] bool hasColumn(std::string_view column) const;
     // The clip table a bin is made of: the name, the columns and a copy of every row, each
     // row's table link set.
-    [[nodiscard]] std::unique_ptr<tables::ALETable> toALETable() const;
+    [[nodiscard]] std::unique_ptr<tables::ALETable> toALETable() const&;
+    // The same for a table that goes away: name, columns and rows are moved, not copied.
+    [[nodiscard]] std::unique_ptr<tables::ALETable> toALETable() &&;
 
     std::string name;
     std::vector<std::string> cols;

@@ -1,5 +1,7 @@
 #include "project/project_loader.h"
 
+#include "db/db_saver.h"
+#include "db/db_table.h"
 #include "project/bins_tree_loader.h"
 #include "project/legacy_readers.h"
 #include "project/project_file.h"
@@ -180,7 +182,7 @@ bool ProjectLoader::loadSmartbins(const std::string& path, Notifications* notifi
     return true;
 }
 
-// Presets, databases, pivot tables and jobs have no objects in this build yet: their loaders only
+// Presets, pivot tables and jobs have no objects in this build yet: their loaders only
 // check that the folder can be read, so the open keeps its steps and messages for when they come.
 bool ProjectLoader::loadExportPresets(const std::string& path, Notifications*) {
     return listable(path);
@@ -194,8 +196,15 @@ bool ProjectLoader::loadMapPresets(const std::string& path, Notifications*) {
     return listable(path);
 }
 
-bool ProjectLoader::loadDbs(const std::string& path, Notifications*) {
-    return listable(path);
+bool ProjectLoader::loadDbs(const std::string& path, Notifications* notifications) {
+    auto loaded = db::DBLoader(path).loadAll(notifications);
+    if (!loaded) {
+        printLine("ERROR while loading databases from folder " + path);
+        return false;
+    }
+    auto& list = m_sharedstuff.db;
+    list.insert(list.end(), std::make_move_iterator(loaded->begin()), std::make_move_iterator(loaded->end()));
+    return true;
 }
 
 bool ProjectLoader::loadLayouts(const std::string& path, Notifications* notifications) {

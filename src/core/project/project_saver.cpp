@@ -1,5 +1,6 @@
 #include "project/project_saver.h"
 
+#include "db/db_saver.h"
 #include "project/bins_tree_saver.h"
 #include "project/project_archive.h"
 #include "project/project_file.h"
@@ -117,7 +118,7 @@ bool ProjectSaver::saveAll(const std::optional<std::string>& path, bool isCopy) 
          "Error while saving layout mapping presets",
          [&](const std::string& url) { return saveMapPresets(url); }},
         {"-- saving dbs", dbFolderName, "Error while saving dbs",
-         [&](const std::string& url) { return saveDbs(url); }},
+         [&](const std::string& url) { return saveDbs(url, isCopy); }},
         {"-- saving layouts", tables::layoutsFolderName.data(), "Error while saving layouts", layouts},
         {"-- saving pivots", pivotFolderName, "Error while saving pivot tables",
          [&](const std::string& url) { return savePivots(url); }},
@@ -153,7 +154,7 @@ bool ProjectSaver::saveSmartbins(const std::string& path, bool isCopy) {
     return saveTree(*sharedstuff.smartbins, path, isCopy);
 }
 
-// Presets, databases and pivot tables have no saver of their own yet: nothing of theirs is written.
+// Presets and pivot tables have no saver of their own yet: nothing of theirs is written.
 bool ProjectSaver::saveExportPresets(const std::string&) {
     return true;
 }
@@ -166,8 +167,10 @@ bool ProjectSaver::saveMapPresets(const std::string&) {
     return true;
 }
 
-bool ProjectSaver::saveDbs(const std::string&) {
-    return true;
+bool ProjectSaver::saveDbs(const std::string& url, bool isCopy) {
+    db::DBSaver saver(url, sharedstuff);
+    saver.isCopy = isCopy;
+    return saver.saveAll(dbsToRemove, &sharedstuff.bufferedNotifications);
 }
 
 bool ProjectSaver::saveLayouts(const std::string& url) {

@@ -41,7 +41,8 @@ public:
     bool saveExportPresets(const std::string& url);
     bool saveReportPresets(const std::string& url);
     bool saveMapPresets(const std::string& url);
-    bool saveDbs(const std::string& url);
+    // A copy writes every database and removes nothing.
+    bool saveDbs(const std::string& url, bool isCopy = false);
     bool saveLayouts(const std::string& url);
     bool savePivots(const std::string& url);
 

@@ -18,6 +18,10 @@
 #include <string_view>
 #include <vector>
 
+namespace lumbra::db {
+class DBTable;
+}
+
 namespace lumbra::project {
 
 class ProjectSaver;
@@ -163,7 +167,7 @@ public:
     TreeNode smartbins;
     TreeNode tagThreeWithSmartbins;
     TreeNode tagThreeWithoutSmartbins;
-    std::vector<std::shared_ptr<Saveable>> db;
+    std::vector<std::shared_ptr<db::DBTable>> db;
     std::vector<std::shared_ptr<Saveable>> pivottables;
     Bin* activeBin = nullptr;                    // does not own
     std::vector<SharedStuffDelegate*> delegates; // do not own; the main window is one of them

@@ -1,0 +1,191 @@
+#include "command.h"
+#include "db/db_column_tools.h"
+#include "db/db_editing.h"
+#include "db/db_import.h"
+#include "db/db_table.h"
+#include "project/bin.h"
+#include "project/shared_stuff.h"
+#include "project_session.h"
+
+#include <array>
+#include <iostream>
+
+namespace lumbra::cli {
+
+namespace {
+
+using project::SharedStuff;
+
+constexpr std::string_view usage =
+    "Usage: lumbra-cli db add PATH FILE... [--yes|--no]\n"
+    "       lumbra-cli db list PATH [--yes|--no]\n"
+    "       lumbra-cli db show PATH NAME [--yes|--no]\n"
+    "       lumbra-cli db tool PATH NAME TOOL COLUMN [--yes|--no]\n"
+    "       lumbra-cli db bin PATH NAME [--yes|--no]\n"
+    "       lumbra-cli db remove PATH NAME [--yes|--no]\n"
+    "\n"
+    "The lookup databases of the project at PATH. NAME is a database's name or uuid.\n"
+    "Every command opens the project, which ends with a save, and saves again after a change.\n"
+    "\n"
+    "  add     one database per file (.csv, .mhl, .ccc, .edl, by the case-sensitive suffix);\n"
+    "          a name already taken gets \"_\" appended; a .csv is read with its default options\n"
+    "  list    one line per database: name, uuid, rows, columns\n"
+    "  show    the columns, then one line per row, tab-separated as the database file holds them\n"
+    "  tool    a column tool on COLUMN: infer-path (adds filename and path), trim-extension\n"
+    "          (adds COLUMN_noext), suppress-sequence (adds COLUMN_noseq) or group-by (merges the\n"
+    "          rows that share the column's value)\n"
+    "  bin     a new bin with the database's columns and rows and the project's heading values\n"
+    "  remove  the database and its folder\n"
+    "\n"
+    "  --yes, --no  answer the project's questions (see lumbra-cli project --help)\n"
+    "  -h, --help   show this text\n";
+
+int run(std::span<const std::string> args);
+
+const Command command{"db", "add, show, edit, turn into a bin or remove the databases of a project", usage,
+                      run};
+
+constexpr std::array<std::string_view, 2> flagOptions{"--yes", "--no"};
+
+// Saves after the command's change and tells whether it went.
+int saved(SharedStuff& sharedstuff, const std::string& path) {
+    bool ok = sharedstuff.save();
+    sharedstuff.flushBufferedNotifications();
+    if (!ok)
+        return failure("Cannot save " + path + ": the databases were not all written");
+    return exitSuccess;
+}
+
+// The database named by `key` (a uuid names one alone); prints why there is none.
+db::DBTable* findDatabase(SharedStuff& sharedstuff, const std::string& path, const std::string& key) {
+    std::vector<db::DBTable*> named;
+    for (const auto& table : sharedstuff.db) {
+        if (table->uuid() == key)
+            return table.get();
+        if (table->name == key)
+            named.push_back(table.get());
+    }
+    if (named.size() == 1)
+        return named.front();
+    if (named.empty())
+        failure("Cannot find " + key + " in " + path + ": no database has that name");
+    else
+        failure("Cannot find " + key + " in " + path + ": " + std::to_string(named.size()) +
+                " databases have that name; give the uuid");
+    return nullptr;
+}
+
+int add(SharedStuff& sharedstuff, const ParsedArguments& parsed) {
+    std::vector<std::string> files(parsed.positional.begin() + 2, parsed.positional.end());
+    std::vector<db::DBTable*> added = db::addDatabases(sharedstuff, files);
+    sharedstuff.flushBufferedNotifications();
+    if (int status = saved(sharedstuff, parsed.positional[1]); status != exitSuccess)
+        return status;
+    if (added.size() != files.size())
+        return failure("Cannot load " + std::to_string(files.size() - added.size()) + " of " +
+                       std::to_string(files.size()) + " files as databases");
+    return exitSuccess;
+}
+
+int list(SharedStuff& sharedstuff) {
+    for (const auto& table : sharedstuff.db)
+        std::cout << table->name << '\t' << table->uuid() << '\t' << table->data.size()
+                  << (table->data.size() == 1 ? " row\t" : " rows\t") << table->cols.size()
+                  << (table->cols.size() == 1 ? " column\n" : " columns\n");
+    return exitSuccess;
+}
+
+int tool(SharedStuff& sharedstuff, db::DBTable& table, const ParsedArguments& parsed) {
+    const std::string& name = parsed.positional[3];
+    const std::string& column = parsed.positional[4];
+    if (!table.hasColumn(column))
+        return failure("Cannot run " + name + " on " + table.name + ": no column " + column);
+    std::vector<std::string> added;
+    if (name == "infer-path") {
+        added = db::inferPath(table, column);
+    } else if (name == "trim-extension") {
+        added.push_back(*db::trimExtension(table, column));
+    } else if (name == "suppress-sequence") {
+        added.push_back(*db::suppressSequence(table, column));
+    } else {
+        std::size_t before = table.data.size();
+        db::groupBy(table, column);
+        std::cout << before << " rows grouped into " << table.data.size() << '\n';
+    }
+    for (const auto& addedColumn : added)
+        std::cout << "Added column " << addedColumn << '\n';
+    db::tableEdited(sharedstuff, table);
+    return saved(sharedstuff, parsed.positional[1]);
+}
+
+int run(std::span<const std::string> args) {
+    auto parsedOrStatus = parseAskingCommand(command, args, {}, flagOptions);
+    if (const int* status = std::get_if<int>(&parsedOrStatus))
+        return *status;
+    const auto& parsed = std::get<ParsedArguments>(parsedOrStatus);
+    if (parsed.positional.empty())
+        return usageError(command, "a subcommand is needed");
+    const std::string& sub = parsed.positional[0];
+    const std::size_t count = parsed.positional.size();
+    const bool named = sub == "show" || sub == "bin" || sub == "remove";
+    if (sub != "add" && sub != "list" && sub != "tool" && !named)
+        return usageError(command, "unknown subcommand \"" + sub + "\"");
+    if (count < 2)
+        return usageError(command, "PATH is needed");
+    if (sub == "add" && count < 3)
+        return usageError(command, "at least one FILE is needed");
+    if (sub == "list" && count != 2)
+        return usageError(command, "too many arguments");
+    if (named && count != 3)
+        return usageError(command, count < 3 ? "NAME is needed" : "too many arguments");
+    if (sub == "tool") {
+        if (count != 5)
+            return usageError(command, count < 5 ? "NAME, TOOL and COLUMN are needed" : "too many arguments");
+        const std::string& name = parsed.positional[3];
+        if (name != "infer-path" && name != "trim-extension" && name != "suppress-sequence" &&
+            name != "group-by")
+            return usageError(command, "unknown tool \"" + name + "\"");
+    }
+
+    ProjectSession session(parsed.has("--yes")  ? AnswerPolicy::affirm
+                           : parsed.has("--no") ? AnswerPolicy::cancel
+                                                : AnswerPolicy::ask);
+    const std::string& path = parsed.positional[1];
+    if (!session.open(path))
+        return exitFailure;
+    SharedStuff& sharedstuff = session.project();
+    if (sub == "add")
+        return add(sharedstuff, parsed);
+    if (sub == "list")
+        return list(sharedstuff);
+    db::DBTable* table = findDatabase(sharedstuff, path, parsed.positional[2]);
+    if (!table)
+        return exitFailure;
+    if (sub == "show") {
+        std::cout << table->tableText("\t") << '\n';
+        return exitSuccess;
+    }
+    if (sub == "tool")
+        return tool(sharedstuff, *table, parsed);
+    if (sub == "bin") {
+        project::Bin& bin = db::binFromDatabase(sharedstuff, *table);
+        if (int status = saved(sharedstuff, path); status != exitSuccess)
+            return status;
+        std::cout << "Bin " << bin.displayName() << " created from " << table->name << '\n';
+        return exitSuccess;
+    }
+    std::string name = table->name;
+    db::deleteDatabase(sharedstuff, *table);
+    if (int status = saved(sharedstuff, path); status != exitSuccess)
+        return status;
+    std::cout << "Database " << name << " removed\n";
+    return exitSuccess;
+}
+
+} // namespace
+
+const Command& dbCommand() {
+    return command;
+}
+
+} // namespace lumbra::cli

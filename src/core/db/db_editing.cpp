@@ -1,0 +1,129 @@
+#include "db/db_editing.h"
+
+#include "app/user_interaction.h"
+#include "project/bin.h"
+#include "project/project_saver.h"
+#include "project/shared_stuff.h"
+
+#include <algorithm>
+
+namespace lumbra::db {
+
+namespace {
+
+std::size_t characterCount(std::string_view text) {
+    return static_cast<std::size_t>(std::count_if(
+        text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+}
+
+} // namespace
+
+std::optional<std::size_t> databaseIndex(const project::SharedStuff& sharedstuff, const DBTable& table) {
+    const auto& list = sharedstuff.db;
+    auto it = std::find_if(list.begin(), list.end(), [&](const auto& item) { return item.get() == &table; });
+    if (it == list.end())
+        return std::nullopt;
+    return static_cast<std::size_t>(it - list.begin());
+}
+
+DBTable* databaseNamed(const project::SharedStuff& sharedstuff, std::string_view name) {
+    for (const auto& table : sharedstuff.db) {
+        if (table->name == name)
+            return table.get();
+    }
+    return nullptr;
+}
+
+void tableEdited(project::SharedStuff& sharedstuff, DBTable& table) {
+    table.modified = project::nowSeconds();
+    table.hasChanged = true;
+    // The panel saves nothing itself: the next save of the project writes the table.
+    sharedstuff.something_to_save = true;
+}
+
+void renameDatabase(project::SharedStuff& sharedstuff, DBTable& table, std::string name) {
+    table.name = std::move(name);
+    tableEdited(sharedstuff, table);
+}
+
+bool renameDatabase(project::SharedStuff& sharedstuff, DBTable& table) {
+    if (!sharedstuff.interaction)
+        return false;
+    auto answer = sharedstuff.interaction->askText({"Rename DB", "Insert name for the DB", table.name, {}});
+    // An empty name would leave the table a file called ".csv": it counts as no answer.
+    if (!answer || answer->empty())
+        return false;
+    renameDatabase(sharedstuff, table, std::move(*answer));
+    return true;
+}
+
+bool deleteDatabase(project::SharedStuff& sharedstuff, DBTable& table) {
+    auto index = databaseIndex(sharedstuff, table);
+    if (!index)
+        return false;
+    auto& list = sharedstuff.db;
+    sharedstuff.saver().dbsToRemove.push_back(list[*index]);
+    list.erase(list.begin() + static_cast<std::ptrdiff_t>(*index));
+    sharedstuff.something_to_save = true;
+    return true;
+}
+
+std::size_t addEntry(project::SharedStuff& sharedstuff, DBTable& table, std::optional<std::size_t> before) {
+    std::size_t at = before && *before < table.data.size() ? *before : table.data.size();
+    table.data.insert(table.data.begin() + static_cast<std::ptrdiff_t>(at), DBEntry{});
+    tableEdited(sharedstuff, table);
+    return at;
+}
+
+bool deleteEntry(project::SharedStuff& sharedstuff, DBTable& table, std::size_t row) {
+    if (row >= table.data.size())
+        return false;
+    table.data.erase(table.data.begin() + static_cast<std::ptrdiff_t>(row));
+    tableEdited(sharedstuff, table);
+    return true;
+}
+
+bool setCell(project::SharedStuff& sharedstuff, DBTable& table, std::size_t row, const std::string& column,
+             std::string value) {
+    if (row >= table.data.size())
+        return false;
+    table.data[row].data.set(column, std::move(value));
+    tableEdited(sharedstuff, table);
+    return true;
+}
+
+double columnWidth(const DBTable& table, const std::string& column, double initial) {
+    if (auto it = table.colwidths.find(column); it != table.colwidths.end())
+        return it->second;
+    double width = initial;
+    auto widen = [&](std::string_view text) {
+        const auto length = static_cast<double>(characterCount(text));
+        if (10.0 * length > width)
+            width = 7.0 * length;
+    };
+    widen(column);
+    const tables::ColumnKey key = tables::ColumnNames::key(column);
+    for (const auto& entry : table.data)
+        widen(entry.data.valueOr(key));
+    return width;
+}
+
+project::Bin& binFromDatabase(project::SharedStuff& sharedstuff, const DBTable& table) {
+    std::unique_ptr<tables::ALETable> clips = table.toALETable();
+    clips->tablename = sharedstuff.uniqueName(table.name);
+    clips->fps = sharedstuff.fps;
+    clips->video_format = sharedstuff.tlResolution;
+    clips->audio_format = sharedstuff.sound;
+    clips->film_format = sharedstuff.film_format;
+    if (sharedstuff.tapeId)
+        clips->tape = sharedstuff.tapeId;
+    auto bin = std::make_shared<project::Bin>(std::move(clips), &sharedstuff,
+                                              sharedstuff.projectLayouts.baseLayout, true);
+    project::Bin& made = *bin;
+    sharedstuff.addBin(std::move(bin));
+    sharedstuff.refreshSmartbins(made, false);
+    made.setSelected(true);
+    return made;
+}
+
+} // namespace lumbra::db

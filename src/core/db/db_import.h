@@ -1,0 +1,30 @@
+#pragma once
+
+#include "db/db_table.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace lumbra::app {
+class UserInteraction;
+}
+namespace lumbra::project {
+class SharedStuff;
+}
+
+namespace lumbra::db {
+
+// The table of a file by the last four characters of its path, case kept: ".csv" (the options asked
+// of `interaction`, default options without one), ".mhl", ".ccc", ".edl". Null for any other ending,
+// for a file that cannot be read (".csv" prints "ERROR WHILE READING FROM <path>") and for a
+// cancelled question.
+[[nodiscard]] std::unique_ptr<DBTable> tableFromFile(const std::string& path,
+                                                     app::UserInteraction* interaction);
+
+// One database per readable file, in order, appended to the project's list under a name that no
+// database has ("_" appended while one does); each file is logged as "Added DB" or "Cannot load DB".
+// The tables added; the project is then marked as having something to save.
+std::vector<DBTable*> addDatabases(project::SharedStuff& sharedstuff, const std::vector<std::string>& paths);
+
+} // namespace lumbra::db

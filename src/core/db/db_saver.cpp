@@ -1,0 +1,137 @@
+#include "db/db_saver.h"
+
+#include "project/bins_tree_loader.h"
+#include "project/shared_stuff.h"
+#include "tables/console.h"
+#include "tables/text_helpers.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace lumbra::db {
+
+namespace fs = std::filesystem;
+using tables::NotificationType;
+using tables::printLine;
+
+namespace {
+
+bool holdsCsvFile(const fs::path& folder) {
+    std::error_code error;
+    for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
+        std::string lower = tables::lowercased(it->path().filename().string());
+        if (lower.size() >= 4 && lower.compare(lower.size() - 4, 4, ".csv") == 0)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+DBSaver::DBSaver(std::string baseUrl, project::SharedStuff& sharedstuff)
+    : m_baseUrl(std::move(baseUrl)), m_sharedstuff(sharedstuff) {
+}
+
+std::optional<std::string> DBSaver::folderUrl(DBTable& table) const {
+    const auto& list = m_sharedstuff.db;
+    if (std::none_of(list.begin(), list.end(), [&](const auto& item) { return item.get() == &table; }))
+        return std::nullopt;
+    return (fs::path(m_baseUrl) / table.folderName()).string();
+}
+
+bool DBSaver::saveAll(const std::vector<std::shared_ptr<project::Saveable>>& itemsToRemove,
+                      Notifications* notifications) {
+    // One walk of the folder answers where every table was last saved.
+    auto folders = project::folderIndex(m_baseUrl);
+    bool result = true;
+    for (const auto& table : m_sharedstuff.db) {
+        if (!saveItem(*table, folders, notifications)) {
+            printLine("ERROR saving DBs");
+            result = false;
+        }
+    }
+    if (isCopy)
+        return result;
+    for (const auto& item : itemsToRemove) {
+        auto it = folders.find(item->uuid());
+        if (it == folders.end())
+            continue;
+        std::error_code error;
+        fs::remove_all(it->second, error);
+        if (error)
+            printLine("ERROR removing " + it->second);
+    }
+    return result;
+}
+
+bool DBSaver::saveItem(DBTable& table, Notifications* notifications) {
+    if (!folderUrl(table)) {
+        printLine("ERROR: cannot save item that is outside this tree");
+        if (notifications)
+            notifications->emplace_back("Unknown item",
+                                        "Cannot save " + table.name + " because it is outside of this tree",
+                                        NotificationType::KO);
+        return false;
+    }
+    std::unordered_map<std::string, std::string> folders;
+    if (auto old = project::findFolder(table.uuid(), m_baseUrl))
+        folders.emplace(table.uuid(), *old);
+    return saveItem(table, folders, notifications);
+}
+
+bool DBSaver::saveItem(DBTable& table, std::unordered_map<std::string, std::string>& folders,
+                       Notifications* notifications) {
+    const std::string folder = (fs::path(m_baseUrl) / table.folderName()).string();
+    auto old = folders.find(table.uuid());
+    const bool onDisk = old != folders.end();
+    if (onDisk && old->second != folder) {
+        printLine("moving " + old->second + " to " + folder);
+        std::error_code error;
+        fs::rename(old->second, folder, error);
+        if (error) {
+            std::string where = old->second + " to " + folder;
+            printLine("Error moving folder for " + where);
+            if (notifications)
+                notifications->emplace_back("Moving error", "Error moving folder for " + where,
+                                            NotificationType::KO);
+            return false;
+        }
+        old->second = folder;
+    }
+    // An ordinary save writes only what changed; a table missing from the folder is written whatever its
+    // mark.
+    if (onDisk && !table.hasChanged && !isCopy)
+        return true;
+    if (!table.save(folder, isCopy, notifications))
+        return false;
+    folders[table.uuid()] = folder;
+    return true;
+}
+
+std::optional<std::vector<std::shared_ptr<DBTable>>> DBLoader::loadAll(Notifications* notifications) const {
+    std::error_code error;
+    fs::directory_iterator it(m_baseUrl, error);
+    if (error)
+        return std::nullopt;
+    std::vector<fs::path> folders;
+    for (fs::directory_iterator end; !error && it != end; it.increment(error)) {
+        std::error_code typeError;
+        if (it->is_directory(typeError))
+            folders.push_back(it->path());
+    }
+    if (error)
+        return std::nullopt;
+    // The file system's order differs from disk to disk; the name order is the same everywhere.
+    std::sort(folders.begin(), folders.end());
+    std::vector<std::shared_ptr<DBTable>> tables;
+    for (const auto& folder : folders) {
+        if (!holdsCsvFile(folder))
+            continue;
+        auto table = std::make_shared<CSVTable>(project::nameOfFolder(folder.string()));
+        table->load(folder.string(), notifications);
+        tables.push_back(std::move(table));
+    }
+    return tables;
+}
+
+} // namespace lumbra::db

@@ -1,0 +1,173 @@
+#include "app/scripted_interaction.h"
+#include "core/project/project_test_support.h"
+#include "db/db_editing.h"
+#include "db/db_import.h"
+#include "project/bin.h"
+#include "project/shared_stuff.h"
+#include "tables/console.h"
+
+#include <gtest/gtest.h>
+
+using namespace lumbra::db;
+using namespace lumbra::project::testing;
+using lumbra::app::ScriptedInteraction;
+using lumbra::project::SharedStuff;
+using lumbra::tables::NotificationType;
+
+namespace {
+
+struct Databases {
+    Databases() : s(&user) { s.autosave = false; }
+    std::string file(const std::string& relative, const std::string& text) {
+        writeFile(dir.path / relative, text);
+        return (dir.path / relative).string();
+    }
+    ScriptedInteraction user;
+    SharedStuff s;
+    TempFolder dir;
+};
+
+bool buffered(const SharedStuff& s, const std::string& title, const std::string& text,
+              NotificationType type) {
+    return std::any_of(s.bufferedNotifications.begin(), s.bufferedNotifications.end(),
+                       [&](const auto& n) { return n.title == title && n.body == text && n.type == type; });
+}
+
+} // namespace
+
+TEST(DBImport, TwoFilesOfOneNameGiveTheNameAndTheNameWithAnUnderscore) {
+    Databases d;
+    std::vector<std::string> paths{d.file("one/a.csv", "Name,Tape\nA001,T1\n"),
+                                   d.file("two/a.csv", "Name\nB001\nB002\n")};
+    d.user.queueCsvOptions({});
+    d.user.queueCsvOptions({});
+    auto added = addDatabases(d.s, paths);
+    ASSERT_EQ(added.size(), 2U);
+    ASSERT_EQ(d.s.db.size(), 2U);
+    EXPECT_EQ(d.s.db[0]->name, "a");
+    EXPECT_EQ(d.s.db[1]->name, "a_");
+    EXPECT_EQ(d.s.db[0]->cols, (std::vector<std::string>{"Name", "Tape"}));
+    EXPECT_EQ(d.s.db[1]->data.size(), 2U);
+    EXPECT_NE(dynamic_cast<CSVTable*>(d.s.db[1].get()), nullptr);
+    EXPECT_TRUE(buffered(d.s, "Added DB", "Successfully loaded a", NotificationType::OK));
+    EXPECT_TRUE(buffered(d.s, "Added DB", "Successfully loaded a_", NotificationType::OK));
+    EXPECT_TRUE(d.s.something_to_save);
+    EXPECT_EQ(d.user.unexpected(), 0);
+}
+
+TEST(DBImport, AFileWithoutATableCostsOnlyItsOwnEntry) {
+    Databases d;
+    std::vector<std::string> paths{d.file("notes.txt", "x"), d.file("upper.CSV", "A\n1\n"),
+                                   d.file("cut.aaf", "x"), d.file("cancelled.csv", "A\n1\n"),
+                                   d.file("good.csv", "A\n1\n")};
+    d.user.queueCsvOptions({.user_aborted = true});
+    d.user.queueCsvOptions({});
+    auto added = addDatabases(d.s, paths);
+    ASSERT_EQ(added.size(), 1U);
+    EXPECT_EQ(added[0]->name, "good");
+    for (const char* name : {"notes.txt", "upper.CSV", "cut.aaf", "cancelled.csv"}) {
+        SCOPED_TRACE(name);
+        EXPECT_TRUE(
+            buffered(d.s, "Cannot load DB", std::string("Couldn't load ") + name, NotificationType::WARNING));
+    }
+    // The file is unreadable: nothing is asked, the read says why.
+    lumbra::tables::PrintCapture capture;
+    EXPECT_EQ(tableFromFile((d.dir.path / "missing.csv").string(), &d.user), nullptr);
+    EXPECT_TRUE(capture.contains("ERROR WHILE READING FROM " + (d.dir.path / "missing.csv").string()));
+}
+
+TEST(DBImport, AnEdlGivesAnEdlTable) {
+    Databases d;
+    std::string path = d.file("reel.edl", "TITLE: Reel 1\nFCM: NON-DROP FRAME\n\n"
+                                          "001  A001     V     C        01:00:00:00 01:00:01:00 "
+                                          "10:00:00:00 10:00:01:00\n");
+    auto table = tableFromFile(path, &d.user);
+    ASSERT_NE(table, nullptr);
+    EXPECT_NE(dynamic_cast<EDLTable*>(table.get()), nullptr);
+    EXPECT_EQ(table->data.size(), 1U);
+}
+
+TEST(DBEditing, EntriesGoBeforeTheClickedRowOrAtTheEnd) {
+    Databases d;
+    auto table = std::make_shared<CSVTable>("t");
+    table->cols = {"A"};
+    for (const char* value : {"1", "2"})
+        table->data.push_back(DBEntry{{{"A", value}}});
+    table->hasChanged = false;
+    d.s.db.push_back(table);
+    EXPECT_EQ(addEntry(d.s, *table, 1), 1U);
+    EXPECT_EQ(addEntry(d.s, *table), 3U);
+    EXPECT_EQ(addEntry(d.s, *table, 99), 4U);
+    ASSERT_EQ(table->data.size(), 5U);
+    EXPECT_EQ(table->data[0].data.valueOr("A"), "1");
+    EXPECT_TRUE(table->data[1].isEmpty());
+    EXPECT_EQ(table->data[2].data.valueOr("A"), "2");
+    EXPECT_TRUE(table->hasChanged);
+    EXPECT_TRUE(setCell(d.s, *table, 1, "A", "new"));
+    EXPECT_FALSE(setCell(d.s, *table, 5, "A", "past the end"));
+    EXPECT_TRUE(deleteEntry(d.s, *table, 0));
+    EXPECT_EQ(table->data[0].data.valueOr("A"), "new");
+    EXPECT_FALSE(deleteEntry(d.s, *table, 4));
+}
+
+TEST(DBEditing, RenameAsksForTheName) {
+    Databases d;
+    auto table = std::make_shared<CSVTable>("old");
+    d.s.db.push_back(table);
+    d.user.queueText(std::nullopt);
+    EXPECT_FALSE(renameDatabase(d.s, *table));
+    d.user.queueText("new");
+    EXPECT_TRUE(renameDatabase(d.s, *table));
+    EXPECT_EQ(table->name, "new");
+    ASSERT_EQ(d.user.textRequests().size(), 2U);
+    EXPECT_EQ(d.user.textRequests()[0].title, "Rename DB");
+    EXPECT_EQ(d.user.textRequests()[0].text, "Insert name for the DB");
+    EXPECT_EQ(databaseNamed(d.s, "new"), table.get());
+    EXPECT_EQ(databaseNamed(d.s, "old"), nullptr);
+}
+
+TEST(DBEditing, ColumnWidthsGrowWithTheLongestTextUnlessTheUserSetOne) {
+    DBTable table("t");
+    table.cols = {"Name", "Description"};
+    table.data.push_back(DBEntry{{{"Name", "A001"}, {"Description", std::string(20, 'x')}}});
+    table.data.push_back(DBEntry{{{"Name", "A002"}, {"Description", std::string(12, 'y')}}});
+    table.data.push_back(DBEntry{{{"Description", std::string(25, 'z')}}});
+    EXPECT_EQ(columnWidth(table, "Name", 100.0), 100.0);
+    // 200 > 100 makes 140; 120 does not pass 140; 250 does and makes 175.
+    EXPECT_EQ(columnWidth(table, "Description", 100.0), 175.0);
+    EXPECT_EQ(columnWidth(table, "\u00E9t\u00E9 long enough", 100.0), 105.0); // characters, not bytes
+    table.colwidths["Name"] = 42.0;
+    EXPECT_EQ(columnWidth(table, "Name", 100.0), 42.0);
+}
+
+TEST(DBEditing, ABinFromATableTakesTheProjectHeadingAndAFreeName) {
+    Databases d;
+    d.s.fps = "25";
+    d.s.tlResolution = "1080";
+    d.s.sound = "48kHz";
+    d.s.film_format = "35mm";
+    d.s.tapeId = "T9";
+    d.s.bins->addBin(makeBin("shots", &d.s));
+    DBTable table("shots");
+    table.cols = {"Name", "Size"};
+    table.data.push_back(DBEntry{{{"Name", "A001"}, {"Size", "10"}}});
+    table.data.push_back(DBEntry{{{"Name", "A002"}}});
+    lumbra::project::Bin& bin = binFromDatabase(d.s, table);
+    const auto* clips = bin.table();
+    ASSERT_NE(clips, nullptr);
+    EXPECT_EQ(clips->tablename, "shots_02");
+    EXPECT_EQ(clips->fps, "25");
+    EXPECT_EQ(clips->video_format, "1080");
+    EXPECT_EQ(clips->audio_format, "48kHz");
+    EXPECT_EQ(clips->film_format, "35mm");
+    EXPECT_EQ(clips->tape, "T9");
+    EXPECT_EQ(clips->cols, table.cols);
+    ASSERT_EQ(clips->data.size(), 2U);
+    EXPECT_EQ(clips->data[0]->data().valueOr("Size"), "10");
+    EXPECT_EQ(bin.layout, d.s.projectLayouts.baseLayout);
+    EXPECT_TRUE(bin.selected());
+    EXPECT_EQ(d.s.bins->toarray.size(), 2U);
+    // The rows are copies: the table's later edits stay out of the bin.
+    table.data[0].data.set("Size", "99");
+    EXPECT_EQ(clips->data[0]->data().valueOr("Size"), "10");
+}
