@@ -5,6 +5,7 @@
 #include "tables/file_formats.h"
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <unordered_set>
 
@@ -32,6 +33,16 @@ template <typename Table> std::unique_ptr<DBTable> throughClipReader(const std::
 }
 
 } // namespace
+
+std::span<const std::string_view> databaseFileTypes() {
+    static constexpr std::array<std::string_view, 5> types{"csv", "mhl", "ccc", "edl", "aaf"};
+    return types;
+}
+
+bool acceptsDrop(std::string_view path) {
+    const std::string_view ending = path.size() >= 4 ? path.substr(path.size() - 4) : std::string_view();
+    return ending == ".csv" || ending == ".mhl" || ending == ".ccc" || ending == ".edl";
+}
 
 std::unique_ptr<DBTable> tableFromFile(const std::string& path, app::UserInteraction* interaction) {
     const std::string ending = path.size() >= 4 ? path.substr(path.size() - 4) : std::string();

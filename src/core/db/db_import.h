@@ -3,7 +3,9 @@
 #include "db/db_table.h"
 
 #include <memory>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace lumbra::app {
@@ -21,6 +23,12 @@ namespace lumbra::db {
 // cancelled question.
 [[nodiscard]] std::unique_ptr<DBTable> tableFromFile(const std::string& path,
                                                      app::UserInteraction* interaction);
+
+// The file types the "Add Database" file panel offers, without their dots.
+[[nodiscard]] std::span<const std::string_view> databaseFileTypes();
+// Whether a file dropped on the list of databases is taken: its last four characters are ".csv",
+// ".mhl", ".ccc" or ".edl", case kept.
+[[nodiscard]] bool acceptsDrop(std::string_view path);
 
 // One database per readable file, in order, appended to the project's list under a name that no
 // database has ("_" appended while one does); each file is logged as "Added DB" or "Cannot load DB".

@@ -171,3 +171,14 @@ TEST(DBEditing, ABinFromATableTakesTheProjectHeadingAndAFreeName) {
     table.data[0].data.set("Size", "99");
     EXPECT_EQ(clips->data[0]->data().valueOr("Size"), "10");
 }
+
+TEST(DBImport, DropsAreTakenByTheirLastFourCharactersAsWritten) {
+    for (const char* path : {"/a/x.csv", "x.mhl", "/b/c.ccc", "reel.edl"}) {
+        SCOPED_TRACE(path);
+        EXPECT_TRUE(acceptsDrop(path));
+    }
+    for (const char* path : {"/a/x.CSV", "x.aaf", "x.tsv", "csv", "/a/x.csv/"}) {
+        SCOPED_TRACE(path);
+        EXPECT_FALSE(acceptsDrop(path));
+    }
+}
