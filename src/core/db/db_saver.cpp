@@ -134,4 +134,31 @@ std::optional<std::vector<std::shared_ptr<DBTable>>> DBLoader::loadAll(Notificat
     return tables;
 }
 
+project::LegacyRead DBLoader::loadLegacy(const std::string& folder,
+                                         std::vector<std::shared_ptr<DBTable>>& tables,
+                                         Notifications* notifications) {
+    std::error_code error;
+    std::vector<fs::path> files;
+    for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
+        std::error_code typeError;
+        if (!it->is_directory(typeError))
+            files.push_back(it->path());
+    }
+    if (error) {
+        printLine("ERROR: cannot get files list from folder " + folder);
+        return project::LegacyRead::failed;
+    }
+    std::sort(files.begin(), files.end());
+    auto read = project::LegacyRead::complete;
+    for (const auto& file : files) {
+        auto table = std::make_shared<CSVTable>();
+        if (!table->readFile(file.string(), notifications)) {
+            read = project::LegacyRead::partial;
+            continue;
+        }
+        tables.push_back(std::move(table));
+    }
+    return read;
+}
+
 } // namespace lumbra::db

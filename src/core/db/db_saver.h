@@ -1,6 +1,7 @@
 #pragma once
 
 #include "db/db_table.h"
+#include "project/legacy_readers.h"
 #include "project/saveable.h"
 
 #include <memory>
@@ -51,6 +52,13 @@ public:
     // tail and then loaded, in name order. Absent when the folder cannot be listed.
     [[nodiscard]] std::optional<std::vector<std::shared_ptr<DBTable>>>
     loadAll(Notifications* notifications) const;
+
+    // The earlier flat folder of databases: every file in it read as a database file, in name order,
+    // appended to `tables` as changed, so that the next save writes them in the current layout.
+    // failed (printed) when the folder cannot be listed, partial when a file could not be read.
+    [[nodiscard]] static project::LegacyRead loadLegacy(const std::string& folder,
+                                                        std::vector<std::shared_ptr<DBTable>>& tables,
+                                                        Notifications* notifications);
 
 private:
     std::string m_baseUrl;

@@ -126,17 +126,13 @@ bool DBTable::save(const std::string& folder, bool isCopy, Notifications* notifi
     return true;
 }
 
-bool DBTable::load(const std::string& folder, Notifications* notifications) {
-    Saveable::load(folder, notifications);
-    auto file = project::findFile(folder, ".csv", notifications, false);
-    if (!file)
-        return false;
-    auto text = tables::readTextFile(*file, notifications);
+bool DBTable::readFile(const std::string& path, Notifications* notifications) {
+    auto text = tables::readTextFile(path, notifications);
     if (!text) {
-        printLine("ERROR WHILE READING FROM " + *file);
+        printLine("ERROR WHILE READING FROM " + path);
         cols.clear();
         data.clear();
-        return true;
+        return false;
     }
     import::CsvOptions options;
     options.separator = U'\t';
@@ -145,10 +141,19 @@ bool DBTable::load(const std::string& folder, Notifications* notifications) {
     options.first_line_number = 0;
     options.ignore_oriented_quotes = false;
     auto parsed =
-        import::parseCSVText(std::move(*text), options, fs::path(*file).filename().string(), nullptr);
+        import::parseCSVText(std::move(*text), options, fs::path(path).filename().string(), nullptr);
     name = std::move(parsed->name);
     cols = std::move(parsed->cols);
     data = std::move(parsed->data);
+    return true;
+}
+
+bool DBTable::load(const std::string& folder, Notifications* notifications) {
+    Saveable::load(folder, notifications);
+    auto file = project::findFile(folder, ".csv", notifications, false);
+    if (!file)
+        return false;
+    readFile(*file, notifications);
     hasChanged = false;
     return true;
 }

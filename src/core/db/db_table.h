@@ -33,6 +33,10 @@ public:
     // Reads the details, then the folder's ".csv" file into `name`, `cols` and `data`. False when the
     // folder holds no ".csv"; an unreadable file prints and leaves the table empty, which is no failure.
     bool load(const std::string& folder, Notifications* notifications) override;
+    // Reads a database file (tab-separated, double quotes, the line of column names found as the CSV
+    // reader finds it) into `name` (the file's name less its last four characters), `cols` and `data`.
+    // False, with "ERROR WHILE READING FROM <path>" printed and the table emptied, when it cannot be read.
+    bool readFile(const std::string& path, Notifications* notifications);
     // `<name> - <uuid>`, the folder of the table under the project's `db` folder.
     [[nodiscard]] std::string folderName();
     // `<name>.csv`, the file in that folder.

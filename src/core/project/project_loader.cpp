@@ -275,7 +275,13 @@ OpenResult openProject(SharedStuff& sharedstuff, const OpenHooks& hooks) {
         printLine("ERROR while opening layouts in folder " + path("layout"));
 
     // 5. and 6. Databases and presets in their earlier places.
-    readLegacyObjects(path("dbs"), "ERROR while loading databases from folder ", legacy);
+    if (exists(path("dbs"))) {
+        LegacyRead read = db::DBLoader::loadLegacy(path("dbs"), sharedstuff.db, buffered);
+        if (read == LegacyRead::failed)
+            printLine("ERROR while loading databases from folder " + path("dbs"));
+        else if (read == LegacyRead::complete)
+            legacy.migrated(path("dbs"));
+    }
     readLegacyObjects(path("reportpresets"), "ERROR while loading report presets from folder ", legacy);
     readLegacyObjects(path("exportpresets"), "ERROR while loading export presets from folder ", legacy);
     readLegacyObjects(path("layoutmappingpresets"), "ERROR while loading layout mapping presets from folder ",

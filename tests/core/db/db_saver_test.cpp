@@ -215,3 +215,36 @@ TEST(DBLoading, AnUnreadableFileLeavesTheTableEmpty) {
     EXPECT_TRUE(table.data.empty());
     EXPECT_FALSE(CSVTable("u").load(dir.str(), nullptr));
 }
+
+TEST(DBLoading, TheEarlierFlatFolderIsReadAndMovedToTheCurrentLayout) {
+    Project p;
+    ASSERT_TRUE(p.s.save());
+    const fs::path earlier = p.dir.path / "Film" / "dbs";
+    writeFile(earlier / "lookup.csv", "Name\tTape\r\nA001\tT1\r\nA002\tT2");
+    writeFile(earlier / "sizes.txt", "Clip\tSize\nx\t10");
+    auto other = p.reopened();
+    ASSERT_EQ(other->db.size(), 2U);
+    EXPECT_EQ(other->db[0]->name, "lookup");
+    EXPECT_EQ(rowsOf(*other->db[0]), (std::vector<std::vector<std::string>>{{"A001", "T1"}, {"A002", "T2"}}));
+    EXPECT_EQ(other->db[1]->name, "sizes");
+    EXPECT_EQ(other->db[1]->cols, (std::vector<std::string>{"Clip", "Size"}));
+    EXPECT_FALSE(fs::exists(earlier));
+    EXPECT_EQ(readFile(p.dbFolder() / ("lookup - " + other->db[0]->uuid()) / "lookup.csv"),
+              "Name\tTape\nA001\tT1\nA002\tT2");
+}
+
+TEST(DBLoading, AnEarlierFileThatCannotBeReadKeepsTheFolder) {
+    Project p;
+    ASSERT_TRUE(p.s.save());
+    const fs::path earlier = p.dir.path / "Film" / "dbs";
+    writeFile(earlier / "good.csv", "A\n1");
+    writeFile(earlier / "locked.csv", "A\n2");
+    fs::permissions(earlier / "locked.csv", fs::perms::none);
+    Unprivileged user;
+    PrintCapture capture;
+    auto other = p.reopened();
+    EXPECT_TRUE(capture.contains("ERROR WHILE READING FROM " + (earlier / "locked.csv").string()));
+    ASSERT_EQ(other->db.size(), 1U);
+    EXPECT_EQ(other->db[0]->name, "good");
+    EXPECT_TRUE(fs::exists(earlier / "locked.csv"));
+}

@@ -271,7 +271,6 @@ TEST(ProjectOpening, AFailedEarlierReadKeepsItsFolder) {
     ProjectFolder folder;
     writeEarlierProject(folder);
     folder.file("bins/lost.bin", "tableid\tlost\n");
-    folder.file("dbs/lookup.db", "x");
     Opening opening(folder);
     opening.interaction.queueAlert("Proceed");
     PrintCapture capture;
@@ -279,7 +278,6 @@ TEST(ProjectOpening, AFailedEarlierReadKeepsItsFolder) {
     EXPECT_TRUE(capture.contains("ERROR: missing ale file for bin lost"));
     EXPECT_EQ(opening.sharedstuff.bins->toarray.size(), 2u);
     EXPECT_TRUE(fs::exists(folder.project / "bins" / "lost.bin"));
-    EXPECT_TRUE(fs::exists(folder.project / "dbs" / "lookup.db"));
     EXPECT_FALSE(fs::exists(folder.project / "layouts"));
 }
 
