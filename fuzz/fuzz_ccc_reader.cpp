@@ -1,0 +1,29 @@
+#include "import/ccc_parser.h"
+#include "tables/console.h"
+#include "tables/text_file.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+// Any bytes, decoded as a file reader would, through the colour tag scanner and into a clip table.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    namespace tables = lumbra::tables;
+    tables::PrintCapture quiet;
+    std::string text(reinterpret_cast<const char*>(bytes), size);
+    if (!tables::decodeText(text))
+        text = tables::decodeLatin1(text);
+    lumbra::db::CCCTable table = lumbra::import::CCCParser::parseText(text);
+    // Every row carries its three values; the SOP text always has its three pairs of brackets.
+    for (const auto& entry : table.data) {
+        const std::string* sop = entry.data.find("ASC_SOP");
+        if (!sop || !entry.data.contains("id") || !entry.data.contains("ASC_SAT") || !sop->starts_with('(') ||
+            !sop->ends_with(')'))
+            std::abort();
+    }
+    std::string id = lumbra::import::tagAttribute(text, "id");
+    auto clips = std::move(table).toALETable();
+    std::string csv = clips->csvText(",", false, {}, false);
+    return 0;
+}

@@ -1,0 +1,29 @@
+#include "import/edl_parser.h"
+#include "tables/console.h"
+#include "tables/text_file.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <set>
+#include <string>
+
+// Any bytes, decoded as a file reader would, through the event scanner and into a clip table.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    namespace tables = lumbra::tables;
+    tables::PrintCapture quiet;
+    std::string text(reinterpret_cast<const char*>(bytes), size);
+    if (!tables::decodeText(text))
+        text = tables::decodeLatin1(text);
+    lumbra::db::EDLTable table = lumbra::import::EDLParser(std::move(text)).parse();
+    // Columns are named once each, and every row stands on an Id and a Name.
+    if (std::set<std::string>(table.cols.begin(), table.cols.end()).size() != table.cols.size())
+        std::abort();
+    for (const auto& entry : table.data) {
+        if (!entry.data.contains("Id") || !entry.data.contains("Name"))
+            std::abort();
+    }
+    auto clips = std::move(table).toALETable();
+    std::string ale = clips->aleText({}, false);
+    return 0;
+}
