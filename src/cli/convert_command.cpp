@@ -1,4 +1,7 @@
 #include "command.h"
+#include "csv_options_flags.h"
+#include "import/csv_parser.h"
+#include "policy_interaction.h"
 #include "tables/file_formats.h"
 
 #include <iostream>
@@ -12,17 +15,19 @@ namespace {
 
 namespace tables = lumbra::tables;
 
-constexpr std::string_view usage =
+constexpr std::string_view usageHead =
     "Usage: lumbra-cli convert INPUT OUTPUT [--metadata] [--omit-film-format] "
     "[--columns A,B,C]\n"
+    "                          [--separator S] [--delimiter D] [--first-line L] [--ignore-oriented-quotes]\n"
     "\n"
-    "Reads INPUT (.ale) and writes OUTPUT (.ale, .csv or .tsv), chosen by suffix.\n"
+    "Reads INPUT and writes OUTPUT, each in the format of its suffix.\n"
     "\n"
     "  --metadata          put the heading values above the columns of a .csv "
     "or .tsv\n"
     "  --omit-film-format  leave out the FILM_FORMAT heading\n"
-    "  --columns A,B,C     write only these columns, in this order\n"
-    "  -h, --help          show this text\n";
+    "  --columns A,B,C     write only these columns, in this order\n";
+constexpr std::string_view usageTail = "  -h, --help          show this text\n";
+const std::string usage = std::string(usageHead) + std::string(csvOptionsHelp) + std::string(usageTail);
 
 int run(std::span<const std::string> args);
 
@@ -32,6 +37,7 @@ struct ConvertArguments {
     std::string input;
     std::string output;
     tables::WriteOptions options;
+    CsvFlags csv;
 };
 
 // The parsed arguments, or the message of a usage error.
@@ -56,6 +62,15 @@ std::variant<ConvertArguments, std::string> parseArguments(std::span<const std::
             columnList = args[++i];
         } else if (arg.starts_with("--columns=")) {
             columnList = arg.substr(std::string_view("--columns=").size());
+        } else if (arg == csvFlagOption) {
+            parsed.csv.ignoreOrientedQuotes = true;
+        } else if (auto equals = arg.find('='); isCsvOption(arg.substr(0, equals))) {
+            std::string name = arg.substr(0, equals);
+            if (equals == std::string::npos && i + 1 == args.size())
+                return name + " needs a value";
+            std::string value = equals == std::string::npos ? args[++i] : arg.substr(equals + 1);
+            if (auto message = setCsvOption(parsed.csv, name, value))
+                return *message;
         } else {
             return "unknown option " + arg;
         }
@@ -102,8 +117,22 @@ int run(std::span<const std::string> args) {
         return failure("Cannot write " + arguments.output + ": " +
                        suffixReason(arguments.output, out, "written"));
 
+    if (arguments.csv.given() && !in->readDelimited)
+        return usageError(command,
+                          "--separator, --delimiter, --first-line and --ignore-oriented-quotes apply "
+                          "to .csv and .tsv input only");
+
     std::string lastLine;
-    auto table = runLogged([&] { return in->read(arguments.input, nullptr); }, lastLine);
+    tables::Notifications notices;
+    auto table = runLogged(
+        [&] {
+            if (!in->readDelimited)
+                return in->read(arguments.input, nullptr);
+            const import::CsvOptions options = arguments.csv.applyTo(import::initialOptions(arguments.input));
+            return in->readDelimited(arguments.input, &options, nullptr, &notices);
+        },
+        lastLine);
+    PolicyInteraction(AnswerPolicy::ask).notify(notices);
     if (!table->state)
         return failure("Cannot read " + arguments.input + ": " +
                        (lastLine.empty() ? std::string("the file was refused") : lastLine));

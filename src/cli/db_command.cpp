@@ -1,4 +1,5 @@
 #include "command.h"
+#include "csv_options_flags.h"
 #include "db/db_column_tools.h"
 #include "db/db_editing.h"
 #include "db/db_import.h"
@@ -16,8 +17,9 @@ namespace {
 
 using project::SharedStuff;
 
-constexpr std::string_view usage =
-    "Usage: lumbra-cli db add PATH FILE... [--yes|--no]\n"
+constexpr std::string_view usageHead =
+    "Usage: lumbra-cli db add PATH FILE... [--separator S] [--delimiter D] [--first-line L]\n"
+    "                         [--ignore-oriented-quotes] [--yes|--no]\n"
     "       lumbra-cli db list PATH [--yes|--no]\n"
     "       lumbra-cli db show PATH NAME [--yes|--no]\n"
     "       lumbra-cli db tool PATH NAME TOOL COLUMN [--yes|--no]\n"
@@ -28,7 +30,7 @@ constexpr std::string_view usage =
     "Every command opens the project, which ends with a save, and saves again after a change.\n"
     "\n"
     "  add     one database per file (.csv, .mhl, .ccc, .edl, by the case-sensitive suffix);\n"
-    "          a name already taken gets \"_\" appended; a .csv is read with its default options\n"
+    "          a name already taken gets \"_\" appended; a .csv is read with the options below\n"
     "  list    one line per database: name, uuid, rows, columns\n"
     "  show    the columns, then one line per row, tab-separated as the database file holds them\n"
     "  tool    a column tool on COLUMN: infer-path (adds filename and path), trim-extension\n"
@@ -36,16 +38,18 @@ constexpr std::string_view usage =
     "          rows that share the column's value)\n"
     "  bin     a new bin with the database's columns and rows and the project's heading values\n"
     "  remove  the database and its folder\n"
-    "\n"
-    "  --yes, --no  answer the project's questions (see lumbra-cli project --help)\n"
-    "  -h, --help   show this text\n";
+    "\n";
+constexpr std::string_view usageTail =
+    "  --yes, --no         answer the project's questions (see lumbra-cli project --help)\n"
+    "  -h, --help          show this text\n";
+const std::string usage = std::string(usageHead) + std::string(csvOptionsHelp) + std::string(usageTail);
 
 int run(std::span<const std::string> args);
 
 const Command command{"db", "add, show, edit, turn into a bin or remove the databases of a project", usage,
                       run};
 
-constexpr std::array<std::string_view, 2> flagOptions{"--yes", "--no"};
+constexpr std::array<std::string_view, 3> flagOptions{"--yes", "--no", csvFlagOption};
 
 // Saves after the command's change and tells whether it went.
 int saved(SharedStuff& sharedstuff, const std::string& path) {
@@ -119,7 +123,7 @@ int tool(SharedStuff& sharedstuff, db::DBTable& table, const ParsedArguments& pa
 }
 
 int run(std::span<const std::string> args) {
-    auto parsedOrStatus = parseAskingCommand(command, args, {}, flagOptions);
+    auto parsedOrStatus = parseAskingCommand(command, args, csvValuedOptions, flagOptions);
     if (const int* status = std::get_if<int>(&parsedOrStatus))
         return *status;
     const auto& parsed = std::get<ParsedArguments>(parsedOrStatus);
@@ -147,6 +151,19 @@ int run(std::span<const std::string> args) {
             return usageError(command, "unknown tool \"" + name + "\"");
     }
 
+    CsvFlags csvFlags;
+    for (const auto& [name, value] : parsed.values) {
+        if (sub != "add")
+            return usageError(command, name + " does not apply to " + sub);
+        if (auto message = setCsvOption(csvFlags, name, value))
+            return usageError(command, *message);
+    }
+    if (parsed.has(csvFlagOption)) {
+        if (sub != "add")
+            return usageError(command, std::string(csvFlagOption) + " does not apply to " + sub);
+        csvFlags.ignoreOrientedQuotes = true;
+    }
+
     ProjectSession session(parsed.has("--yes")  ? AnswerPolicy::affirm
                            : parsed.has("--no") ? AnswerPolicy::cancel
                                                 : AnswerPolicy::ask);
@@ -154,6 +171,7 @@ int run(std::span<const std::string> args) {
     if (!session.open(path))
         return exitFailure;
     SharedStuff& sharedstuff = session.project();
+    session.interaction().setCsvFlags(csvFlags);
     if (sub == "add")
         return add(sharedstuff, parsed);
     if (sub == "list")

@@ -72,6 +72,12 @@ std::optional<std::filesystem::path> PolicyInteraction::chooseFolder(const app::
     return std::nullopt;
 }
 
+import::CsvOptions PolicyInteraction::askCsvOptions(const std::string&, const import::CsvOptions& initial){
+    // The layout is stated before the run with its own flags, and the defaults fit most files: a
+    // missing flag is no reason to stop as an unanswered question does.
+    return m_csvFlags.applyTo(initial);
+} // namespace lumbra::cli
+
 void PolicyInteraction::addLog(const std::string& text, bool notify, const std::string& title,
                                tables::NotificationType kind) {
     std::cout << text << '\n';

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/user_interaction.h"
+#include "csv_options_flags.h"
 
 namespace lumbra::cli {
 
@@ -17,6 +18,8 @@ inline constexpr int exitQuestion = 2;
 class PolicyInteraction final : public app::UserInteraction {
 public:
     explicit PolicyInteraction(AnswerPolicy policy) : m_policy(policy) {}
+    // The answer to every question about the layout of a delimited file.
+    void setCsvFlags(const CsvFlags& flags) { m_csvFlags = flags; }
 
     app::AlertAnswer alert(const app::AlertRequest& request) override;
     std::optional<std::string> askText(const app::TextRequest& request) override;
@@ -24,11 +27,14 @@ public:
     void addLog(const std::string& text, bool notify, const std::string& title,
                 tables::NotificationType kind) override;
     void notify(const tables::Notifications& notifications) override;
+    // The flags over the options the question starts from; never asks, whatever the policy.
+    import::CsvOptions askCsvOptions(const std::string& text, const import::CsvOptions& initial) override;
 
 private:
     [[noreturn]] static void stop(const std::string& title, const std::string& text);
 
     AnswerPolicy m_policy;
+    CsvFlags m_csvFlags;
 };
 
 // "OK", "WARNING" or "KO".

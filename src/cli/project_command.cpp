@@ -1,4 +1,5 @@
 #include "command.h"
+#include "csv_options_flags.h"
 #include "project/bin.h"
 #include "project/bin_import.h"
 #include "project/project_creation.h"
@@ -22,6 +23,8 @@ constexpr std::string_view usage =
     "Usage: lumbra-cli project create PATH [--fps F] [--resolution R] [--sound S]\n"
     "                             [--film-format F] [--tape T] [--columns A,B,C] [--from-ale FILE]\n"
     "       lumbra-cli project import PATH FILE... [--group NAME] [--yes|--no]\n"
+    "                             [--separator S] [--delimiter D] [--first-line L] "
+    "[--ignore-oriented-quotes]\n"
     "       lumbra-cli project info PATH [--yes|--no]\n"
     "       lumbra-cli project save PATH [--yes|--no]\n"
     "       lumbra-cli project copy PATH DEST [--yes|--no]\n"
@@ -33,7 +36,8 @@ constexpr std::string_view usage =
     "\n"
     "  create   a new project; without --columns the ten columns of the system layout;\n"
     "           --from-ale takes the settings and columns from an ALE file's heading\n"
-    "  import   one bin per file (.ale), into the group NAME (made if missing) or at the top; then a save\n"
+    "  import   one bin per file (.ale, .csv, .tsv...), into the group NAME (made if missing) or at the\n"
+    "           top; then a save. The layout of .csv and .tsv files comes from the options below\n"
     "  info     the settings, the layouts and the bins, one line each\n"
     "  save     the project saved in its folder\n"
     "  copy     a full copy in the folder DEST (\"_02\"... when the name is taken)\n"
@@ -43,16 +47,21 @@ constexpr std::string_view usage =
     "  --yes    answer every question of the project with its first button (Proceed, Confirm...)\n"
     "  --no     answer every question with its cancelling button\n"
     "           with neither, a question stops the command with status 2 and changes nothing\n"
-    "  -h, --help  show this text\n";
+    "  -h, --help  show this text\n"
+    "\n"
+    "Layout of .csv and .tsv files (import only):\n"
+    "  --separator S, --delimiter D, --first-line L, --ignore-oriented-quotes\n"
+    "           as for lumbra-cli convert (see lumbra-cli convert --help)\n";
 
 int run(std::span<const std::string> args);
 
 const Command command{"project", "create, import into, show, save, copy, zip or back up a project", usage,
                       run};
 
-constexpr std::array<std::string_view, 8> valuedOptions{"--fps",  "--resolution", "--sound", "--film-format",
-                                                        "--tape", "--columns",    "--group", "--from-ale"};
-constexpr std::array<std::string_view, 2> flagOptions{"--yes", "--no"};
+constexpr std::array<std::string_view, 11> valuedOptions{
+    "--fps",   "--resolution", "--sound",     "--film-format", "--tape",      "--columns",
+    "--group", "--from-ale",   "--separator", "--delimiter",   "--first-line"};
+constexpr std::array<std::string_view, 3> flagOptions{"--yes", "--no", csvFlagOption};
 
 std::string optionOr(const ParsedArguments& parsed, std::string_view name, std::string fallback) {
     auto it = parsed.values.find(name);
@@ -239,10 +248,18 @@ int run(std::span<const std::string> args) {
         return usageError(command, count < 3 ? "DEST is needed" : "too many arguments");
     if (!needsDest && sub != "import" && count != 2)
         return usageError(command, "too many arguments");
+    CsvFlags csvFlags;
     for (const auto& [name, value] : parsed.values) {
-        bool forCreate = name != "--group";
-        if (forCreate != (sub == "create"))
+        bool forImport = name == "--group" || isCsvOption(name);
+        if (forImport ? sub != "import" : sub != "create")
             return usageError(command, name + " does not apply to " + sub);
+        if (auto message = setCsvOption(csvFlags, name, value))
+            return usageError(command, *message);
+    }
+    if (parsed.has(csvFlagOption)) {
+        if (sub != "import")
+            return usageError(command, std::string(csvFlagOption) + " does not apply to " + sub);
+        csvFlags.ignoreOrientedQuotes = true;
     }
     if (sub == "create")
         return create(parsed);
@@ -260,6 +277,7 @@ int run(std::span<const std::string> args) {
     if (!session.open(parsed.positional[1]))
         return exitFailure;
     SharedStuff& sharedstuff = session.project();
+    session.interaction().setCsvFlags(csvFlags);
     if (sub == "import")
         return import(session, parsed);
     if (sub == "info")

@@ -19,6 +19,7 @@ public:
     bool open(const std::string& path);
 
     [[nodiscard]] project::SharedStuff& project() noexcept { return *m_project; }
+    [[nodiscard]] PolicyInteraction& interaction() noexcept { return m_interaction; }
 
 private:
     PolicyInteraction m_interaction;

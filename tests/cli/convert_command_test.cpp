@@ -122,8 +122,6 @@ TEST_F(ConvertCommandTest, FailuresExitOneWithOneLineNamingTheFile) {
          "ERROR: file is missing heading\n"},
         {"unknown input suffix", data("clips.txt"), temp("out.csv"),
          "Cannot read " + data("clips.txt") + ": unknown file suffix \".txt\"\n", ""},
-        {"input format without a reader", temp("in.csv"), temp("out.ale"),
-         "Cannot read " + temp("in.csv") + ": CSV files cannot be read yet\n", ""},
         {"unknown output suffix", data("clips.ale"), temp("out.xlsx"),
          "Cannot write " + temp("out.xlsx") + ": unknown file suffix \".xlsx\"\n", ""},
         {"output folder cannot be made (ale)", data("clips.ale"), notAFolder + "/out.ale",

@@ -50,6 +50,16 @@ TEST_F(DbCommandTest, AddedFilesAreSavedListedAndShown) {
     EXPECT_TRUE(shown.out.ends_with("-- saving pivots\nFile\tSize\nA001_0001.dpx\t10\n")) << shown.out;
 }
 
+TEST_F(DbCommandTest, ACsvFileIsReadWithTheOptionsGiven) {
+    auto added = run({"db", "add", m_project, file("semi.csv", "Title\n\nName;Tape\n'A;1';T1\n"),
+                      "--separator", "semicolon", "--delimiter", "single", "--first-line", "3"});
+    ASSERT_EQ(added.exitCode, 0) << added.err;
+    EXPECT_EQ(dbFile("semi"), "Name\tTape\nA;1\tT1");
+    auto wrong = run({"db", "list", m_project, "--separator", "tab"});
+    EXPECT_EQ(wrong.exitCode, 2);
+    EXPECT_TRUE(wrong.err.starts_with("lumbra-cli db: --separator does not apply to list")) << wrong.err;
+}
+
 TEST_F(DbCommandTest, ToolsChangeTheSavedTable) {
     ASSERT_EQ(run({"db", "add", m_project,
                    file("f.csv", "File,Size\n/a/A001_0001.dpx,10\n/a/A001_0002.dpx,20\n/b/B.mov,5\n")})

@@ -52,8 +52,12 @@ bool startsWithFolded(std::string_view line, std::string_view head) {
     return true;
 }
 
-std::string_view behind(std::string_view text, std::size_t n) {
-    return n < text.size() ? text.substr(n) : std::string_view();
+// The text behind a head of ASCII letters and one more character, whatever its length in bytes.
+std::string_view behindHeadAndOne(std::string_view text, std::size_t head) {
+    std::size_t at = head + 1;
+    while (at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80)
+        ++at;
+    return at < text.size() ? text.substr(at) : std::string_view();
 }
 
 // Columns in the order first met, with a set beside the list so that many keys stay cheap.
@@ -85,9 +89,9 @@ void readComment(std::string_view line, db::DBEntry& entry, ColumnsInOrder& colu
         if (colon != std::string_view::npos)
             store("Clip_Name", trimmed(line.substr(colon + 1)));
     } else if (startsWithFolded(line, "*ASC_SAT")) {
-        store("ASC_SAT", trimmed(behind(line, 9)));
+        store("ASC_SAT", trimmed(behindHeadAndOne(line, 8)));
     } else if (startsWithFolded(line, "*ASC_SOP")) {
-        store("ASC_SOP", trimmed(behind(line, 9)));
+        store("ASC_SOP", trimmed(behindHeadAndOne(line, 8)));
     } else if (startsWithFolded(line, "*LOC:")) {
         std::string loc = trimmed(line.substr(colon + 1));
         // One marker comment is the source of all four columns, so they join the table together.

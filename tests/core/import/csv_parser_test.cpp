@@ -65,7 +65,7 @@ TEST(CsvParser, SpreadsheetExportWithBomCrlfAndQuotes) {
 
 TEST(CsvParser, FirstLineStyles) {
     // Lines: 0 "Report,2024", 1 "Column", 2 "Name,Tape", 3 "", 4 "Clip,Reel", 5 "A1,R1".
-    const std::string text = "Report,2024\nColumn\nName,Tape\n\nClip,Reel\nA1,R1\n";
+    const std::string text = readCSVText(dataDir + "first_lines.csv").value_or("");
     struct Case {
         std::string name;
         CsvOptions options;

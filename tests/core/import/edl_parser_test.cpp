@@ -120,6 +120,12 @@ TEST(EDLParser, ScansLinesAsTheyStand) {
          "EDL table",
          withSix({"Descript", "DESCRIPT"}),
          {with(row, {{"Descript", ""}, {"DESCRIPT", "b"}})}},
+        {"the character behind the head may take two bytes",
+         ev + "*ASC_SAT\xc2\xa0"
+              "0.8\n",
+         "EDL table",
+         withSix({"ASC_SAT"}),
+         {with(row, {{"ASC_SAT", "0.8"}})}},
         {"a value written twice keeps the last",
          ev + "*ASC_SAT 0.5\n*ASC_SAT 0.7\n",
          "EDL table",

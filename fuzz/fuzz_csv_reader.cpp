@@ -1,0 +1,45 @@
+#include "import/csv_parser.h"
+#include "tables/console.h"
+#include "tables/text_file.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <unordered_set>
+
+// The first bytes choose the options; the rest, decoded as a file reader would, goes through the parser, the
+// preview's cuts and the clip table's writers.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    namespace import = lumbra::import;
+    namespace tables = lumbra::tables;
+    tables::PrintCapture quiet;
+    if (size < 3)
+        return 0;
+    import::CsvOptions options;
+    constexpr char32_t separators[] = {U',', U'\t', U';', U' ', U'|', U'\u00A6', U'"', U'\n', U'\u201C'};
+    options.separator = separators[bytes[0] % std::size(separators)];
+    options.delimiter = (bytes[1] & 1) ? U'\'' : (bytes[1] & 2) ? U'\u201D' : U'"';
+    options.ignore_oriented_quotes = (bytes[1] & 4) != 0;
+    options.first_line = static_cast<import::FirstLineStyle>(bytes[2] % 5);
+    options.first_line_number = static_cast<int>(bytes[2] / 5) - 3;
+    std::string text(reinterpret_cast<const char*>(bytes + 3), size - 3);
+    if (!tables::decodeText(text))
+        text = tables::decodeLatin1(text);
+    tables::Notifications notices;
+    for (int slider = 1; slider <= 4; ++slider)
+        static_cast<void>(import::sheet::shortenedText(text, slider));
+    auto table = import::parseCSVText(text, options, "fuzz.csv", &notices);
+    // Every row's keys must be columns of the table, and the text form must write cleanly.
+    const std::unordered_set<std::string> columns(table->cols.begin(), table->cols.end());
+    if (columns.size() != table->cols.size())
+        __builtin_trap();
+    for (const auto& entry : table->data) {
+        for (const auto& cell : entry.data) {
+            if (!columns.contains(tables::ColumnNames::name(cell.key)))
+                __builtin_trap();
+        }
+    }
+    std::string written = table->tableText(",");
+    auto again = import::parseCSVText(std::move(written), import::CsvOptions{}, "again.csv", nullptr);
+    return 0;
+}

@@ -1,0 +1,75 @@
+#include "csv_options_flags.h"
+
+#include "tables/text_helpers.h"
+
+#include <algorithm>
+#include <map>
+
+namespace lumbra::cli {
+
+namespace {
+
+// One character given by name or as itself; absent for anything longer.
+std::optional<char32_t> characterOption(std::string_view value,
+                                        const std::map<std::string_view, char32_t>& names) {
+    if (auto it = names.find(value); it != names.end())
+        return it->second;
+    auto first = import::firstCharacter(value);
+    if (!first || import::utf8Character(*first).size() != value.size())
+        return std::nullopt;
+    return first;
+}
+
+} // namespace
+
+import::CsvOptions CsvFlags::applyTo(import::CsvOptions initial) const {if (separator)
+                                                                            initial.separator = *separator;
+if (delimiter)
+    initial.delimiter = *delimiter;
+if (firstLine) {
+    initial.first_line = *firstLine;
+    initial.first_line_number = firstLineNumber;
+}
+if (ignoreOrientedQuotes)
+    initial.ignore_oriented_quotes = true;
+return initial;
+} // namespace lumbra::cli
+
+bool isCsvOption(std::string_view name) noexcept {
+    return name == csvFlagOption ||
+           std::find(csvValuedOptions.begin(), csvValuedOptions.end(), name) != csvValuedOptions.end();
+}
+
+std::optional<std::string> setCsvOption(CsvFlags& flags, std::string_view name, std::string_view value) {
+    const std::string given(value);
+    if (name == "--separator") {
+        flags.separator =
+            characterOption(value, {{"comma", U','}, {"semicolon", U';'}, {"tab", U'\t'}, {"blank", U' '}});
+        if (!flags.separator)
+            return "--separator takes one character or comma, semicolon, tab, blank, not \"" + given + "\"";
+    } else if (name == "--delimiter") {
+        flags.delimiter = characterOption(value, {{"double", U'"'}, {"single", U'\''}});
+        if (!flags.delimiter)
+            return "--delimiter takes one character or double, single, not \"" + given + "\"";
+    } else if (name == "--first-line") {
+        const std::map<std::string_view, import::FirstLineStyle> styles{
+            {"auto", import::FirstLineStyle::auto_},
+            {"first", import::FirstLineStyle::first},
+            {"afterempty", import::FirstLineStyle::afterempty},
+            {"aftercolumn", import::FirstLineStyle::aftercolumn}};
+        if (auto it = styles.find(value); it != styles.end()) {
+            flags.firstLine = it->second;
+            flags.firstLineNumber = 0;
+        } else if (auto number = tables::parseInteger(value);
+                   number && *number >= 1 && *number <= 1000000000) {
+            flags.firstLine = import::FirstLineStyle::custom;
+            flags.firstLineNumber = static_cast<int>(*number);
+        } else {
+            return "--first-line takes auto, first, afterempty, aftercolumn or a line number from 1, not \"" +
+                   given + "\"";
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace lumbra::cli
