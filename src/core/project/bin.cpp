@@ -155,9 +155,15 @@ bool Bin::readSmartbinFile(const std::string& path, Notifications* notifications
     return sharedstuff->readSmartbinFile(*this, path, notifications);
 }
 
+std::string Bin::fileStem() const {
+    std::string stem = displayName();
+    std::replace(stem.begin(), stem.end(), '/', '_');
+    return stem;
+}
+
 bool Bin::save(const std::string& folder, bool isCopy, Notifications* notifications) {
-    std::string name = displayName();
-    printLine("saving bin " + name);
+    printLine("saving bin " + displayName());
+    const std::string name = fileStem();
     bool wasChanged = hasChanged;
     if (!Saveable::save(folder, isCopy, notifications))
         return false;

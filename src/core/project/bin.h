@@ -46,6 +46,9 @@ public:
     [[nodiscard]] virtual std::string displayName() const;
     // Ignored while the bin is locked.
     virtual void setDisplayName(std::string name);
+    // The name of the bin's own files: the display name with any "/" standing as "_", since a "/" would
+    // open a folder of its own; the name itself is kept inside the .bin file.
+    [[nodiscard]] std::string fileStem() const;
 
     // "binname" and "binfps" for clever strings; absent for any other token.
     [[nodiscard]] virtual std::optional<std::string> interpretBinToken(std::string_view token) const;

@@ -113,7 +113,7 @@ void applyBinFileText(Bin& bin, std::string_view text) {
 }
 
 bool Bin::writeBinFile(const std::string& folder, tables::Notifications* notifications) {
-    auto path = (std::filesystem::path(folder) / (displayName() + ".bin")).string();
+    auto path = (std::filesystem::path(folder) / (fileStem() + ".bin")).string();
     return tables::writeFileAtomically(path, binFileText(*this));
 }
 

@@ -280,6 +280,14 @@ TEST(Bin, SaveRoundTripsAndDropsFilesOfOldNames) {
     EXPECT_EQ(loaded.originalmeta_audioformat, "48khz");
     ASSERT_EQ(loaded.table()->data.size(), 2u);
     EXPECT_EQ(loaded.table()->data[1]->value("Name"), "c2");
+
+    // An edit list titled "Reel 1/2" names its files with "_"; the name itself comes back whole.
+    bin.setDisplayName("Reel 1/2");
+    ASSERT_TRUE(bin.save(dir.str(), false, nullptr));
+    EXPECT_EQ(listTree(dir.path), (std::set<std::string>{"lumbra_details", "Reel 1_2.ale", "Reel 1_2.bin"}));
+    Bin reel(&host);
+    ASSERT_TRUE(reel.load(dir.str(), nullptr));
+    EXPECT_EQ(reel.displayName(), "Reel 1/2");
 }
 
 TEST(Bin, SaveIntoReadOnlyFolderFailsAndKeepsTheFiles) {
