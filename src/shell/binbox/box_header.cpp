@@ -43,6 +43,8 @@ void BoxHeader::press(QMouseEvent* event, bool doubleClick) {
     emit pressed();
     m_resizing = false;
     m_dragged = false;
+    // Only the release that ends a fitting press is swallowed; a new press starts afresh.
+    m_ignoreMouseUp = false;
     const int x = event->position().toPoint().x();
     const int clicked = logicalIndexAt(x);
     m_leftClicked = clicked;

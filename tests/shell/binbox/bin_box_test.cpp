@@ -126,6 +126,7 @@ private slots:
     void searchSelectsThenFindNextOpensTheCell();
     void pinnedColumnsLeaveTheMainTableAndRowsStayInStep();
     void gangScrollingFollowsTheActiveBoxOnly();
+    void headerEdgesFitAndDragsMoveColumns();
     void closeAndLockedTitle();
 };
 
@@ -261,6 +262,42 @@ void BinBoxTest::gangScrollingFollowsTheActiveBoxOnly() {
     // The other box is not the active one: its scroll stays its own.
     second->setValue(10);
     QCOMPARE(first->value(), 100);
+}
+
+void BinBoxTest::headerEdgesFitAndDragsMoveColumns() {
+    Project p;
+    QTableView* view = p.box().mainTable();
+    QHeaderView* header = view->horizontalHeader();
+    const auto rightEdge = [header](int column) {
+        return header->sectionViewportPosition(column) + header->sectionSize(column);
+    };
+    const int y = header->height() / 2;
+    // 7 points inside the edge is the column itself: nothing is fitted or stored.
+    QTest::mouseDClick(header->viewport(), Qt::LeftButton, {}, QPoint(rightEdge(3) - 7, y));
+    QCOMPARE(p.bin().layout->name, std::string("Lay"));
+
+    QTest::mouseDClick(header->viewport(), Qt::LeftButton, {}, QPoint(rightEdge(3) - 3, y));
+    QCOMPARE(p.bin().layout->name, std::string("Lay+"));
+    QCOMPARE(p.bin().layout->colwidths.at("Comments"), 9 * 8.0); // "nice take"
+    QCOMPARE(header->sectionSize(3), 72);
+
+    // Name dragged onto Comments: the block moves two places, in the layout too.
+    const QPoint name(header->sectionViewportPosition(1) + 10, y);
+    const QPoint comments(header->sectionViewportPosition(3) + 10, y);
+    QTest::mousePress(header->viewport(), Qt::LeftButton, {}, name);
+    QTest::mouseMove(header->viewport(), comments);
+    QTest::mouseRelease(header->viewport(), Qt::LeftButton, {}, comments);
+    QCOMPARE(p.bin().layout->columns,
+             (std::vector<std::string>{"Lumbra_Color_Tag", "Tape", "Comments", "Name"}));
+    QCOMPARE(headerTitle(view, 3), QStringLiteral("Name"));
+
+    // A locked bin keeps its columns where they are.
+    p.bin().setLock(true);
+    QTest::mousePress(header->viewport(), Qt::LeftButton, {},
+                      QPoint(header->sectionViewportPosition(3) + 10, y));
+    QTest::mouseRelease(header->viewport(), Qt::LeftButton, {},
+                        QPoint(header->sectionViewportPosition(1) + 10, y));
+    QCOMPARE(p.bin().layout->columns.back(), std::string("Name"));
 }
 
 void BinBoxTest::closeAndLockedTitle() {
