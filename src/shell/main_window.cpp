@@ -77,6 +77,9 @@ public:
     std::optional<std::filesystem::path> chooseFolder(const app::FolderRequest& request) override {
         return m_inner ? m_inner->chooseFolder(request) : std::nullopt;
     }
+    import::CsvOptions askCsvOptions(const std::string& text, const import::CsvOptions& initial) override {
+        return m_inner ? m_inner->askCsvOptions(text, initial) : initial;
+    }
     void addLog(const std::string& text, bool notify, const std::string& title,
                 tables::NotificationType kind) override {
         m_window.addLog(text, notify, title, kind);

@@ -1,5 +1,6 @@
 #include "qt_user_interaction.h"
 
+#include "import/csv_import_options_selector.h"
 #include "tables/console.h"
 
 #include <QApplication>
@@ -147,6 +148,13 @@ std::optional<std::filesystem::path> QtUserInteraction::chooseFolder(const app::
     }
     return std::filesystem::path(dialog.selectedFiles().constFirst().toStdString());
 }
+
+import::CsvOptions QtUserInteraction::askCsvOptions(const std::string& text,
+                                                    const import::CsvOptions& initial){
+    CsvImportOptionsSelector sheet(text, initial, QApplication::activeWindow());
+sheet.exec();
+return sheet.options();
+} // namespace lumbra::shell
 
 void QtUserInteraction::addLog(const std::string& text, bool notify, const std::string& title,
                                tables::NotificationType kind) {

@@ -20,6 +20,8 @@ public:
     void addLog(const std::string& text, bool notify, const std::string& title,
                 tables::NotificationType kind) override;
     void notify(const tables::Notifications& notifications) override;
+    // The options sheet with its preview, over the active window.
+    import::CsvOptions askCsvOptions(const std::string& text, const import::CsvOptions& initial) override;
 
 signals:
     // The project window shows these; until one listens they go to standard output only.

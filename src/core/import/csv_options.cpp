@@ -127,10 +127,15 @@ int firstLineNumberFromText(std::string_view text) noexcept {
     return static_cast<int>(std::min<long long>(*number, std::numeric_limits<int>::max()));
 }
 
+bool sliderApplies(std::string_view text) noexcept {
+    // Bytes are never fewer than characters: most short texts need no count.
+    return text.size() >= sliderMinimumLength && characterCount(text) >= sliderMinimumLength;
+}
+
 std::string_view shortenedText(std::string_view text, int sliderValue) noexcept {
-    std::size_t length = characterCount(text);
-    if (length < sliderMinimumLength)
+    if (!sliderApplies(text))
         return text;
+    const std::size_t length = characterCount(text);
     std::size_t characters = 0;
     switch (sliderValue) {
     case 1:

@@ -58,6 +58,7 @@ inline constexpr int otherSeparatorTag = 4;
 
 // Texts shorter than this (in characters) have no preview slider: the whole text is shown.
 inline constexpr std::size_t sliderMinimumLength = 10000;
+[[nodiscard]] bool sliderApplies(std::string_view text) noexcept;
 // The part of the text the preview parses at a slider value: 1, 2 and 3 a quarter, a half and three
 // quarters of it, at most 20,000, 100,000 and 300,000 characters, then on to the next line feed
 // (kept out) so that no row is cut in half; any other value, and a short text, the whole text.
