@@ -1,4 +1,5 @@
 #include "app_delegate.h"
+#include "tool_panels.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -11,6 +12,7 @@ int main(int argc, char* argv[]) {
     QApplication::setApplicationVersion(QStringLiteral(LUMBRA_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("lumbra"));
 
+    lumbra::shell::registerToolPanels();
     lumbra::shell::AppDelegate delegate;
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/lumbra.svg")));
     delegate.start();
