@@ -4,9 +4,11 @@
 #include "app/bins_list_commands.h"
 #include "app/layout_menu.h"
 #include "bin_save_dialogs.h"
+#include "binbox/bin_box.h"
 #include "bins_list.h"
 #include "bins_tree_model.h"
 #include "boxes_area.h"
+#include "chain/layout_generator_view_controller.h"
 #include "notifications_box.h"
 #include "project/bin.h"
 #include "project_metadata_window.h"
@@ -79,19 +81,18 @@ public:
     }
     import::CsvOptions askCsvOptions(const std::string& text, const import::CsvOptions& initial) override {
         return m_inner ? m_inner->askCsvOptions(text, initial) : initial;
-    }
-    void addLog(const std::string& text, bool notify, const std::string& title,
-                tables::NotificationType kind) override {
-        m_window.addLog(text, notify, title, kind);
-    }
-    void notify(const tables::Notifications& notifications) override {
-        m_window.m_notificationsBox->add(notifications);
-    }
+} void addLog(const std::string& text, bool notify, const std::string& title,
+              tables::NotificationType kind) override {
+    m_window.addLog(text, notify, title, kind);
+}
+void notify(const tables::Notifications& notifications) override {
+    m_window.m_notificationsBox->add(notifications);
+}
 
 private:
-    app::UserInteraction* m_inner;
-    MainWindowViewController& m_window;
-};
+app::UserInteraction* m_inner;
+MainWindowViewController& m_window;
+}; // namespace lumbra::shell
 
 MainWindowViewController::MainWindowViewController(std::unique_ptr<project::SharedStuff> sharedstuff,
                                                    app::AppLifecycle& lifecycle, app::AppWindows& windows,
@@ -380,8 +381,38 @@ void MainWindowViewController::setFog(bool shown) {
     }
 }
 
-std::unique_ptr<project::BinBoxLink> MainWindowViewController::makeBox(project::Bin&) {
-    return nullptr;
+std::unique_ptr<project::BinBoxLink> MainWindowViewController::makeBox(project::Bin& bin) {
+    return std::make_unique<BinBox>(bin, *m_sharedstuff, *this);
+}
+
+void MainWindowViewController::toggleViewMode() {
+    setViewMode(m_viewMode == app::ViewMode::onlyone ? app::ViewMode::multiple : app::ViewMode::onlyone);
+}
+
+QWidget* MainWindowViewController::boxesArea() {
+    return m_boxesArea;
+}
+
+void MainWindowViewController::boxActivated(BinBox&) {
+    // Showing one bin at a time follows the active one.
+    if (m_viewMode == app::ViewMode::onlyone) {
+        tileBoxes();
+    }
+}
+
+void MainWindowViewController::showNotification(const tables::NotificationData& notification) {
+    m_notificationsBox->add({notification});
+}
+
+void MainWindowViewController::editLayout() {
+    project::Bin* bin = m_sharedstuff->activeBin;
+    if (bin == nullptr) {
+        addLog("Select a bin first", true, "", tables::NotificationType::WARNING);
+        return;
+    }
+    if (openLayoutEditor(*m_sharedstuff, bin, this) && bin->box() != nullptr) {
+        bin->box()->refresh();
+    }
 }
 
 void MainWindowViewController::showBox(project::Bin&, bool) {

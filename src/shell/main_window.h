@@ -4,6 +4,7 @@
 #include "app/box_tiling.h"
 #include "app/main_window_log.h"
 #include "app/user_interaction.h"
+#include "binbox/box_host.h"
 #include "project/bin_import.h"
 #include "project/shared_stuff.h"
 
@@ -33,7 +34,8 @@ class SmartBinsList;
 // passes through it.
 class MainWindowViewController final : public QMainWindow,
                                        public app::ProjectWindow,
-                                       public project::MainWindowLink {
+                                       public project::MainWindowLink,
+                                       public BoxHost {
     Q_OBJECT
 
 public:
@@ -87,6 +89,13 @@ public:
     [[nodiscard]] std::unique_ptr<project::BinBoxLink> makeBox(project::Bin& bin) override;
     void showBox(project::Bin& bin, bool shown) override;
 
+    // BoxHost
+    [[nodiscard]] bool panelInFront() const override { return !m_currentSubcontainer.empty(); }
+    void toggleViewMode() override;
+    QWidget* boxesArea() override;
+    void boxActivated(BinBox& box) override;
+    void showNotification(const tables::NotificationData& notification) override;
+
 public slots:
     void saveProject();
     void saveAProjectCopy();
@@ -95,6 +104,8 @@ public slots:
     void addBinFromFile(project::ImportTarget target = {});
     void saveBinAsALE();
     void saveBinAsCSV();
+    // The layout editor on the active bin.
+    void editLayout();
     void openProjectMetadataWindow();
     void showProjectInFileManager();
     void closeProject();

@@ -189,6 +189,11 @@ void MainWindowViewController::buildMenus() {
     connect(saveCsv, &QAction::triggered, this, &MainWindowViewController::saveBinAsCSV);
 
     QMenu* layouts = menuBar()->addMenu(tr("&Layout"));
+    QAction* editor = layouts->addAction(tr("Layout &Editor…"));
+    editor->setObjectName(QStringLiteral("layoutEditorAction"));
+    editor->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_L));
+    connect(editor, &QAction::triggered, this, &MainWindowViewController::editLayout);
+    layouts->addSeparator();
     QMenu* setDefault = layouts->addMenu(tr("Set as &Default"));
     setDefault->setObjectName(QStringLiteral("menuSetAsDefault"));
     connect(setDefault, &QMenu::aboutToShow, this, [this, setDefault] { fillLayoutMenu(setDefault, true); });

@@ -16,6 +16,7 @@
 #include <QPointer>
 #include <QScrollBar>
 #include <QShortcut>
+#include <QStyle>
 #include <QStyledItemDelegate>
 #include <QTableView>
 #include <QToolButton>
@@ -286,13 +287,19 @@ void BinBox::applyWidths(TablePart& part) {
         const app::ColumnSpec& spec = specs[static_cast<std::size_t>(i)];
         part.header->setSectionResizeMode(i, spec.isTag ? QHeaderView::Fixed : QHeaderView::Interactive);
         if (spec.sizing == app::ColumnSizing::given) {
-            part.header->resizeSection(i, static_cast<int>(spec.width));
+            part.header->resizeSection(i,
+                                       static_cast<int>(spec.width) + (spec.isTag ? 0 : cellMargins(part)));
         } else if (spec.sizing == app::ColumnSizing::sizeToFit) {
             part.header->resizeSection(i, metrics.horizontalAdvance(toQt(spec.title)) + 20);
         } else if (const auto kept = part.widths.find(spec.identifier); kept != part.widths.end()) {
             part.header->resizeSection(i, kept->second);
         }
     }
+}
+
+int BinBox::cellMargins(const TablePart& part) const {
+    // Layout widths measure the text alone; the cell's own margins come on top, so a fitted value is not cut.
+    return 2 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, part.view) + 1) + 4;
 }
 
 void BinBox::fitColumnsOnRefresh() {
@@ -312,9 +319,11 @@ void BinBox::fitColumn(const std::string& column, bool force, bool store) {
     if (!part || !m_bin.table())
         return;
     const int index = part->model->columnOf(column);
+    const int margins = cellMargins(*part);
     const double content = app::contentWidth(*m_bin.table(), column);
-    const int width = static_cast<int>(app::fittedWidth(part->header->sectionSize(index), content, force));
-    part->header->resizeSection(index, width);
+    const int width =
+        static_cast<int>(app::fittedWidth(part->header->sectionSize(index) - margins, content, force));
+    part->header->resizeSection(index, width + margins);
     if (store)
         app::storeColumnWidth(m_sharedstuff, m_bin, column, width);
 }
@@ -563,7 +572,7 @@ void BinBox::orderByColumn(const std::string& column) {
 
 void BinBox::headerWidthChosen(TablePart& part, int column) {
     const std::string& name = part.model->columns()[static_cast<std::size_t>(column)].identifier;
-    app::storeColumnWidth(m_sharedstuff, m_bin, name, part.header->sectionSize(column));
+    app::storeColumnWidth(m_sharedstuff, m_bin, name, part.header->sectionSize(column) - cellMargins(part));
     refresh(false);
 }
 

@@ -89,6 +89,7 @@ private:
     void setUpTable(TablePart& part, bool pinned);
     void rebuildColumns();
     void applyWidths(TablePart& part);
+    [[nodiscard]] int cellMargins(const TablePart& part) const;
     void fitColumnsOnRefresh();
     void updateFrames();
     void updateButtons();

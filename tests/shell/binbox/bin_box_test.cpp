@@ -279,7 +279,9 @@ void BinBoxTest::headerEdgesFitAndDragsMoveColumns() {
     QTest::mouseDClick(header->viewport(), Qt::LeftButton, {}, QPoint(rightEdge(3) - 3, y));
     QCOMPARE(p.bin().layout->name, std::string("Lay+"));
     QCOMPARE(p.bin().layout->colwidths.at("Comments"), 9 * 8.0); // "nice take"
-    QCOMPARE(header->sectionSize(3), 72);
+    // On screen the cell's margins come on top of the stored width, so the fitted value shows whole.
+    QVERIFY(header->sectionSize(3) > 72);
+    QVERIFY(header->sectionSize(3) >= view->fontMetrics().horizontalAdvance(QStringLiteral("nice take")) + 8);
 
     // Name dragged onto Comments: the block moves two places, in the layout too.
     const QPoint name(header->sectionViewportPosition(1) + 10, y);
