@@ -1,5 +1,6 @@
 #include "app/scripted_interaction.h"
 #include "app_delegate.h"
+#include "binbox/bin_box.h"
 #include "bins_list.h"
 #include "bins_tree_model.h"
 #include "main_window.h"
@@ -12,8 +13,10 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -22,6 +25,7 @@
 #include <QPlainTextEdit>
 #include <QRadioButton>
 #include <QSettings>
+#include <QTableView>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -79,6 +83,42 @@ void doubleClick(QAbstractItemView& view, const QModelIndex& index) {
     const QPoint at = view.visualRect(index).center();
     QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::NoModifier, at);
     QTest::mouseDClick(view.viewport(), Qt::LeftButton, Qt::NoModifier, at);
+}
+
+void clickHeader(QTableView& view, const QString& title) {
+    QHeaderView* header = view.horizontalHeader();
+    for (int column = 0; column < header->count(); ++column) {
+        if (view.model()->headerData(column, Qt::Horizontal).toString().startsWith(title)) {
+            const QPoint centre(header->sectionViewportPosition(column) + header->sectionSize(column) / 2,
+                                header->height() / 2);
+            QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, centre);
+            return;
+        }
+    }
+    QFAIL(qPrintable(QStringLiteral("no column ") + title));
+}
+
+int columnTitled(const QTableView& view, const QString& title) {
+    for (int column = 0; column < view.model()->columnCount(); ++column) {
+        if (view.model()->headerData(column, Qt::Horizontal).toString().startsWith(title)) {
+            return column;
+        }
+    }
+    return -1;
+}
+
+// Opens the cell's editor, types and ends the edit with Return, as a person does.
+void typeIntoCell(QTableView& view, int row, int column, const QString& text) {
+    const QModelIndex cell = view.model()->index(row, column);
+    view.setCurrentIndex(cell);
+    view.edit(cell);
+    auto* editor = view.viewport()->findChild<QLineEdit*>();
+    QVERIFY(editor);
+    editor->selectAll();
+    QTest::keyClicks(editor, text);
+    QTest::keyClick(editor, Qt::Key_Return);
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 // Answers the next modal file panel: types the name, presses the buttons named, accepts or cancels.
@@ -277,6 +317,85 @@ private slots:
         menu->actions()[titles.indexOf(QStringLiteral("-- System Default --"))]->trigger();
         QCOMPARE(m_window->sharedstuff().projectLayouts.baseLayout->columns.size(), 10u);
         QCOMPARE(m_window->notificationsBox()->item(0).body, std::string("Default layout updated"));
+    }
+
+    void aDayWithTwoBinsFromImportToReopen() {
+        openProject();
+        dropFiles(*m_window->binsList(), {file("day1.ale"), file("day2.ALE")});
+        auto* day1 = dynamic_cast<lumbra::shell::BinBox*>(m_window->sharedstuff().bins->toarray.at(0)->box());
+        auto* day2 = dynamic_cast<lumbra::shell::BinBox*>(m_window->sharedstuff().bins->toarray.at(1)->box());
+        QVERIFY(day1 != nullptr && day2 != nullptr);
+        QCoreApplication::processEvents();
+        QVERIFY(day1->isVisible() && day2->isVisible());
+        QCOMPARE(day1->parentWidget(), m_window->boxesView());
+        // Two boxes stand side by side in the boxes area.
+        QVERIFY(day1->geometry().right() < day2->geometry().left());
+        QCOMPARE(day1->titleLabel()->text(), QStringLiteral("day1"));
+
+        // The first order by a column puts the smallest first, marked " ↓"; a second click turns it round.
+        QTableView& table = *day1->mainTable();
+        const auto nameAt = [&table](int row) {
+            return table.model()->index(row, columnTitled(table, QStringLiteral("Name"))).data().toString();
+        };
+        const auto nameTitle = [&table] {
+            return table.model()
+                ->headerData(columnTitled(table, QStringLiteral("Name")), Qt::Horizontal)
+                .toString();
+        };
+        clickHeader(table, QStringLiteral("Name"));
+        QCOMPARE(nameAt(0), QStringLiteral("A001C001"));
+        QVERIFY(nameTitle().endsWith(QStringLiteral(" ↓")));
+        clickHeader(table, QStringLiteral("Name"));
+        QCOMPARE(nameAt(0), QStringLiteral("A001C003"));
+        QVERIFY(nameTitle().endsWith(QStringLiteral(" ↑")));
+        QCOMPARE(m_window->notificationsBox()->item(0).body, std::string("Ordered by Name"));
+
+        // A cell edit is stored; in a locked bin the same edit leaves the row as it was.
+        const int scene = columnTitled(table, QStringLiteral("Scene"));
+        typeIntoCell(table, 0, scene, QStringLiteral("14"));
+        QCOMPARE(table.model()->index(0, scene).data().toString(), QStringLiteral("14"));
+        QVERIFY(m_window->sharedstuff().something_to_save);
+        m_window->sharedstuff().bins->toarray.at(1)->setLock(true);
+        day2->refresh(false);
+        QTableView& locked = *day2->mainTable();
+        typeIntoCell(locked, 0, columnTitled(locked, QStringLiteral("Scene")), QStringLiteral("99"));
+        QCOMPARE(locked.model()->index(0, columnTitled(locked, QStringLiteral("Scene"))).data().toString(),
+                 QStringLiteral("12"));
+
+        // Searching selects the first row that holds the text.
+        QTest::keyClicks(day1->searchField(), QStringLiteral("c002"));
+        QCOMPARE(table.selectionModel()->selectedRows().size(), 1);
+        QCOMPARE(table.selectionModel()->selectedRows()[0].row(), 1);
+
+        m_window->findChild<QAction*>(QStringLiteral("saveAction"))->trigger();
+        QVERIFY(!m_window->sharedstuff().something_to_save);
+        const QString projectFolder = m_folder->path() + QStringLiteral("/projects/Shoot");
+        QDirIterator files(projectFolder + QStringLiteral("/_bins_"), {QStringLiteral("day1.ale")}, QDir::Files,
+                           QDirIterator::Subdirectories);
+        QVERIFY(files.hasNext());
+        const QByteArray saved = readText(files.next());
+        QVERIFY2(saved.contains("A001C003\tA001\t14") || saved.contains("\t14\n"), saved.constData());
+
+        // Closed and opened again: the same bins, open, with the edit and the lock.
+        m_interaction->queueAlert(std::string("Don't save"));
+        QVERIFY(m_window->close());
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(!m_window);
+        openProject();
+        auto& bins = m_window->sharedstuff().bins->toarray;
+        QCOMPARE(bins.size(), 2u);
+        QVERIFY(bins[0]->selected() && bins[1]->selected());
+        QVERIFY(bins[1]->isLock());
+        auto* reopened = dynamic_cast<lumbra::shell::BinBox*>(bins[0]->box());
+        QVERIFY(reopened != nullptr);
+        QTableView& again = *reopened->mainTable();
+        QCOMPARE(again.model()->index(0, columnTitled(again, QStringLiteral("Scene"))).data().toString(),
+                 QStringLiteral("14"));
+        QCOMPARE(reopened->titleLabel()->text(), QStringLiteral("day1"));
+        QVERIFY(dynamic_cast<lumbra::shell::BinBox*>(bins[1]->box())
+                    ->titleLabel()
+                    ->text()
+                    .startsWith(QStringLiteral("🔒")));
     }
 
     void screenshotWithTwoOpenBins() {
