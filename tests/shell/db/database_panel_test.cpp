@@ -1,6 +1,8 @@
 #include "app/scripted_interaction.h"
 #include "app_delegate.h"
 #include "chain/chainable_master.h"
+#include "chain/picker_popup.h"
+#include "chain/settable.h"
 #include "db/database_panel.h"
 #include "db/db_panel_views.h"
 #include "db/db_table.h"
@@ -10,6 +12,7 @@
 #include "project/project_loader.h"
 #include "tool_panels.h"
 
+#include <QAbstractItemModelTester>
 #include <QAction>
 #include <QApplication>
 #include <QDir>
@@ -17,6 +20,7 @@
 #include <QFileDialog>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
 #include <QSettings>
@@ -108,7 +112,7 @@ QStringList chooseFromMenu(QWidget* target, QPoint at, const QString& item) {
 }
 
 // The next modal file panel gets these files; it opens after a menu, so it is waited for.
-void answerFilePanel(const QStringList& paths) {
+void answerFilePanel(const QStringList& paths, QFileDialog::FileMode mode = QFileDialog::ExistingFiles) {
     auto* poll = new QTimer;
     poll->setInterval(20);
     QObject::connect(poll, &QTimer::timeout, [=] {
@@ -118,14 +122,20 @@ void answerFilePanel(const QStringList& paths) {
         }
         poll->stop();
         poll->deleteLater();
-        QVERIFY(panel->fileMode() == QFileDialog::ExistingFiles);
-        QVERIFY(panel->nameFilters().join(QString()).contains(QStringLiteral("*.aaf")));
+        if (mode == QFileDialog::ExistingFiles) {
+            QCOMPARE(panel->nameFilters().size(), 1);
+            QVERIFY(panel->nameFilters()[0].endsWith(QStringLiteral("(*.csv *.mhl *.ccc *.edl *.aaf)")));
+        }
+        QVERIFY(panel->fileMode() == mode);
         panel->setDirectory(QFileInfo(paths.first()).path());
         QStringList names;
         for (const QString& path : paths) {
             names.append(QLatin1Char('"') + QFileInfo(path).fileName() + QLatin1Char('"'));
         }
-        panel->selectFile(names.join(QLatin1Char(' ')));
+        // Typed into the name field, as a person does.
+        auto* name = panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        QVERIFY(name != nullptr);
+        name->setText(paths.size() == 1 ? paths.first() : names.join(QLatin1Char(' ')));
         static_cast<QDialog*>(panel)->accept();
     });
     poll->start();
@@ -205,6 +215,10 @@ private slots:
         QCOMPARE(m_window->findChild<QLabel*>(QStringLiteral("titleLabel"))->text(),
                  QStringLiteral("Manage Databases"));
         DBPanelList& list = *panel->dbList();
+        QAbstractItemModelTester listTester(list.model(),
+                                            QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QAbstractItemModelTester rowsTester(panel->displayTable()->model(),
+                                            QAbstractItemModelTester::FailureReportingMode::QtTest);
         QWidget* instructions = list.findChild<QWidget*>(QStringLiteral("instructionsView"));
         QVERIFY(instructions->isVisible());
         QCOMPARE(instructions->findChild<QLabel*>(QStringLiteral("instructionsText"))->text(),
@@ -381,6 +395,27 @@ private slots:
         QVERIFY(m_window->log().lines()[1].ends_with(" - Couldn't load missing.ccc"));
         QCOMPARE(panel->dbList()->model()->rowCount(), 1);
         QVERIFY(!panel->dbList()->findChild<QWidget*>(QStringLiteral("instructionsView"))->isVisible());
+    }
+
+    // The database picker's "< Load from File >" reads through the reader the panels install.
+    void pickerReadsADatabaseFile() {
+        struct Caller : lumbra::shell::DBSettable {
+            void setDB(const std::shared_ptr<lumbra::db::DBTable>& database, int tag) override {
+                received = database;
+                receivedTag = tag;
+            }
+            std::shared_ptr<lumbra::db::DBTable> received;
+            int receivedTag = 0;
+        } caller;
+        lumbra::project::SharedStuff project(m_interaction);
+        lumbra::shell::DBSetter setter;
+        setter.setup(project, &caller, 7);
+        answerFilePanel({file("reel1.edl")}, QFileDialog::ExistingFile);
+        setter.loadFromFile();
+        QVERIFY(caller.received != nullptr);
+        QCOMPARE(caller.receivedTag, 7);
+        QVERIFY(!caller.received->data.empty());
+        QVERIFY(project.db.empty());
     }
 
 private:
