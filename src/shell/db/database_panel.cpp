@@ -90,13 +90,21 @@ DatabasePanel::DatabasePanel(QWidget* parent) : ChainableViewController(parent) 
     instructionsLayout->addWidget(icon);
     instructionsLayout->addWidget(text);
     instructionsLayout->addStretch(1);
+    // The instructions cover the list's viewport whatever its size.
+    auto* overlay = new QVBoxLayout(m_dbList->viewport());
+    overlay->setContentsMargins(0, 0, 0, 0);
+    overlay->addWidget(m_instructionsView);
 
     connect(delegate, &DBDisplayDelegate::editFinished, this, &DatabasePanel::cellEditFinished);
     connect(m_header, &QHeaderView::sectionResized, this,
             [this](int section, int, int newSize) { columnResized(section, newSize); });
 }
 
-DatabasePanel::~DatabasePanel() = default;
+DatabasePanel::~DatabasePanel() {
+    // The views outlive the models by a moment: they let go of them first.
+    m_dbList->setModel(nullptr);
+    m_displayTable->setModel(nullptr);
+}
 
 void DatabasePanel::receive(const ChainableInput& input) {
     ChainableViewController::receive(input);
@@ -169,7 +177,6 @@ void DatabasePanel::rebuildDisplay() {
 }
 
 void DatabasePanel::showInstructions() {
-    m_instructionsView->setGeometry(m_dbList->viewport()->rect());
     m_instructionsView->setVisible(m_listModel && m_listModel->rowCount() == 0);
 }
 
