@@ -5,6 +5,10 @@
 
 namespace lumbra::shell {
 
+ChainableMaster* ChainableViewController::master() const noexcept {
+    return m_master.data();
+}
+
 ChainableViewController::ChainableViewController(QWidget* parent) : QWidget(parent) {
 }
 

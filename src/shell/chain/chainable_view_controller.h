@@ -37,7 +37,8 @@ public:
     virtual void afterLayout() {}
 
     [[nodiscard]] project::SharedStuff* sharedstuff() const noexcept { return m_sharedstuff; }
-    [[nodiscard]] ChainableMaster* master() const noexcept { return m_master.data(); }
+    // Defined beside the master's class, so callers need not include it.
+    [[nodiscard]] ChainableMaster* master() const noexcept;
     // What the main window sets on the first panel before it stands in the row.
     void attach(project::SharedStuff* sharedstuff, ChainableMaster* master);
 
