@@ -3,6 +3,7 @@
 #include "binbox/bin_box.h"
 #include "bins_list.h"
 #include "bins_tree_model.h"
+#include "chain/layout_generator_view_controller.h"
 #include "main_window.h"
 #include "notifications_box.h"
 #include "project/bin.h"
@@ -19,16 +20,19 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QSettings>
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QToolButton>
 #include <QUrl>
 #include <functional>
 #include <memory>
@@ -370,8 +374,8 @@ private slots:
         m_window->findChild<QAction*>(QStringLiteral("saveAction"))->trigger();
         QVERIFY(!m_window->sharedstuff().something_to_save);
         const QString projectFolder = m_folder->path() + QStringLiteral("/projects/Shoot");
-        QDirIterator files(projectFolder + QStringLiteral("/_bins_"), {QStringLiteral("day1.ale")}, QDir::Files,
-                           QDirIterator::Subdirectories);
+        QDirIterator files(projectFolder + QStringLiteral("/_bins_"), {QStringLiteral("day1.ale")},
+                           QDir::Files, QDirIterator::Subdirectories);
         QVERIFY(files.hasNext());
         const QByteArray saved = readText(files.next());
         QVERIFY2(saved.contains("A001C003\tA001\t14") || saved.contains("\t14\n"), saved.constData());
@@ -396,6 +400,35 @@ private slots:
                     ->titleLabel()
                     ->text()
                     .startsWith(QStringLiteral("🔒")));
+    }
+
+    void theBoxLayoutButtonEditsTheBinColumns() {
+        openProject();
+        m_window->addBinsFromFiles({file("day1.ale").toStdString()});
+        auto* box = dynamic_cast<lumbra::shell::BinBox*>(m_window->sharedstuff().bins->toarray.at(0)->box());
+        QVERIFY(box != nullptr);
+        QVERIFY(columnTitled(*box->mainTable(), QStringLiteral("Scene")) >= 0);
+        bool driven = false;
+        QTimer::singleShot(0, [&driven] {
+            auto* editor = qobject_cast<lumbra::shell::LayoutGeneratorViewController*>(
+                QApplication::activeModalWidget());
+            QVERIFY(editor != nullptr);
+            QListWidget* columns = editor->columnsTable();
+            const QList<QListWidgetItem*> scene =
+                columns->findItems(QStringLiteral("Scene"), Qt::MatchExactly);
+            QCOMPARE(scene.size(), 1);
+            columns->setCurrentItem(scene.front());
+            QTest::mouseClick(editor->removeOneButton(), Qt::LeftButton);
+            editor->nameTextField()->selectAll();
+            QTest::keyClicks(editor->nameTextField(), QStringLiteral("No scene"));
+            QTest::mouseClick(editor->createButton(), Qt::LeftButton);
+            driven = true;
+        });
+        QTest::mouseClick(box->layoutButton(), Qt::LeftButton);
+        QVERIFY(driven);
+        QCOMPARE(m_window->sharedstuff().bins->toarray.at(0)->layout->name, std::string("No scene"));
+        QCOMPARE(columnTitled(*box->mainTable(), QStringLiteral("Scene")), -1);
+        QVERIFY(columnTitled(*box->mainTable(), QStringLiteral("Name")) >= 0);
     }
 
     void screenshotWithTwoOpenBins() {

@@ -4,6 +4,7 @@
 #include "binbox/bin_table_model.h"
 #include "binbox/box_header.h"
 #include "binbox/qt_text.h"
+#include "chain/layout_generator_view_controller.h"
 #include "project/bin.h"
 #include "project/shared_stuff.h"
 
@@ -115,6 +116,9 @@ void BinBox::buildViews() {
         makeButton(m_titleBar, "view-fullscreen", tr("Extend"), tr("Show this bin alone or all open bins"));
     titleLayout->addWidget(m_closeButton);
     titleLayout->addWidget(m_titleLabel, 1);
+    m_layoutButton = makeButton(m_titleBar, "view-list-details", tr("Layout"), tr("Edit the bin's columns"));
+    m_layoutButton->setObjectName(QStringLiteral("layoutButton"));
+    titleLayout->addWidget(m_layoutButton);
     titleLayout->addWidget(m_gangButton);
     titleLayout->addWidget(m_extendButton);
     layout->addWidget(m_titleBar);
@@ -166,6 +170,11 @@ void BinBox::buildViews() {
 
     connect(m_closeButton, &QToolButton::clicked, this, &BinBox::closePressed);
     connect(m_gangButton, &QToolButton::clicked, this, &BinBox::gangPressed);
+    connect(m_layoutButton, &QToolButton::clicked, this, [this] {
+        setActive(true);
+        if (openLayoutEditor(m_sharedstuff, &m_bin, window()))
+            refresh(false);
+    });
     connect(m_extendButton, &QToolButton::clicked, this, [this] {
         setActive(true);
         m_host.toggleViewMode();

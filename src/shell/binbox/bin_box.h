@@ -69,6 +69,8 @@ public:
     [[nodiscard]] QLabel* statusLabel() const noexcept { return m_statusLabel; }
     [[nodiscard]] QToolButton* closeButton() const noexcept { return m_closeButton; }
     [[nodiscard]] QToolButton* gangButton() const noexcept { return m_gangButton; }
+    // Opens the layout editor on the bin.
+    [[nodiscard]] QToolButton* layoutButton() const noexcept { return m_layoutButton; }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -137,6 +139,7 @@ private:
     QToolButton* m_closeButton = nullptr;
     QToolButton* m_gangButton = nullptr;
     QToolButton* m_extendButton = nullptr;
+    QToolButton* m_layoutButton = nullptr;
     QWidget* m_searchStrip = nullptr;
     QLineEdit* m_searchField = nullptr;
     QToolButton* m_dataScopeButton = nullptr;
