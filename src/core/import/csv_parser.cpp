@@ -75,18 +75,6 @@ private:
     int m_nextNumbered = 1;
 };
 
-void collapseCrLf(std::string& text) {
-    std::size_t w = text.find("\r\n");
-    if (w == std::string::npos)
-        return;
-    for (std::size_t r = w; r < text.size(); ++r) {
-        if (text[r] == '\r' && r + 1 < text.size() && text[r + 1] == '\n')
-            continue;
-        text[w++] = text[r];
-    }
-    text.resize(w);
-}
-
 } // namespace
 
 CSVParser::CSVParser(std::string text, CsvOptions options)
@@ -333,7 +321,7 @@ std::optional<std::string> readCSVText(const std::string& path) {
         tables::printLine("ERROR WHILE READING FROM " + path);
         return std::nullopt;
     }
-    collapseCrLf(*text);
+    tables::collapseCrLf(*text);
     return text;
 }
 
