@@ -12,6 +12,7 @@
 #include "notifications_box.h"
 #include "project/bin.h"
 #include "project_metadata_window.h"
+#include "qt_text.h"
 #include "tables/console.h"
 
 #include <QAction>
@@ -35,10 +36,6 @@
 namespace lumbra::shell {
 
 namespace {
-
-QString toQt(const std::string& text) {
-    return QString::fromStdString(text);
-}
 
 const QString importFilter = QStringLiteral("Clip lists (*.ale *.ALE *.edl *.EDL *.csv *.CSV *.tsv *.TSV "
                                             "*.ccc *.CCC *.mhl *.MHL *.aaf *.avb *.fcpxml *.otio);;"

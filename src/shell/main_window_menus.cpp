@@ -2,6 +2,7 @@
 #include "app/layout_menu.h"
 #include "bins_list.h"
 #include "main_window.h"
+#include "qt_text.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -15,10 +16,6 @@
 namespace lumbra::shell {
 
 namespace {
-
-QString toQt(const std::string& text) {
-    return QString::fromStdString(text);
-}
 
 // The toolbar's tools: the name switchSubcontainer knows, the label, the icon, and what to call the
 // tool while this build lacks it.

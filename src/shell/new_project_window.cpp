@@ -3,6 +3,7 @@
 #include "app_delegate.h"
 #include "main_window.h"
 #include "project/shared_stuff.h"
+#include "qt_text.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -26,10 +27,6 @@ namespace lumbra::shell {
 namespace {
 
 constexpr int kWarningSeconds = 3;
-
-QString toQt(const std::string& text) {
-    return QString::fromStdString(text);
-}
 
 QComboBox* makePopup(const char* objectName, std::initializer_list<const char*> choices, QWidget* parent) {
     auto* popup = new QComboBox(parent);

@@ -1,5 +1,7 @@
 #include "notifications_box.h"
 
+#include "qt_text.h"
+
 #include <QContextMenuEvent>
 #include <QDesktopServices>
 #include <QMenu>
@@ -13,10 +15,6 @@
 namespace lumbra::shell {
 
 namespace {
-
-QString toQt(const std::string& text) {
-    return QString::fromStdString(text);
-}
 
 QColor kindColour(tables::NotificationType type) {
     switch (type) {

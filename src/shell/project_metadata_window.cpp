@@ -1,5 +1,7 @@
 #include "project_metadata_window.h"
 
+#include "qt_text.h"
+
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QHeaderView>
@@ -16,10 +18,6 @@ namespace lumbra::shell {
 namespace {
 
 constexpr const char* kNoFilmFormat = "None";
-
-QString toQt(const std::string& text) {
-    return QString::fromStdString(text);
-}
 
 // The choices of each base property with a popup; "Tape" is free text.
 std::vector<std::string> choicesOf(const std::string& property) {

@@ -1,6 +1,7 @@
 #include "qt_user_interaction.h"
 
 #include "import/csv_import_options_selector.h"
+#include "qt_text.h"
 #include "tables/console.h"
 
 #include <QApplication>
@@ -19,10 +20,6 @@
 namespace lumbra::shell {
 
 namespace {
-
-QString toQt(const std::string& text) {
-    return QString::fromStdString(text);
-}
 
 QMessageBox::Icon iconFor(app::AlertStyle style) {
     switch (style) {

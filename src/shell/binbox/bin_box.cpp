@@ -3,10 +3,10 @@
 #include "app/bin_box_edits.h"
 #include "binbox/bin_table_model.h"
 #include "binbox/box_header.h"
-#include "binbox/qt_text.h"
 #include "chain/layout_generator_view_controller.h"
 #include "project/bin.h"
 #include "project/shared_stuff.h"
+#include "qt_text.h"
 
 #include <QEvent>
 #include <QFrame>

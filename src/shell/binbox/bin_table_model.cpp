@@ -1,7 +1,7 @@
 #include "binbox/bin_table_model.h"
 
-#include "binbox/qt_text.h"
 #include "project/bin.h"
+#include "qt_text.h"
 #include "tables/console.h"
 
 #include <QColor>

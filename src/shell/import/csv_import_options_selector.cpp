@@ -1,6 +1,7 @@
 #include "import/csv_import_options_selector.h"
 
 #include "import/csv_parser.h"
+#include "qt_text.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -19,10 +20,6 @@
 namespace lumbra::shell {
 
 namespace {
-
-QString toQt(const std::string& text) {
-    return QString::fromStdString(text);
-}
 
 // What each slider value shows of the text.
 QString sliderText(int value) {
