@@ -7,15 +7,13 @@
 #include "main_window.h"
 #include "notifications_box.h"
 #include "project/bin.h"
-#include "project/project_creation.h"
-#include "project/project_loader.h"
+#include "shell_test_support.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
 #include <QDir>
 #include <QDirIterator>
-#include <QFile>
 #include <QFileDialog>
 #include <QHeaderView>
 #include <QLabel>
@@ -41,22 +39,12 @@ using lumbra::app::ScriptedInteraction;
 using lumbra::shell::AppDelegate;
 using lumbra::shell::BinsList;
 using lumbra::shell::MainWindowViewController;
+using lumbra::shell::testing::readText;
+using lumbra::shell::testing::writeText;
 using lumbra::tables::NotificationData;
 using lumbra::tables::NotificationType;
 
 namespace {
-
-void writeText(const QString& path, const QByteArray& text) {
-    QVERIFY(QDir().mkpath(QFileInfo(path).path()));
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(text);
-}
-
-QByteArray readText(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<none>");
-}
 
 QByteArray aleText(const QList<QByteArray>& clips) {
     QByteArray text =
@@ -450,29 +438,8 @@ private:
 
     // A project "Shoot" made and opened as the chooser does, with its window.
     void openProject() {
-        const std::string parent = (m_folder->path() + QStringLiteral("/projects")).toStdString();
-        QDir().mkpath(QString::fromStdString(parent));
-        if (!QFileInfo::exists(QString::fromStdString(parent + "/Shoot"))) {
-            lumbra::project::SharedStuff maker(m_interaction);
-            lumbra::project::NewProjectSettings settings;
-            settings.name = "Shoot";
-            settings.columns = {"Name", "Tape", "Scene"};
-            QVERIFY(lumbra::project::createProject(maker, parent, settings).accepted());
-        }
-        auto sharedstuff = std::make_unique<lumbra::project::SharedStuff>(m_interaction);
-        lumbra::project::SharedStuff& project = *sharedstuff;
-        project.currentFolder = parent;
-        project.projectName = "Shoot";
-        lumbra::project::OpenHooks hooks;
-        hooks.makeMainWindow = [&](lumbra::project::SharedStuff&) -> lumbra::project::MainWindowLink* {
-            m_window = m_delegate->makeProjectWindow(std::move(sharedstuff));
-            m_window->show();
-            return m_window;
-        };
-        QCOMPARE(lumbra::project::openProject(project, hooks), lumbra::project::OpenResult::opened);
-        QVERIFY(m_window);
-        QVERIFY(QTest::qWaitForWindowExposed(m_window));
-        m_window->sharedstuff().autosave = false;
+        lumbra::shell::testing::openShootProject(m_folder->path() + QStringLiteral("/projects"), *m_delegate,
+                                                 m_interaction, m_window);
     }
 
     QTemporaryDir m_settingsDir;

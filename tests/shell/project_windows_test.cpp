@@ -7,6 +7,7 @@
 #include "notifications_box.h"
 #include "project_chooser_window.h"
 #include "project_metadata_window.h"
+#include "shell_test_support.h"
 
 #include <QAbstractItemModelTester>
 #include <QAction>
@@ -34,24 +35,14 @@ using lumbra::shell::MainWindowViewController;
 using lumbra::shell::NewProjectWindow;
 using lumbra::shell::ProjectChooserWindow;
 using lumbra::shell::ProjectMetadataWindow;
+using lumbra::shell::testing::readText;
+using lumbra::shell::testing::writeText;
 
 namespace {
 
 constexpr const char* kBinUuid = "AAAAAAAA-0000-0000-0000-000000000001";
 constexpr const char* kOtherBinUuid = "BBBBBBBB-0000-0000-0000-000000000002";
 constexpr const char* kGroupUuid = "CCCCCCCC-0000-0000-0000-000000000003";
-
-void writeText(const QString& path, const QByteArray& text) {
-    QVERIFY(QDir().mkpath(QFileInfo(path).path()));
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(text);
-}
-
-QByteArray readText(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<none>");
-}
 
 QByteArray aleText(const QList<QByteArray>& clips) {
     QByteArray text =
