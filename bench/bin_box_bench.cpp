@@ -20,7 +20,7 @@ public:
     bool panelInFront() const override { return false; }
     void toggleViewMode() override {}
     QWidget* boxesArea() override { return nullptr; }
-    void showNotification(const tables::NotificationData&) override {}
+    void showNotification(const base::NotificationData&) override {}
 };
 
 std::unique_ptr<tables::ALETable> bigTable() {

@@ -21,6 +21,7 @@ namespace {
 
 namespace fs = std::filesystem;
 namespace import = lumbra::import;
+namespace base = lumbra::base;
 
 constexpr int rowCount = 100000;
 constexpr int repetitions = 5;
@@ -60,7 +61,7 @@ void registerBenchmark(const std::string& path) {
     benchmark::RegisterBenchmark(
         "import CSV as a bin's table",
         [path](benchmark::State& state) {
-            const import::CsvOptions options;
+            const base::CsvOptions options;
             for (auto _ : state) {
                 auto t0 = std::chrono::steady_clock::now();
                 auto table = import::readCSVAsALETable(path, &options, nullptr, nullptr);

@@ -1,7 +1,7 @@
 // Saving and loading a bins tree of project size: 500 bins of 1,000 clips in 50 groups.
+#include "base/console.h"
 #include "project/bins_tree_loader.h"
 #include "project/bins_tree_saver.h"
-#include "tables/console.h"
 
 #include <benchmark/benchmark.h>
 #include <filesystem>
@@ -63,7 +63,7 @@ void markAllChanged(BinsTreeEntry& root) {
 }
 
 void BM_SaveWholeTree(benchmark::State& state) {
-    lumbra::tables::PrintCapture quiet;
+    lumbra::base::PrintCapture quiet;
     auto& tree = sharedTree();
     fs::path base = scratch("save");
     for (auto _ : state) {
@@ -79,7 +79,7 @@ void BM_SaveWholeTree(benchmark::State& state) {
 BENCHMARK(BM_SaveWholeTree)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 void BM_SaveUnchangedTree(benchmark::State& state) {
-    lumbra::tables::PrintCapture quiet;
+    lumbra::base::PrintCapture quiet;
     auto& tree = sharedTree();
     fs::path base = scratch("unchanged");
     fs::remove_all(base);
@@ -93,7 +93,7 @@ void BM_SaveUnchangedTree(benchmark::State& state) {
 BENCHMARK(BM_SaveUnchangedTree)->Unit(benchmark::kMillisecond);
 
 void BM_RenameGroupAndSave(benchmark::State& state) {
-    lumbra::tables::PrintCapture quiet;
+    lumbra::base::PrintCapture quiet;
     auto& tree = sharedTree();
     fs::path base = scratch("rename");
     fs::remove_all(base);
@@ -113,7 +113,7 @@ void BM_RenameGroupAndSave(benchmark::State& state) {
 BENCHMARK(BM_RenameGroupAndSave)->Unit(benchmark::kMillisecond);
 
 void BM_LoadTree(benchmark::State& state) {
-    lumbra::tables::PrintCapture quiet;
+    lumbra::base::PrintCapture quiet;
     auto& tree = sharedTree();
     fs::path base = scratch("load");
     fs::remove_all(base);

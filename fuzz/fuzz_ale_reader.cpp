@@ -1,6 +1,6 @@
+#include "base/console.h"
+#include "base/text_file.h"
 #include "tables/ale_table.h"
-#include "tables/console.h"
-#include "tables/text_file.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -9,11 +9,12 @@
 // Any bytes, decoded as a file reader would, through the ALE parser and back out through both writers.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     namespace tables = lumbra::tables;
+    namespace base = lumbra::base;
     // The reader's warnings would flood the fuzzer's output.
-    tables::PrintCapture quiet;
+    base::PrintCapture quiet;
     std::string text(reinterpret_cast<const char*>(bytes), size);
-    if (!tables::decodeText(text))
-        text = tables::decodeLatin1(text);
+    if (!base::decodeText(text))
+        text = base::decodeLatin1(text);
     auto table = tables::ALETable::fromText(std::move(text), "fuzz");
     std::string ale = table.aleText({}, false);
     std::string csv = table.csvText(",", true, {}, false);

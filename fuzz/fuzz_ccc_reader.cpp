@@ -1,6 +1,6 @@
+#include "base/console.h"
+#include "base/text_file.h"
 #include "import/ccc_parser.h"
-#include "tables/console.h"
-#include "tables/text_file.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -10,11 +10,12 @@
 // Any bytes, decoded as a file reader would, through the colour tag scanner and into a clip table.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     namespace tables = lumbra::tables;
-    tables::PrintCapture quiet;
+    namespace base = lumbra::base;
+    base::PrintCapture quiet;
     std::string text(reinterpret_cast<const char*>(bytes), size);
-    if (!tables::decodeText(text))
-        text = tables::decodeLatin1(text);
-    lumbra::db::CCCTable table = lumbra::import::CCCParser::parseText(text);
+    if (!base::decodeText(text))
+        text = base::decodeLatin1(text);
+    lumbra::tables::CCCTable table = lumbra::import::CCCParser::parseText(text);
     // Every row carries its three values; the SOP text always has its three pairs of brackets.
     for (const auto& entry : table.data) {
         const std::string* sop = entry.data.find("ASC_SOP");

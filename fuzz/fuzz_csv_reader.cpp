@@ -1,6 +1,6 @@
+#include "base/console.h"
+#include "base/text_file.h"
 #include "import/csv_parser.h"
-#include "tables/console.h"
-#include "tables/text_file.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -12,20 +12,21 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     namespace import = lumbra::import;
     namespace tables = lumbra::tables;
-    tables::PrintCapture quiet;
+    namespace base = lumbra::base;
+    base::PrintCapture quiet;
     if (size < 3)
         return 0;
-    import::CsvOptions options;
+    base::CsvOptions options;
     constexpr char32_t separators[] = {U',', U'\t', U';', U' ', U'|', U'\u00A6', U'"', U'\n', U'\u201C'};
     options.separator = separators[bytes[0] % std::size(separators)];
     options.delimiter = (bytes[1] & 1) ? U'\'' : (bytes[1] & 2) ? U'\u201D' : U'"';
     options.ignore_oriented_quotes = (bytes[1] & 4) != 0;
-    options.first_line = static_cast<import::FirstLineStyle>(bytes[2] % 5);
+    options.first_line = static_cast<base::FirstLineStyle>(bytes[2] % 5);
     options.first_line_number = static_cast<int>(bytes[2] / 5) - 3;
     std::string text(reinterpret_cast<const char*>(bytes + 3), size - 3);
-    if (!tables::decodeText(text))
-        text = tables::decodeLatin1(text);
-    tables::Notifications notices;
+    if (!base::decodeText(text))
+        text = base::decodeLatin1(text);
+    base::Notifications notices;
     for (int slider = 1; slider <= 4; ++slider)
         static_cast<void>(import::sheet::shortenedText(text, slider));
     auto table = import::parseCSVText(text, options, "fuzz.csv", &notices);
@@ -40,6 +41,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         }
     }
     std::string written = table->tableText(",");
-    auto again = import::parseCSVText(std::move(written), import::CsvOptions{}, "again.csv", nullptr);
+    auto again = import::parseCSVText(std::move(written), base::CsvOptions{}, "again.csv", nullptr);
     return 0;
 }

@@ -1,6 +1,6 @@
+#include "base/console.h"
+#include "base/text_file.h"
 #include "import/edl_parser.h"
-#include "tables/console.h"
-#include "tables/text_file.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -11,11 +11,12 @@
 // Any bytes, decoded as a file reader would, through the event scanner and into a clip table.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     namespace tables = lumbra::tables;
-    tables::PrintCapture quiet;
+    namespace base = lumbra::base;
+    base::PrintCapture quiet;
     std::string text(reinterpret_cast<const char*>(bytes), size);
-    if (!tables::decodeText(text))
-        text = tables::decodeLatin1(text);
-    lumbra::db::EDLTable table = lumbra::import::EDLParser(std::move(text)).parse();
+    if (!base::decodeText(text))
+        text = base::decodeLatin1(text);
+    lumbra::tables::EDLTable table = lumbra::import::EDLParser(std::move(text)).parse();
     // Columns are named once each, and every row stands on an Id and a Name.
     if (std::set<std::string>(table.cols.begin(), table.cols.end()).size() != table.cols.size())
         std::abort();

@@ -1,6 +1,6 @@
+#include "base/console.h"
+#include "base/text_file.h"
 #include "import/mhl_parser.h"
-#include "tables/console.h"
-#include "tables/text_file.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -11,12 +11,13 @@
 // Any bytes, decoded as a file reader would, through the hash list scanner, its listing and a clip table.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     namespace tables = lumbra::tables;
-    tables::PrintCapture quiet;
+    namespace base = lumbra::base;
+    base::PrintCapture quiet;
     std::string text(reinterpret_cast<const char*>(bytes), size);
-    if (!tables::decodeText(text))
-        text = tables::decodeLatin1(text);
-    tables::collapseCrLf(text);
-    lumbra::db::MHLTable table = lumbra::import::MHLParser(std::move(text)).parse();
+    if (!base::decodeText(text))
+        text = base::decodeLatin1(text);
+    base::collapseCrLf(text);
+    lumbra::tables::MHLTable table = lumbra::import::MHLParser(std::move(text)).parse();
     // A column is named once, and no row holds a key that is not a column.
     std::set<std::string> columns(table.cols.begin(), table.cols.end());
     if (columns.size() != table.cols.size())

@@ -1,8 +1,8 @@
 #include "command.h"
+#include "import/file_formats.h"
 #include "project/bin.h"
 #include "project/shared_stuff.h"
 #include "project_session.h"
-#include "tables/file_formats.h"
 
 #include <array>
 #include <iostream>
@@ -59,7 +59,7 @@ int run(std::span<const std::string> args) {
     const std::string& key = parsed.positional[2];
     const std::string& output = parsed.positional[3];
 
-    tables::WriteOptions options;
+    import::WriteOptions options;
     options.withMetadata = parsed.has("--metadata");
     options.omitFilmFormat = parsed.has("--omit-film-format");
     if (auto it = parsed.values.find("--columns"); it != parsed.values.end()) {
@@ -67,7 +67,7 @@ int run(std::span<const std::string> args) {
             return usageError(command, "--columns needs a list of column names");
         options.columns = splitColumns(it->second);
     }
-    const tables::FileFormat* format = tables::formatForPath(output);
+    const import::FileFormat* format = import::formatForPath(output);
     if (!format || !format->write)
         return failure("Cannot write " + output + ": no writer for its file suffix");
 

@@ -46,8 +46,8 @@ std::variant<ParsedArguments, int> parseAskingCommand(const Command& command,
     return std::move(parsed);
 }
 
-int writeTable(const tables::FileFormat& format, const tables::ALETable& table, const std::string& output,
-               const tables::WriteOptions& options) {
+int writeTable(const import::FileFormat& format, const tables::ALETable& table, const std::string& output,
+               const import::WriteOptions& options) {
     std::string lastLine;
     bool written = runLogged([&] { return format.write(table, output, options); }, lastLine);
     if (!written)

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tables/console.h"
-#include "tables/file_formats.h"
+#include "base/console.h"
+#include "import/file_formats.h"
 
 #include <map>
 #include <set>
@@ -71,20 +71,20 @@ parseOptions(std::span<const std::string> args, std::span<const std::string_view
 template <typename Step> auto runLogged(Step step, std::string& lastLine) {
     std::vector<std::string> lines;
     auto result = [&] {
-        lumbra::tables::PrintCapture capture;
+        lumbra::base::PrintCapture capture;
         auto r = step();
         lines = capture.lines();
         return r;
     }();
     for (const auto& line : lines)
-        lumbra::tables::printLine(line);
+        lumbra::base::printLine(line);
     lastLine = lines.empty() ? std::string() : lines.back();
     return result;
 }
 
 // Writes a table through a format; on failure prints the one line that names the file and the
 // writer's reason, and returns exitFailure.
-int writeTable(const tables::FileFormat& format, const tables::ALETable& table, const std::string& output,
-               const tables::WriteOptions& options);
+int writeTable(const import::FileFormat& format, const tables::ALETable& table, const std::string& output,
+               const import::WriteOptions& options);
 
 } // namespace lumbra::cli

@@ -1,8 +1,8 @@
 #include "command.h"
 #include "csv_options_flags.h"
 #include "import/csv_parser.h"
+#include "import/file_formats.h"
 #include "policy_interaction.h"
-#include "tables/file_formats.h"
 
 #include <iostream>
 #include <optional>
@@ -36,7 +36,7 @@ const Command command{"convert", "convert a table file into another format", usa
 struct ConvertArguments {
     std::string input;
     std::string output;
-    tables::WriteOptions options;
+    import::WriteOptions options;
     CsvFlags csv;
 };
 
@@ -89,11 +89,11 @@ std::variant<ConvertArguments, std::string> parseArguments(std::span<const std::
 }
 
 // Why a path's suffix does not fit: unknown, or known but not available in that direction.
-std::string suffixReason(std::string_view path, const tables::FileFormat* format,
+std::string suffixReason(std::string_view path, const import::FileFormat* format,
                          std::string_view direction) {
     if (format)
         return std::string(format->name) + " files cannot be " + std::string(direction) + " yet";
-    std::string_view suffix = tables::pathSuffix(path);
+    std::string_view suffix = import::pathSuffix(path);
     if (suffix.empty())
         return "no file suffix to choose the format by";
     return "unknown file suffix \"" + std::string(suffix) + "\"";
@@ -109,10 +109,10 @@ int run(std::span<const std::string> args) {
         return usageError(command, *message);
     auto& arguments = std::get<ConvertArguments>(parsed);
 
-    const tables::FileFormat* in = tables::formatForPath(arguments.input);
+    const import::FileFormat* in = import::formatForPath(arguments.input);
     if (!in || !in->read)
         return failure("Cannot read " + arguments.input + ": " + suffixReason(arguments.input, in, "read"));
-    const tables::FileFormat* out = tables::formatForPath(arguments.output);
+    const import::FileFormat* out = import::formatForPath(arguments.output);
     if (!out || !out->write)
         return failure("Cannot write " + arguments.output + ": " +
                        suffixReason(arguments.output, out, "written"));
@@ -123,12 +123,12 @@ int run(std::span<const std::string> args) {
                           "to .csv and .tsv input only");
 
     std::string lastLine;
-    tables::Notifications notices;
+    base::Notifications notices;
     auto table = runLogged(
         [&] {
             if (!in->readDelimited)
                 return in->read(arguments.input, nullptr);
-            const import::CsvOptions options = arguments.csv.applyTo(import::initialOptions(arguments.input));
+            const base::CsvOptions options = arguments.csv.applyTo(import::initialOptions(arguments.input));
             return in->readDelimited(arguments.input, &options, nullptr, &notices);
         },
         lastLine);

@@ -1,6 +1,6 @@
 #include "csv_options_flags.h"
 
-#include "tables/text_helpers.h"
+#include "base/text_helpers.h"
 
 #include <algorithm>
 #include <map>
@@ -22,17 +22,18 @@ std::optional<char32_t> characterOption(std::string_view value,
 
 } // namespace
 
-import::CsvOptions CsvFlags::applyTo(import::CsvOptions initial) const {if (separator)
-                                                                            initial.separator = *separator;
-if (delimiter)
-    initial.delimiter = *delimiter;
-if (firstLine) {
-    initial.first_line = *firstLine;
-    initial.first_line_number = firstLineNumber;
-}
-if (ignoreOrientedQuotes)
-    initial.ignore_oriented_quotes = true;
-return initial;
+base::CsvOptions CsvFlags::applyTo(base::CsvOptions initial) const {
+    if (separator)
+        initial.separator = *separator;
+    if (delimiter)
+        initial.delimiter = *delimiter;
+    if (firstLine) {
+        initial.first_line = *firstLine;
+        initial.first_line_number = firstLineNumber;
+    }
+    if (ignoreOrientedQuotes)
+        initial.ignore_oriented_quotes = true;
+    return initial;
 } // namespace lumbra::cli
 
 bool isCsvOption(std::string_view name) noexcept {
@@ -52,17 +53,16 @@ std::optional<std::string> setCsvOption(CsvFlags& flags, std::string_view name, 
         if (!flags.delimiter)
             return "--delimiter takes one character or double, single, not \"" + given + "\"";
     } else if (name == "--first-line") {
-        const std::map<std::string_view, import::FirstLineStyle> styles{
-            {"auto", import::FirstLineStyle::auto_},
-            {"first", import::FirstLineStyle::first},
-            {"afterempty", import::FirstLineStyle::afterempty},
-            {"aftercolumn", import::FirstLineStyle::aftercolumn}};
+        const std::map<std::string_view, base::FirstLineStyle> styles{
+            {"auto", base::FirstLineStyle::auto_},
+            {"first", base::FirstLineStyle::first},
+            {"afterempty", base::FirstLineStyle::afterempty},
+            {"aftercolumn", base::FirstLineStyle::aftercolumn}};
         if (auto it = styles.find(value); it != styles.end()) {
             flags.firstLine = it->second;
             flags.firstLineNumber = 0;
-        } else if (auto number = tables::parseInteger(value);
-                   number && *number >= 1 && *number <= 1000000000) {
-            flags.firstLine = import::FirstLineStyle::custom;
+        } else if (auto number = base::parseInteger(value); number && *number >= 1 && *number <= 1000000000) {
+            flags.firstLine = base::FirstLineStyle::custom;
             flags.firstLineNumber = static_cast<int>(*number);
         } else {
             return "--first-line takes auto, first, afterempty, aftercolumn or a line number from 1, not \"" +

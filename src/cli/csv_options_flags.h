@@ -14,14 +14,14 @@ namespace lumbra::cli {
 struct CsvFlags {
     std::optional<char32_t> separator;
     std::optional<char32_t> delimiter;
-    std::optional<import::FirstLineStyle> firstLine;
+    std::optional<base::FirstLineStyle> firstLine;
     int firstLineNumber = 0;
     bool ignoreOrientedQuotes = false;
 
     [[nodiscard]] bool given() const noexcept {
         return separator || delimiter || firstLine || ignoreOrientedQuotes;
     }
-    [[nodiscard]] import::CsvOptions applyTo(import::CsvOptions initial) const;
+    [[nodiscard]] base::CsvOptions applyTo(base::CsvOptions initial) const;
 };
 
 inline constexpr std::array<std::string_view, 3> csvValuedOptions{"--separator", "--delimiter",

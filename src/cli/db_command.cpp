@@ -3,10 +3,10 @@
 #include "db/db_column_tools.h"
 #include "db/db_editing.h"
 #include "db/db_import.h"
-#include "db/db_table.h"
 #include "project/bin.h"
 #include "project/shared_stuff.h"
 #include "project_session.h"
+#include "tables/db_table.h"
 
 #include <array>
 #include <iostream>
@@ -61,8 +61,8 @@ int saved(SharedStuff& sharedstuff, const std::string& path) {
 }
 
 // The database named by `key` (a uuid names one alone); prints why there is none.
-db::DBTable* findDatabase(SharedStuff& sharedstuff, const std::string& path, const std::string& key) {
-    std::vector<db::DBTable*> named;
+tables::DBTable* findDatabase(SharedStuff& sharedstuff, const std::string& path, const std::string& key) {
+    std::vector<tables::DBTable*> named;
     for (const auto& table : sharedstuff.db) {
         if (table->uuid() == key)
             return table.get();
@@ -81,7 +81,7 @@ db::DBTable* findDatabase(SharedStuff& sharedstuff, const std::string& path, con
 
 int add(SharedStuff& sharedstuff, const ParsedArguments& parsed) {
     std::vector<std::string> files(parsed.positional.begin() + 2, parsed.positional.end());
-    std::vector<db::DBTable*> added = db::addDatabases(sharedstuff, files);
+    std::vector<tables::DBTable*> added = db::addDatabases(sharedstuff, files);
     sharedstuff.flushBufferedNotifications();
     if (int status = saved(sharedstuff, parsed.positional[1]); status != exitSuccess)
         return status;
@@ -99,7 +99,7 @@ int list(SharedStuff& sharedstuff) {
     return exitSuccess;
 }
 
-int tool(SharedStuff& sharedstuff, db::DBTable& table, const ParsedArguments& parsed) {
+int tool(SharedStuff& sharedstuff, tables::DBTable& table, const ParsedArguments& parsed) {
     const std::string& name = parsed.positional[3];
     const std::string& column = parsed.positional[4];
     if (!table.hasColumn(column))
@@ -176,7 +176,7 @@ int run(std::span<const std::string> args) {
         return add(sharedstuff, parsed);
     if (sub == "list")
         return list(sharedstuff);
-    db::DBTable* table = findDatabase(sharedstuff, path, parsed.positional[2]);
+    tables::DBTable* table = findDatabase(sharedstuff, path, parsed.positional[2]);
     if (!table)
         return exitFailure;
     if (sub == "show") {

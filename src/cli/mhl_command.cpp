@@ -34,7 +34,7 @@ int run(std::span<const std::string> args) {
         return usageError(command, positional.empty() ? "FILE is needed" : "too many arguments");
 
     // The list is read whatever its suffix: the command names the format.
-    std::optional<db::MHLTable> table = import::parseMHLFile(positional.front());
+    std::optional<tables::MHLTable> table = import::parseMHLFile(positional.front());
     if (!table)
         return failure("Cannot read " + positional.front() + ": the file could not be read");
     import::printMHLTable(*table);

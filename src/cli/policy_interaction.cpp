@@ -5,13 +5,13 @@
 
 namespace lumbra::cli {
 
-const char* kindName(tables::NotificationType kind) {
+const char* kindName(base::NotificationType kind) {
     switch (kind) {
-    case tables::NotificationType::OK:
+    case base::NotificationType::OK:
         return "OK";
-    case tables::NotificationType::WARNING:
+    case base::NotificationType::WARNING:
         return "WARNING";
-    case tables::NotificationType::KO:
+    case base::NotificationType::KO:
         return "KO";
     }
     return "KO";
@@ -20,15 +20,15 @@ const char* kindName(tables::NotificationType kind) {
 namespace {
 
 // A notification logged without a title takes the one of its kind, as in the main window's log.
-std::string shownTitle(const tables::NotificationData& notification) {
+std::string shownTitle(const base::NotificationData& notification) {
     if (!notification.title.empty())
         return notification.title;
     switch (notification.type) {
-    case tables::NotificationType::OK:
+    case base::NotificationType::OK:
         return "Operation executed";
-    case tables::NotificationType::WARNING:
+    case base::NotificationType::WARNING:
         return "Warning";
-    case tables::NotificationType::KO:
+    case base::NotificationType::KO:
         break;
     }
     return "Operation not executed";
@@ -44,7 +44,7 @@ void PolicyInteraction::stop(const std::string& title, const std::string& text) 
     std::exit(exitQuestion);
 }
 
-app::AlertAnswer PolicyInteraction::alert(const app::AlertRequest& request) {
+base::AlertAnswer PolicyInteraction::alert(const base::AlertRequest& request) {
     // A message with one button asks nothing: it is told, and goes on.
     if (request.buttons.size() <= 1) {
         std::cout << request.title << ": " << request.text << '\n';
@@ -57,7 +57,7 @@ app::AlertAnswer PolicyInteraction::alert(const app::AlertRequest& request) {
     return {button, false};
 }
 
-std::optional<std::string> PolicyInteraction::askText(const app::TextRequest& request) {
+std::optional<std::string> PolicyInteraction::askText(const base::TextRequest& request) {
     if (m_policy == AnswerPolicy::ask)
         stop(request.title, request.text);
     if (m_policy == AnswerPolicy::cancel)
@@ -65,27 +65,27 @@ std::optional<std::string> PolicyInteraction::askText(const app::TextRequest& re
     return request.defaultValue;
 }
 
-std::optional<std::filesystem::path> PolicyInteraction::chooseFolder(const app::FolderRequest& request) {
+std::optional<std::filesystem::path> PolicyInteraction::chooseFolder(const base::FolderRequest& request) {
     if (m_policy == AnswerPolicy::ask)
         stop(request.title, "a folder must be chosen");
     // A command line has no folder to offer: the choice is cancelled.
     return std::nullopt;
 }
 
-import::CsvOptions PolicyInteraction::askCsvOptions(const std::string&, const import::CsvOptions& initial){
+base::CsvOptions PolicyInteraction::askCsvOptions(const std::string&, const base::CsvOptions& initial) {
     // The layout is stated before the run with its own flags, and the defaults fit most files: a
     // missing flag is no reason to stop as an unanswered question does.
     return m_csvFlags.applyTo(initial);
 } // namespace lumbra::cli
 
 void PolicyInteraction::addLog(const std::string& text, bool notify, const std::string& title,
-                               tables::NotificationType kind) {
+                               base::NotificationType kind) {
     std::cout << text << '\n';
     if (notify)
         this->notify({{title, text, kind}});
 }
 
-void PolicyInteraction::notify(const tables::Notifications& notifications) {
+void PolicyInteraction::notify(const base::Notifications& notifications) {
     for (const auto& notification : notifications)
         std::cout << '[' << kindName(notification.type) << "] " << shownTitle(notification) << ": "
                   << notification.body << '\n';

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/user_interaction.h"
+#include "base/user_interaction.h"
 #include "csv_options_flags.h"
 
 namespace lumbra::cli {
@@ -15,20 +15,20 @@ inline constexpr int exitQuestion = 2;
 // take the first (affirmative) or the last (cancelling) button by policy. With no policy a question
 // prints its title and text on standard error and ends the process with exitQuestion, which leaves
 // the project as it was, since the core asks before it writes.
-class PolicyInteraction final : public app::UserInteraction {
+class PolicyInteraction final : public base::UserInteraction {
 public:
     explicit PolicyInteraction(AnswerPolicy policy) : m_policy(policy) {}
     // The answer to every question about the layout of a delimited file.
     void setCsvFlags(const CsvFlags& flags) { m_csvFlags = flags; }
 
-    app::AlertAnswer alert(const app::AlertRequest& request) override;
-    std::optional<std::string> askText(const app::TextRequest& request) override;
-    std::optional<std::filesystem::path> chooseFolder(const app::FolderRequest& request) override;
+    base::AlertAnswer alert(const base::AlertRequest& request) override;
+    std::optional<std::string> askText(const base::TextRequest& request) override;
+    std::optional<std::filesystem::path> chooseFolder(const base::FolderRequest& request) override;
     void addLog(const std::string& text, bool notify, const std::string& title,
-                tables::NotificationType kind) override;
-    void notify(const tables::Notifications& notifications) override;
+                base::NotificationType kind) override;
+    void notify(const base::Notifications& notifications) override;
     // The flags over the options the question starts from; never asks, whatever the policy.
-    import::CsvOptions askCsvOptions(const std::string& text, const import::CsvOptions& initial) override;
+    base::CsvOptions askCsvOptions(const std::string& text, const base::CsvOptions& initial) override;
 
 private:
     [[noreturn]] static void stop(const std::string& title, const std::string& text);
@@ -38,6 +38,6 @@ private:
 };
 
 // "OK", "WARNING" or "KO".
-[[nodiscard]] const char* kindName(tables::NotificationType kind);
+[[nodiscard]] const char* kindName(base::NotificationType kind);
 
 } // namespace lumbra::cli

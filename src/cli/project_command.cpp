@@ -1,12 +1,12 @@
 #include "command.h"
 #include "csv_options_flags.h"
+#include "import/file_formats.h"
 #include "project/bin.h"
 #include "project/bin_import.h"
 #include "project/project_creation.h"
 #include "project/project_saver.h"
 #include "project/shared_stuff.h"
 #include "project_session.h"
-#include "tables/file_formats.h"
 
 #include <array>
 #include <filesystem>
@@ -265,7 +265,7 @@ int run(std::span<const std::string> args) {
         return create(parsed);
     if (sub == "import") {
         for (std::size_t i = 2; i < count; ++i) {
-            const tables::FileFormat* format = tables::formatForPath(parsed.positional[i]);
+            const import::FileFormat* format = import::formatForPath(parsed.positional[i]);
             if (!format || !format->read)
                 return failure("Cannot import " + parsed.positional[i] + ": no reader for its file suffix");
         }

@@ -1,7 +1,7 @@
 #include "project_session.h"
 
-#include "app/project_catalogue.h"
 #include "command.h"
+#include "project/project_catalogue.h"
 #include "project/project_loader.h"
 
 #include <filesystem>
@@ -22,7 +22,7 @@ ProjectSession::ProjectSession(AnswerPolicy policy)
 bool ProjectSession::open(const std::string& path) {
     fs::path folder = projectFolderArgument(path);
     std::error_code error;
-    if (!fs::is_regular_file(folder / app::kProjectFileName, error)) {
+    if (!fs::is_regular_file(folder / project::kProjectFileName, error)) {
         failure("Cannot open " + path + ": no project there");
         return false;
     }

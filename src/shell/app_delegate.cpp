@@ -21,8 +21,8 @@ static void initialiseResources() {
 
 namespace lumbra::shell {
 
-AppDelegate::AppDelegate(std::unique_ptr<app::UserInteraction> interaction,
-                         std::unique_ptr<app::UserDefaults> defaults, QObject* parent)
+AppDelegate::AppDelegate(std::unique_ptr<base::UserInteraction> interaction,
+                         std::unique_ptr<base::UserDefaults> defaults, QObject* parent)
     : QObject(parent), m_interaction(std::move(interaction)), m_defaults(std::move(defaults)) {
     initialiseResources();
     if (!m_interaction) {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "app/app_lifecycle.h"
-#include "app/user_defaults.h"
-#include "app/user_interaction.h"
+#include "base/user_defaults.h"
+#include "base/user_interaction.h"
 
 #include <QObject>
 #include <QPointer>
@@ -28,15 +28,15 @@ class AppDelegate final : public QObject, public app::AppWindows {
 
 public:
     // Without an interaction or defaults the desktop's own are used; tests hand in scripted ones.
-    explicit AppDelegate(std::unique_ptr<app::UserInteraction> interaction = nullptr,
-                         std::unique_ptr<app::UserDefaults> defaults = nullptr, QObject* parent = nullptr);
+    explicit AppDelegate(std::unique_ptr<base::UserInteraction> interaction = nullptr,
+                         std::unique_ptr<base::UserDefaults> defaults = nullptr, QObject* parent = nullptr);
     ~AppDelegate() override;
 
     // Turns the full-screen menu entry off, starts the Python probe and, with no window, opens the chooser.
     void start();
 
     [[nodiscard]] app::AppLifecycle& lifecycle() noexcept { return *m_lifecycle; }
-    [[nodiscard]] app::UserInteraction& interaction() noexcept { return *m_interaction; }
+    [[nodiscard]] base::UserInteraction& interaction() noexcept { return *m_interaction; }
     [[nodiscard]] ProjectChooserWindow* projectChooser() const;
     // The menu entry that opens the project chooser.
     [[nodiscard]] QAction* projectSelectorMenuItem() const noexcept { return m_projectSelectorMenuItem; }
@@ -60,8 +60,8 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    std::unique_ptr<app::UserInteraction> m_interaction;
-    std::unique_ptr<app::UserDefaults> m_defaults;
+    std::unique_ptr<base::UserInteraction> m_interaction;
+    std::unique_ptr<base::UserDefaults> m_defaults;
     std::unique_ptr<app::AppLifecycle> m_lifecycle;
     QPointer<ProjectChooserWindow> m_chooser;
     QAction* m_projectSelectorMenuItem = nullptr;

@@ -83,21 +83,21 @@ QModelIndex BinsTreeModel::indexOf(const project::BinsTreeEntry* node) const {
     return createIndex(place->second.row, 0, const_cast<project::BinsTreeEntry*>(node));
 }
 
-QColor tagColour(project::Tag tag) {
+QColor tagColour(base::Tag tag) {
     switch (tag) {
-    case project::Tag::red:
+    case base::Tag::red:
         return {0xe0, 0x1b, 0x24};
-    case project::Tag::green:
+    case base::Tag::green:
         return {0x2e, 0xc2, 0x7e};
-    case project::Tag::blue:
+    case base::Tag::blue:
         return {0x35, 0x84, 0xe4};
-    case project::Tag::yellow:
+    case base::Tag::yellow:
         return {0xf6, 0xd3, 0x2d};
-    case project::Tag::pink:
+    case base::Tag::pink:
         return {0xdc, 0x8a, 0xdd};
-    case project::Tag::purple:
+    case base::Tag::purple:
         return {0x91, 0x41, 0xac};
-    case project::Tag::none:
+    case base::Tag::none:
         break;
     }
     return {};
@@ -109,7 +109,7 @@ QDateTime dateOf(double seconds) {
     return QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(seconds * 1000.0));
 }
 
-QIcon tagIcon(project::Tag tag) {
+QIcon tagIcon(base::Tag tag) {
     const QColor colour = tagColour(tag);
     if (!colour.isValid()) {
         return {};
@@ -132,7 +132,7 @@ QVariant BinsTreeModel::data(const QModelIndex& index, int role) const {
     }
     const project::BinsTreeEntry* node = nodeAt(index);
     const project::Bin* bin = node->bin.get();
-    const project::Saveable& identity = node->identity();
+    const base::Saveable& identity = node->identity();
     switch (index.column()) {
     case NameColumn:
         switch (role) {
@@ -168,7 +168,7 @@ QVariant BinsTreeModel::data(const QModelIndex& index, int role) const {
             return tagIcon(identity.tag);
         }
         if (role == Qt::ToolTipRole || role == Qt::AccessibleTextRole) {
-            return QString::fromLatin1(project::tagName(identity.tag));
+            return QString::fromLatin1(base::tagName(identity.tag));
         }
         return {};
     case ModifiedColumn:

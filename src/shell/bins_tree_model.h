@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/saveable.h"
 #include "project/bins_tree_entry.h"
-#include "project/saveable.h"
 
 #include <QAbstractItemModel>
 #include <QColor>
@@ -13,7 +13,7 @@ namespace lumbra::shell {
 // A tree of bins as the bins lists show it: each node's name, tag colour and both dates; bins that are
 // open stand out. The model reads the tree in place and is reset whenever the tree changed.
 // The colour a tag is shown in; invalid for `none`.
-[[nodiscard]] QColor tagColour(project::Tag tag);
+[[nodiscard]] QColor tagColour(base::Tag tag);
 
 class BinsTreeModel final : public QAbstractItemModel {
     Q_OBJECT

@@ -3,6 +3,7 @@
 #include "app/bin_saving.h"
 #include "app/bins_list_commands.h"
 #include "app/layout_menu.h"
+#include "base/console.h"
 #include "bin_save_dialogs.h"
 #include "binbox/bin_box.h"
 #include "bins_list.h"
@@ -13,7 +14,6 @@
 #include "project/bin.h"
 #include "project_metadata_window.h"
 #include "qt_text.h"
-#include "tables/console.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -59,36 +59,37 @@ QWidget* captioned(QWidget* parent, const QString& caption) {
 } // namespace
 
 // The project's questions go to the user as before; its log lines and notices come to this window.
-class MainWindowViewController::WindowInteraction final : public app::UserInteraction {
+class MainWindowViewController::WindowInteraction final : public base::UserInteraction {
 public:
-    WindowInteraction(app::UserInteraction* inner, MainWindowViewController& window)
+    WindowInteraction(base::UserInteraction* inner, MainWindowViewController& window)
         : m_inner(inner), m_window(window) {}
 
-    app::AlertAnswer alert(const app::AlertRequest& request) override {
+    base::AlertAnswer alert(const base::AlertRequest& request) override {
         if (m_inner == nullptr) {
             return {static_cast<int>(request.buttons.empty() ? 0 : request.buttons.size() - 1), false};
         }
         return m_inner->alert(request);
     }
-    std::optional<std::string> askText(const app::TextRequest& request) override {
+    std::optional<std::string> askText(const base::TextRequest& request) override {
         return m_inner ? m_inner->askText(request) : std::nullopt;
     }
-    std::optional<std::filesystem::path> chooseFolder(const app::FolderRequest& request) override {
+    std::optional<std::filesystem::path> chooseFolder(const base::FolderRequest& request) override {
         return m_inner ? m_inner->chooseFolder(request) : std::nullopt;
     }
-    import::CsvOptions askCsvOptions(const std::string& text, const import::CsvOptions& initial) override {
+    base::CsvOptions askCsvOptions(const std::string& text, const base::CsvOptions& initial) override {
         return m_inner ? m_inner->askCsvOptions(text, initial) : initial;
-} void addLog(const std::string& text, bool notify, const std::string& title,
-              tables::NotificationType kind) override {
-    m_window.addLog(text, notify, title, kind);
-}
-void notify(const tables::Notifications& notifications) override {
-    m_window.m_notificationsBox->add(notifications);
-}
+    }
+    void addLog(const std::string& text, bool notify, const std::string& title,
+                base::NotificationType kind) override {
+        m_window.addLog(text, notify, title, kind);
+    }
+    void notify(const base::Notifications& notifications) override {
+        m_window.m_notificationsBox->add(notifications);
+    }
 
 private:
-app::UserInteraction* m_inner;
-MainWindowViewController& m_window;
+    base::UserInteraction* m_inner;
+    MainWindowViewController& m_window;
 }; // namespace lumbra::shell
 
 MainWindowViewController::MainWindowViewController(std::unique_ptr<project::SharedStuff> sharedstuff,
@@ -212,8 +213,8 @@ QWidget* MainWindowViewController::boxesView() const noexcept {
 }
 
 void MainWindowViewController::addLog(const std::string& text, bool notify, const std::string& title,
-                                      tables::NotificationType kind) {
-    tables::printLine(text);
+                                      base::NotificationType kind) {
+    base::printLine(text);
     m_log.add(text);
     m_logTextView->setPlainText(toQt(m_log.text()));
     if (notify) {
@@ -397,14 +398,14 @@ void MainWindowViewController::boxActivated(BinBox&) {
     }
 }
 
-void MainWindowViewController::showNotification(const tables::NotificationData& notification) {
+void MainWindowViewController::showNotification(const base::NotificationData& notification) {
     m_notificationsBox->add({notification});
 }
 
 void MainWindowViewController::editLayout() {
     project::Bin* bin = m_sharedstuff->activeBin;
     if (bin == nullptr) {
-        addLog("Select a bin first", true, "", tables::NotificationType::WARNING);
+        addLog("Select a bin first", true, "", base::NotificationType::WARNING);
         return;
     }
     if (openLayoutEditor(*m_sharedstuff, bin, this) && bin->box() != nullptr) {
@@ -426,12 +427,12 @@ void MainWindowViewController::showBox(project::Bin&, bool) {
 
 void MainWindowViewController::saveProject() {
     const std::string path = m_sharedstuff->projectPath().value_or(std::string());
-    m_sharedstuff->addLog("Saving project to " + path, false, "", tables::NotificationType::OK);
+    m_sharedstuff->addLog("Saving project to " + path, false, "", base::NotificationType::OK);
     if (!m_sharedstuff->save()) {
-        m_sharedstuff->addLog("ERROR while saving", true, "Not Saved", tables::NotificationType::KO);
+        m_sharedstuff->addLog("ERROR while saving", true, "Not Saved", base::NotificationType::KO);
         return;
     }
-    m_sharedstuff->addLog("Project saved to " + path, true, "Saved", tables::NotificationType::OK);
+    m_sharedstuff->addLog("Project saved to " + path, true, "Saved", base::NotificationType::OK);
     m_sharedstuff->something_to_save = false;
 }
 
@@ -440,7 +441,7 @@ namespace {
 // The copy and the archive ask for the parent folder the same way and log the same way.
 void saveUnderChosenFolder(project::SharedStuff& sharedstuff,
                            bool (project::SharedStuff::*write)(const std::string&, std::string*)) {
-    app::FolderRequest request;
+    base::FolderRequest request;
     request.title = "Select parent folder where to save the project";
     request.message = "Select parent folder where to save the project";
     request.startFolder = sharedstuff.currentFolder.value_or(std::string());
@@ -457,10 +458,10 @@ void saveUnderChosenFolder(project::SharedStuff& sharedstuff,
     }
     std::string path;
     if ((sharedstuff.*write)(folder->string(), &path)) {
-        sharedstuff.addLog("Successfully saved to " + path, true, "", tables::NotificationType::OK);
+        sharedstuff.addLog("Successfully saved to " + path, true, "", base::NotificationType::OK);
     } else {
         sharedstuff.addLog("Error while saving to " + (path.empty() ? folder->string() : path), true, "",
-                           tables::NotificationType::KO);
+                           base::NotificationType::KO);
     }
 }
 
@@ -488,7 +489,7 @@ void MainWindowViewController::saveBinAsALE() {
     if (bin == nullptr || bin->table() == nullptr) {
         return;
     }
-    m_sharedstuff->addLog("Saving bin " + bin->table()->tablename, false, "", tables::NotificationType::OK);
+    m_sharedstuff->addLog("Saving bin " + bin->table()->tablename, false, "", base::NotificationType::OK);
     setFog(true);
     const BinSaveChoice choice =
         askAleSavePath(this, toQt(bin->table()->tablename), m_sharedstuff->film_format.has_value(),
@@ -509,7 +510,7 @@ void MainWindowViewController::saveBinAsCSV() {
     if (bin == nullptr || bin->table() == nullptr) {
         return;
     }
-    m_sharedstuff->addLog("Saving bin " + bin->table()->tablename, false, "", tables::NotificationType::OK);
+    m_sharedstuff->addLog("Saving bin " + bin->table()->tablename, false, "", base::NotificationType::OK);
     setFog(true);
     const BinSaveChoice choice = askCsvSavePath(this, toQt(bin->table()->tablename),
                                                 toQt(app::rememberedCsvSeparator(*m_sharedstuff)));

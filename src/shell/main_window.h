@@ -3,7 +3,7 @@
 #include "app/app_lifecycle.h"
 #include "app/box_tiling.h"
 #include "app/main_window_log.h"
-#include "app/user_interaction.h"
+#include "base/user_interaction.h"
 #include "binbox/box_host.h"
 #include "project/bin_import.h"
 #include "project/shared_stuff.h"
@@ -62,8 +62,7 @@ public:
     [[nodiscard]] app::MultiViewMode multiViewMode() const noexcept { return m_multiViewMode; }
 
     // One line on top of the log; with notify also a notification.
-    void addLog(const std::string& text, bool notify, const std::string& title,
-                tables::NotificationType kind);
+    void addLog(const std::string& text, bool notify, const std::string& title, base::NotificationType kind);
     // Bins from files, as dropped at `target`; the one import the command line uses too.
     project::BinImportResult addBinsFromFiles(const std::vector<std::string>& paths,
                                               project::ImportTarget target = {});
@@ -94,7 +93,7 @@ public:
     void toggleViewMode() override;
     QWidget* boxesArea() override;
     void boxActivated(BinBox& box) override;
-    void showNotification(const tables::NotificationData& notification) override;
+    void showNotification(const base::NotificationData& notification) override;
 
 public slots:
     void saveProject();
@@ -136,7 +135,7 @@ private:
 
     std::unique_ptr<project::SharedStuff> m_sharedstuff;
     std::unique_ptr<WindowInteraction> m_interaction;
-    app::UserInteraction* m_projectInteraction = nullptr;
+    base::UserInteraction* m_projectInteraction = nullptr;
     app::AppLifecycle& m_lifecycle;
     app::AppWindows& m_windows;
     app::MainWindowLog m_log;

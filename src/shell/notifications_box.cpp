@@ -16,20 +16,20 @@ namespace lumbra::shell {
 
 namespace {
 
-QColor kindColour(tables::NotificationType type) {
+QColor kindColour(base::NotificationType type) {
     switch (type) {
-    case tables::NotificationType::OK:
+    case base::NotificationType::OK:
         return {0x2e, 0xa0, 0x43};
-    case tables::NotificationType::WARNING:
+    case base::NotificationType::WARNING:
         return {0xe6, 0x8a, 0x00};
-    case tables::NotificationType::KO:
+    case base::NotificationType::KO:
         break;
     }
     return {0xd0, 0x2b, 0x2b};
 }
 
 // The link words that are in the body, each with the address of its first occurrence.
-std::vector<std::pair<QString, QString>> linksInBody(const tables::NotificationData& data) {
+std::vector<std::pair<QString, QString>> linksInBody(const base::NotificationData& data) {
     std::vector<std::pair<QString, QString>> found;
     if (!data.hasLinks) {
         return found;
@@ -83,7 +83,7 @@ public:
         if (!index.isValid() || index.row() >= static_cast<int>(items.size())) {
             return {};
         }
-        const tables::NotificationData& item = items[static_cast<std::size_t>(index.row())];
+        const base::NotificationData& item = items[static_cast<std::size_t>(index.row())];
         switch (role) {
         case Qt::DisplayRole:
         case Qt::AccessibleTextRole:
@@ -93,7 +93,7 @@ public:
         }
     }
 
-    void add(const tables::Notifications& added) {
+    void add(const base::Notifications& added) {
         if (added.empty()) {
             return;
         }
@@ -113,7 +113,7 @@ public:
         endRemoveRows();
     }
 
-    std::deque<tables::NotificationData> items;
+    std::deque<base::NotificationData> items;
 };
 
 class NotificationsBox::CardDelegate final : public QStyledItemDelegate {
@@ -126,7 +126,7 @@ public:
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override {
-        const tables::NotificationData& item = m_model.items[static_cast<std::size_t>(index.row())];
+        const base::NotificationData& item = m_model.items[static_cast<std::size_t>(index.row())];
         const CardGeometry g = geometryFor(option.rect);
         const QPalette& palette = option.palette;
         const QColor colour = kindColour(item.type);
@@ -164,7 +164,7 @@ public:
 
     bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
                    const QModelIndex& index) override {
-        const tables::NotificationData& item = m_model.items[static_cast<std::size_t>(index.row())];
+        const base::NotificationData& item = m_model.items[static_cast<std::size_t>(index.row())];
         const CardGeometry g = geometryFor(option.rect);
         const QFontMetrics metrics(option.font);
         QString tip;
@@ -201,7 +201,7 @@ NotificationsBox::NotificationsBox(QWidget* parent) : QListView(parent) {
     setMouseTracking(true);
 }
 
-void NotificationsBox::add(const tables::Notifications& items) {
+void NotificationsBox::add(const base::Notifications& items) {
     m_model->add(items);
     scrollToTop();
 }
@@ -214,7 +214,7 @@ int NotificationsBox::count() const {
     return static_cast<int>(m_model->items.size());
 }
 
-const tables::NotificationData& NotificationsBox::item(int row) const {
+const base::NotificationData& NotificationsBox::item(int row) const {
     return m_model->items[static_cast<std::size_t>(row)];
 }
 

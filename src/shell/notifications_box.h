@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tables/notification.h"
+#include "base/notification.h"
 
 #include <QAbstractListModel>
 #include <QListView>
@@ -20,11 +20,11 @@ public:
     explicit NotificationsBox(QWidget* parent = nullptr);
 
     // Each goes on top in turn, so the last of the list stands highest.
-    void add(const tables::Notifications& items);
+    void add(const base::Notifications& items);
     // By position; nothing when the row is gone already.
     void remove(int row);
     [[nodiscard]] int count() const;
-    [[nodiscard]] const tables::NotificationData& item(int row) const;
+    [[nodiscard]] const base::NotificationData& item(int row) const;
 
 protected:
     void mouseReleaseEvent(QMouseEvent* event) override;

@@ -41,8 +41,8 @@ QIcon themeIcon(const char* name, QStyle::StandardPixmap fallback) {
 
 } // namespace
 
-ProjectChooserWindow::ProjectChooserWindow(AppDelegate& delegate, app::UserDefaults& defaults,
-                                           app::UserInteraction& interaction, QWidget* parent)
+ProjectChooserWindow::ProjectChooserWindow(AppDelegate& delegate, base::UserDefaults& defaults,
+                                           base::UserInteraction& interaction, QWidget* parent)
     : QMainWindow(parent), m_delegate(delegate), m_interaction(interaction),
       m_catalogue(defaults, QDir::homePath().toStdString()) {
     setObjectName(QStringLiteral("projectselector"));

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/project_catalogue.h"
-#include "app/user_interaction.h"
+#include "base/user_interaction.h"
+#include "project/project_catalogue.h"
 
 #include <QMainWindow>
 
@@ -24,11 +24,11 @@ public:
     // Columns of the project grid.
     static constexpr int kColumns = 3;
 
-    ProjectChooserWindow(AppDelegate& delegate, app::UserDefaults& defaults,
-                         app::UserInteraction& interaction, QWidget* parent = nullptr);
+    ProjectChooserWindow(AppDelegate& delegate, base::UserDefaults& defaults,
+                         base::UserInteraction& interaction, QWidget* parent = nullptr);
     ~ProjectChooserWindow() override;
 
-    [[nodiscard]] const app::ProjectCatalogue& catalogue() const noexcept { return m_catalogue; }
+    [[nodiscard]] const project::ProjectCatalogue& catalogue() const noexcept { return m_catalogue; }
     // The grid's project buttons, in the order of the catalogue.
     [[nodiscard]] QList<QToolButton*> projectButtons() const;
 
@@ -46,8 +46,8 @@ private:
     void showProjectMenu(QToolButton* button, const QPoint& position);
 
     AppDelegate& m_delegate;
-    app::UserInteraction& m_interaction;
-    app::ProjectCatalogue m_catalogue;
+    base::UserInteraction& m_interaction;
+    project::ProjectCatalogue m_catalogue;
     QButtonGroup* m_folderTypes = nullptr;
     QPushButton* m_pathButton = nullptr;
     QWidget* m_projectsTableView = nullptr;

@@ -39,7 +39,7 @@ std::vector<std::string> choicesOf(const std::string& property) {
 } // namespace
 
 ProjectMetadataWindow::ProjectMetadataWindow(project::SharedStuff& sharedstuff,
-                                             app::UserInteraction& interaction, QWidget* parent)
+                                             base::UserInteraction& interaction, QWidget* parent)
     : QDialog(parent), m_sharedstuff(sharedstuff), m_interaction(interaction) {
     setObjectName(QStringLiteral("projectmetadatawindow"));
     setWindowTitle(QStringLiteral("Project Metadata"));
@@ -200,8 +200,8 @@ void ProjectMetadataWindow::doneButtonPressed() {
             text += name + "\n";
         }
         text += "\n\nAre you sure you want to save?";
-        const app::AlertAnswer answer = m_interaction.alert(
-            {"Save Project Metadata?", text, app::AlertStyle::Warning, {"Confirm", "Cancel"}, false});
+        const base::AlertAnswer answer = m_interaction.alert(
+            {"Save Project Metadata?", text, base::AlertStyle::Warning, {"Confirm", "Cancel"}, false});
         if (answer.button != 0) {
             return;
         }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/user_interaction.h"
+#include "base/user_interaction.h"
 #include "project/shared_stuff.h"
 
 #include <QDialog>
@@ -19,7 +19,7 @@ class ProjectMetadataWindow final : public QDialog {
     Q_OBJECT
 
 public:
-    ProjectMetadataWindow(project::SharedStuff& sharedstuff, app::UserInteraction& interaction,
+    ProjectMetadataWindow(project::SharedStuff& sharedstuff, base::UserInteraction& interaction,
                           QWidget* parent = nullptr);
 
     [[nodiscard]] QTableWidget* propertiesTable() const noexcept { return m_propertiesTable; }
@@ -36,7 +36,7 @@ private:
     void fillTable();
 
     project::SharedStuff& m_sharedstuff;
-    app::UserInteraction& m_interaction;
+    base::UserInteraction& m_interaction;
     QLabel* m_labelName = nullptr;
     QTableWidget* m_propertiesTable = nullptr;
     std::map<std::string, std::string> m_baseProperties;

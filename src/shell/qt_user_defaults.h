@@ -1,11 +1,11 @@
 #pragma once
 
-#include "app/user_defaults.h"
+#include "base/user_defaults.h"
 
 namespace lumbra::shell {
 
 // The application's user defaults, kept in the desktop's settings store.
-class QtUserDefaults final : public app::UserDefaults {
+class QtUserDefaults final : public base::UserDefaults {
 public:
     [[nodiscard]] std::optional<std::string> stringValue(const std::string& key) const override;
     void setString(const std::string& key, const std::string& value) override;

@@ -1,8 +1,8 @@
 #include "qt_user_interaction.h"
 
+#include "base/console.h"
 #include "import/csv_import_options_selector.h"
 #include "qt_text.h"
-#include "tables/console.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -21,13 +21,13 @@ namespace lumbra::shell {
 
 namespace {
 
-QMessageBox::Icon iconFor(app::AlertStyle style) {
+QMessageBox::Icon iconFor(base::AlertStyle style) {
     switch (style) {
-    case app::AlertStyle::Warning:
+    case base::AlertStyle::Warning:
         return QMessageBox::Warning;
-    case app::AlertStyle::Critical:
+    case base::AlertStyle::Critical:
         return QMessageBox::Critical;
-    case app::AlertStyle::Informational:
+    case base::AlertStyle::Informational:
         break;
     }
     return QMessageBox::Information;
@@ -44,7 +44,7 @@ QMessageBox::ButtonRole roleFor(const std::string& title, std::size_t index) {
 // A name prompt that will not confirm a name already in use.
 class NameDialog final : public QDialog {
 public:
-    NameDialog(const app::TextRequest& request, QWidget* parent) : QDialog(parent) {
+    NameDialog(const base::TextRequest& request, QWidget* parent) : QDialog(parent) {
         setWindowTitle(toQt(request.title));
         auto* layout = new QVBoxLayout(this);
         auto* label = new QLabel(toQt(request.text), this);
@@ -88,7 +88,7 @@ private:
 QtUserInteraction::QtUserInteraction(QObject* parent) : QObject(parent) {
 }
 
-app::AlertAnswer QtUserInteraction::alert(const app::AlertRequest& request) {
+base::AlertAnswer QtUserInteraction::alert(const base::AlertRequest& request) {
     QMessageBox box(QApplication::activeWindow());
     box.setIcon(iconFor(request.style));
     box.setWindowTitle(QApplication::applicationDisplayName());
@@ -118,7 +118,7 @@ app::AlertAnswer QtUserInteraction::alert(const app::AlertRequest& request) {
     return {index, applyToAll != nullptr && applyToAll->isChecked()};
 }
 
-std::optional<std::string> QtUserInteraction::askText(const app::TextRequest& request) {
+std::optional<std::string> QtUserInteraction::askText(const base::TextRequest& request) {
     NameDialog dialog(request, QApplication::activeWindow());
     if (dialog.exec() != QDialog::Accepted) {
         return std::nullopt;
@@ -126,7 +126,7 @@ std::optional<std::string> QtUserInteraction::askText(const app::TextRequest& re
     return dialog.value().toStdString();
 }
 
-std::optional<std::filesystem::path> QtUserInteraction::chooseFolder(const app::FolderRequest& request) {
+std::optional<std::filesystem::path> QtUserInteraction::chooseFolder(const base::FolderRequest& request) {
     QFileDialog dialog(QApplication::activeWindow(), toQt(request.title),
                        QString::fromStdString(request.startFolder.string()));
     dialog.setFileMode(QFileDialog::Directory);
@@ -146,22 +146,21 @@ std::optional<std::filesystem::path> QtUserInteraction::chooseFolder(const app::
     return std::filesystem::path(dialog.selectedFiles().constFirst().toStdString());
 }
 
-import::CsvOptions QtUserInteraction::askCsvOptions(const std::string& text,
-                                                    const import::CsvOptions& initial){
+base::CsvOptions QtUserInteraction::askCsvOptions(const std::string& text, const base::CsvOptions& initial) {
     CsvImportOptionsSelector sheet(text, initial, QApplication::activeWindow());
-sheet.exec();
-return sheet.options();
+    sheet.exec();
+    return sheet.options();
 } // namespace lumbra::shell
 
 void QtUserInteraction::addLog(const std::string& text, bool notify, const std::string& title,
-                               tables::NotificationType kind) {
-    tables::printLine(text);
+                               base::NotificationType kind) {
+    base::printLine(text);
     emit logAdded(toQt(text), notify, toQt(title), static_cast<int>(kind));
 }
 
-void QtUserInteraction::notify(const tables::Notifications& notifications) {
-    for (const tables::NotificationData& notice : notifications) {
-        tables::printLine(notice.title + ": " + notice.body);
+void QtUserInteraction::notify(const base::Notifications& notifications) {
+    for (const base::NotificationData& notice : notifications) {
+        base::printLine(notice.title + ": " + notice.body);
         emit notificationAdded(toQt(notice.title), toQt(notice.body), static_cast<int>(notice.type));
     }
 }

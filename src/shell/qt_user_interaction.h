@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/user_interaction.h"
+#include "base/user_interaction.h"
 
 #include <QObject>
 #include <QString>
@@ -8,20 +8,20 @@
 namespace lumbra::shell {
 
 // The user interaction of the desktop: alerts, prompts and folder choices as modal Qt dialogs.
-class QtUserInteraction final : public QObject, public app::UserInteraction {
+class QtUserInteraction final : public QObject, public base::UserInteraction {
     Q_OBJECT
 
 public:
     explicit QtUserInteraction(QObject* parent = nullptr);
 
-    app::AlertAnswer alert(const app::AlertRequest& request) override;
-    std::optional<std::string> askText(const app::TextRequest& request) override;
-    std::optional<std::filesystem::path> chooseFolder(const app::FolderRequest& request) override;
+    base::AlertAnswer alert(const base::AlertRequest& request) override;
+    std::optional<std::string> askText(const base::TextRequest& request) override;
+    std::optional<std::filesystem::path> chooseFolder(const base::FolderRequest& request) override;
     void addLog(const std::string& text, bool notify, const std::string& title,
-                tables::NotificationType kind) override;
-    void notify(const tables::Notifications& notifications) override;
+                base::NotificationType kind) override;
+    void notify(const base::Notifications& notifications) override;
     // The options sheet with its preview, over the active window.
-    import::CsvOptions askCsvOptions(const std::string& text, const import::CsvOptions& initial) override;
+    base::CsvOptions askCsvOptions(const std::string& text, const base::CsvOptions& initial) override;
 
 signals:
     // The project window shows these; until one listens they go to standard output only.

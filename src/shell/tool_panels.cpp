@@ -4,9 +4,9 @@
 #include "chain/picker_popup.h"
 #include "db/database_panel.h"
 #include "db/db_import.h"
-#include "db/db_table.h"
 #include "main_window.h"
 #include "qt_user_interaction.h"
+#include "tables/db_table.h"
 
 namespace lumbra::shell {
 
@@ -27,7 +27,7 @@ QWidget* makeDatabasePanel(project::SharedStuff& sharedstuff, QWidget* parent) {
 void registerToolPanels() {
     MainWindowViewController::registerPanel("database", makeDatabasePanel);
     // A database picked from a file belongs to no project yet: its CSV question comes up on its own.
-    DBSetter::setDatabaseReader([](const std::string& path) -> std::shared_ptr<db::DBTable> {
+    DBSetter::setDatabaseReader([](const std::string& path) -> std::shared_ptr<tables::DBTable> {
         QtUserInteraction interaction;
         return db::tableFromFile(path, &interaction);
     });

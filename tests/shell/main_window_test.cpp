@@ -1,5 +1,5 @@
-#include "app/scripted_interaction.h"
 #include "app_delegate.h"
+#include "base/scripted_interaction.h"
 #include "binbox/bin_box.h"
 #include "bins_list.h"
 #include "bins_tree_model.h"
@@ -35,14 +35,14 @@
 #include <functional>
 #include <memory>
 
-using lumbra::app::ScriptedInteraction;
+using lumbra::base::NotificationData;
+using lumbra::base::NotificationType;
+using lumbra::base::ScriptedInteraction;
 using lumbra::shell::AppDelegate;
 using lumbra::shell::BinsList;
 using lumbra::shell::MainWindowViewController;
 using lumbra::shell::testing::readText;
 using lumbra::shell::testing::writeText;
-using lumbra::tables::NotificationData;
-using lumbra::tables::NotificationType;
 
 namespace {
 

@@ -1,5 +1,5 @@
-#include "app/scripted_interaction.h"
 #include "app_delegate.h"
+#include "base/scripted_interaction.h"
 #include "project_chooser_window.h"
 #include "qt_user_defaults.h"
 
@@ -16,7 +16,7 @@
 #include <QToolButton>
 #include <memory>
 
-using lumbra::app::ScriptedInteraction;
+using lumbra::base::ScriptedInteraction;
 using lumbra::shell::AppDelegate;
 using lumbra::shell::ProjectChooserWindow;
 

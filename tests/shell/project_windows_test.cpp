@@ -1,5 +1,5 @@
-#include "app/scripted_interaction.h"
 #include "app_delegate.h"
+#include "base/scripted_interaction.h"
 #include "bins_list.h"
 #include "bins_tree_model.h"
 #include "main_window.h"
@@ -29,7 +29,7 @@
 #include <functional>
 #include <memory>
 
-using lumbra::app::ScriptedInteraction;
+using lumbra::base::ScriptedInteraction;
 using lumbra::shell::AppDelegate;
 using lumbra::shell::MainWindowViewController;
 using lumbra::shell::NewProjectWindow;

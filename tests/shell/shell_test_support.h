@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/scripted_interaction.h"
 #include "app_delegate.h"
+#include "base/scripted_interaction.h"
 #include "main_window.h"
 #include "project/project_creation.h"
 #include "project/project_loader.h"
@@ -31,7 +31,7 @@ inline QByteArray readText(const QString& path) {
 // The project "Shoot" (columns Name, Tape, Scene) under `parent`, made once, then opened as the chooser
 // opens a project, with its window shown and autosave off; `window` holds the window.
 inline void openShootProject(const QString& parent, AppDelegate& delegate,
-                             app::ScriptedInteraction* interaction,
+                             base::ScriptedInteraction* interaction,
                              QPointer<MainWindowViewController>& window) {
     const std::string folder = parent.toStdString();
     QDir().mkpath(parent);

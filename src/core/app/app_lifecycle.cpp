@@ -12,13 +12,13 @@ enum CloseButton { Save = 0, DontSave = 1, Cancel = 2 };
 
 } // namespace
 
-AppLifecycle::AppLifecycle(UserInteraction& interaction, AppWindows& windows)
+AppLifecycle::AppLifecycle(base::UserInteraction& interaction, AppWindows& windows)
     : m_interaction(interaction), m_windows(windows), m_probeState(std::make_shared<ProbeState>()) {
 }
 
 AppLifecycle::~AppLifecycle() = default;
 
-void AppLifecycle::willFinishLaunching(UserDefaults& defaults) {
+void AppLifecycle::willFinishLaunching(base::UserDefaults& defaults) {
     defaults.setBool(kFullScreenMenuItemKey, false);
 }
 
@@ -71,11 +71,11 @@ TerminateReply AppLifecycle::applicationShouldTerminate() {
 }
 
 bool AppLifecycle::confirmProjectClose(ProjectWindow& window) {
-    const AlertAnswer answer = m_interaction.alert({"Save before you go?",
-                                                    "Do you want to Save before closing the project?",
-                                                    AlertStyle::Informational,
-                                                    {"Save", "Don't save", "Cancel"},
-                                                    false});
+    const base::AlertAnswer answer = m_interaction.alert({"Save before you go?",
+                                                          "Do you want to Save before closing the project?",
+                                                          base::AlertStyle::Informational,
+                                                          {"Save", "Don't save", "Cancel"},
+                                                          false});
     if (answer.button == DontSave) {
         m_windows.openProjectChooser();
         return true;
@@ -88,7 +88,7 @@ bool AppLifecycle::confirmProjectClose(ProjectWindow& window) {
             m_interaction.alert(
                 {"Error saving",
                  "An error while saving " + project->projectName() + " prevented Lumbra from quitting.",
-                 AlertStyle::Informational,
+                 base::AlertStyle::Informational,
                  {"OK"},
                  false});
             return false;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/user_defaults.h"
-#include "app/user_interaction.h"
+#include "base/user_defaults.h"
+#include "base/user_interaction.h"
 
 #include <atomic>
 #include <functional>
@@ -54,13 +54,13 @@ class AppLifecycle {
 public:
     using Probe = std::function<PythonFlags()>;
 
-    AppLifecycle(UserInteraction& interaction, AppWindows& windows);
+    AppLifecycle(base::UserInteraction& interaction, AppWindows& windows);
     ~AppLifecycle();
     AppLifecycle(const AppLifecycle&) = delete;
     AppLifecycle& operator=(const AppLifecycle&) = delete;
 
     // Before the first window: the full-screen menu entry is turned off.
-    void willFinishLaunching(UserDefaults& defaults);
+    void willFinishLaunching(base::UserDefaults& defaults);
     // Starts the probe on its own thread and returns at once; a second call does nothing.
     void startPythonProbe(Probe probe);
     // The probe of this build: it finds no Python, so the exchange formats stay off.
@@ -88,7 +88,7 @@ public:
     bool terminateFromProjectWindow(ProjectWindow& window);
 
 private:
-    UserInteraction& m_interaction;
+    base::UserInteraction& m_interaction;
     AppWindows& m_windows;
     // Shared with the detached probe thread, so a probe that outlives the application writes safely.
     struct ProbeState {

@@ -1,9 +1,9 @@
 #include "app/bin_box_columns.h"
 
 #include "app/bin_box_edits.h"
+#include "base/text_helpers.h"
 #include "project/bin.h"
 #include "project/shared_stuff.h"
-#include "tables/text_helpers.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -35,7 +35,7 @@ ColumnSizing sizingByRule(ColumnsDefaultWidth rule, bool pinned) {
 } // namespace
 
 RowTag rowTag(std::string_view word) {
-    const std::string lower = tables::lowercased(word);
+    const std::string lower = base::lowercased(word);
     if (lower == "red")
         return RowTag::red;
     if (lower == "green")

@@ -30,7 +30,7 @@ std::vector<project::Bin*> openBinsShowing(const tables::ALEEntry& entry, projec
 } // namespace
 
 void touchBin(project::SharedStuff& sharedstuff, project::Bin& bin) {
-    bin.modified = project::nowSeconds();
+    bin.modified = base::nowSeconds();
     bin.hasChanged = true;
     if (sharedstuff.bins) {
         sharedstuff.bins->touch(bin);
@@ -92,8 +92,8 @@ CellEditResult editCell(project::SharedStuff& sharedstuff, project::Bin& bin, lo
     return result;
 }
 
-tables::NotificationData orderByColumn(project::SharedStuff& sharedstuff, project::Bin& bin, OrderMark& order,
-                                       const std::string& column) {
+base::NotificationData orderByColumn(project::SharedStuff& sharedstuff, project::Bin& bin, OrderMark& order,
+                                     const std::string& column) {
     if (order.lastOrdered == column) {
         order.lastAscending = !order.lastAscending;
     } else {
@@ -104,7 +104,7 @@ tables::NotificationData orderByColumn(project::SharedStuff& sharedstuff, projec
         table->sortEntries(column, order.lastAscending);
     touchBin(sharedstuff, bin);
     sharedstuff.projectChanged();
-    return {"Ordered", "Ordered by " + column, tables::NotificationType::OK};
+    return {"Ordered", "Ordered by " + column, base::NotificationType::OK};
 }
 
 } // namespace lumbra::app

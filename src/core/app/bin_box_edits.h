@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/bin_box_columns.h"
-#include "tables/notification.h"
+#include "base/notification.h"
 
 #include <string>
 #include <string_view>
@@ -44,7 +44,7 @@ CellEditResult editCell(project::SharedStuff& sharedstuff, project::Bin& bin, lo
 
 // "Ordered by <column>": the mark flips on the same column, starts descending (" ↓") on another;
 // the table is sorted and the change upkeep runs, dirty rule included.
-tables::NotificationData orderByColumn(project::SharedStuff& sharedstuff, project::Bin& bin, OrderMark& order,
-                                       const std::string& column);
+base::NotificationData orderByColumn(project::SharedStuff& sharedstuff, project::Bin& bin, OrderMark& order,
+                                     const std::string& column);
 
 } // namespace lumbra::app

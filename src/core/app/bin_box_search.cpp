@@ -1,6 +1,6 @@
 #include "app/bin_box_search.h"
 
-#include "tables/text_helpers.h"
+#include "base/text_helpers.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -24,7 +24,7 @@ bool containsIgnoringCase(std::string_view haystack, std::string_view needle) {
                                      [](char a, char b) { return asciiLower(a) == b; });
         return hit != haystack.end();
     }
-    return tables::lowercased(haystack).find(needle) != std::string::npos;
+    return base::lowercased(haystack).find(needle) != std::string::npos;
 }
 
 bool isPinned(const ColumnSplit& split, const std::string& column) {
@@ -53,7 +53,7 @@ bool cellHolds(const tables::ALETable& table, std::size_t row, const std::option
 std::optional<SearchHit> searchDataFirst(const tables::ALETable& table, const ColumnSplit& split,
                                          const std::vector<std::string>& layoutColumns,
                                          const std::string& text) {
-    const std::string needle = tables::lowercased(text);
+    const std::string needle = base::lowercased(text);
     if (needle.empty())
         return std::nullopt;
     const auto keys = keysOf(layoutColumns);
@@ -67,12 +67,12 @@ std::optional<SearchHit> searchDataFirst(const tables::ALETable& table, const Co
 }
 
 std::optional<SearchHit> searchHeadersFirst(const ColumnSplit& split, const std::string& text) {
-    const std::string needle = tables::lowercased(text);
+    const std::string needle = base::lowercased(text);
     if (needle.empty())
         return std::nullopt;
     for (const auto* group : {&split.pinned, &split.main}) {
         for (const std::string& column : *group) {
-            if (tables::lowercased(column).find(needle) != std::string::npos)
+            if (base::lowercased(column).find(needle) != std::string::npos)
                 return SearchHit{-1, column, group == &split.pinned};
         }
     }
@@ -103,7 +103,7 @@ std::optional<SearchHit> searchDataNext(BinSearchState& state, const tables::ALE
         state.last_found_col.clear();
         state.last_found_row = -1;
     }
-    const std::string needle = tables::lowercased(text);
+    const std::string needle = base::lowercased(text);
     const std::size_t rows = table.data.size();
     const std::size_t width = columns.size();
     if (needle.empty() || rows == 0 || width == 0)
@@ -140,14 +140,14 @@ std::optional<SearchHit> searchHeadersNext(BinSearchState& state, const ColumnSp
         state.last_hsearch = text;
         state.last_hfound_col.clear();
     }
-    const std::string needle = tables::lowercased(text);
+    const std::string needle = base::lowercased(text);
     if (needle.empty() || columns.empty())
         return std::nullopt;
     const auto last = std::find(columns.begin(), columns.end(), state.last_hfound_col);
     std::size_t col = last == columns.end() ? 0 : static_cast<std::size_t>(last - columns.begin()) + 1;
     for (std::size_t step = 0; step < columns.size(); ++step, ++col) {
         col %= columns.size();
-        if (tables::lowercased(columns[col]).find(needle) != std::string::npos) {
+        if (base::lowercased(columns[col]).find(needle) != std::string::npos) {
             state.last_hfound_col = columns[col];
             return SearchHit{-1, columns[col], isPinned(split, columns[col])};
         }

@@ -7,7 +7,7 @@ namespace lumbra::app {
 
 namespace {
 
-using tables::NotificationType;
+using base::NotificationType;
 
 std::vector<std::string> layoutColumns(const project::Bin& bin) {
     return bin.layout ? bin.layout->columns : std::vector<std::string>{};

@@ -1,8 +1,8 @@
 #include "app/fields_selection.h"
 
-#include "app/project_catalogue.h"
+#include "base/text_helpers.h"
+#include "project/project_catalogue.h"
 #include "project/shared_stuff.h"
-#include "tables/text_helpers.h"
 
 #include <algorithm>
 
@@ -12,7 +12,7 @@ bool matchesFilter(std::string_view name, std::string_view filter) {
     if (filter.empty()) {
         return true;
     }
-    return tables::lowercased(name).find(tables::lowercased(filter)) != std::string::npos;
+    return base::lowercased(name).find(base::lowercased(filter)) != std::string::npos;
 }
 
 std::vector<std::string> filterNames(const std::vector<std::string>& names, std::string_view filter) {
@@ -20,10 +20,10 @@ std::vector<std::string> filterNames(const std::vector<std::string>& names, std:
         return names;
     }
     // The filter is lowered once, not once per name.
-    const std::string lowered = tables::lowercased(filter);
+    const std::string lowered = base::lowercased(filter);
     std::vector<std::string> out;
     for (const std::string& name : names) {
-        if (tables::lowercased(name).find(lowered) != std::string::npos) {
+        if (base::lowercased(name).find(lowered) != std::string::npos) {
             out.push_back(name);
         }
     }
@@ -40,7 +40,7 @@ bool SingleInputRules::accepts(std::string_view text) const {
                 return false;
             }
         }
-    } else if (hasForbiddenProjectCharacter(text)) {
+    } else if (project::hasForbiddenProjectCharacter(text)) {
         return false;
     }
     return std::find(takenNames.begin(), takenNames.end(), text) == takenNames.end();

@@ -1,8 +1,8 @@
 #include "app/layout_editing.h"
 
 #include "app/fields_selection.h"
-#include "app/project_catalogue.h"
 #include "project/bin.h"
+#include "project/project_catalogue.h"
 #include "project/shared_stuff.h"
 #include "tables/layouts_saver.h"
 
@@ -37,7 +37,8 @@ tables::ColumnsLayout* savedLayoutNamed(const tables::ProjectLayouts& layouts, s
 LayoutNameState validateLayoutName(std::string_view name, const tables::ProjectLayouts& layouts) {
     LayoutNameState state;
     state.canCreate =
-        !name.empty() && !hasForbiddenProjectCharacter(name) && name.find('+') == std::string_view::npos &&
+        !name.empty() && !project::hasForbiddenProjectCharacter(name) &&
+        name.find('+') == std::string_view::npos &&
         std::find(reservedLayoutNames.begin(), reservedLayoutNames.end(), name) == reservedLayoutNames.end();
     state.exists = savedLayoutNamed(layouts, name) != nullptr;
     return state;
@@ -179,7 +180,7 @@ std::shared_ptr<tables::ColumnsLayout> LayoutEditor::confirm(tables::ProjectLayo
         result = std::make_shared<tables::ColumnsLayout>(name);
     }
     result->columns = columns;
-    result->modified = project::nowSeconds();
+    result->modified = base::nowSeconds();
     result->hasChanged = true;
     return result;
 }

@@ -48,7 +48,7 @@ void setDefaultLayout(project::SharedStuff& sharedstuff, const tables::ColumnsLa
         if (bin->selected() && bin->box())
             bin->box()->refresh();
     }
-    sharedstuff.addLog("Default layout updated", true, "Applied", tables::NotificationType::OK);
+    sharedstuff.addLog("Default layout updated", true, "Applied", base::NotificationType::OK);
 }
 
 void applyLayoutToOpenBins(project::SharedStuff& sharedstuff,
@@ -60,7 +60,7 @@ void applyLayoutToOpenBins(project::SharedStuff& sharedstuff,
         if (bin->box())
             bin->box()->refresh();
     }
-    sharedstuff.addLog("Layout applied to open bins", true, "Applied", tables::NotificationType::OK);
+    sharedstuff.addLog("Layout applied to open bins", true, "Applied", base::NotificationType::OK);
 }
 
 } // namespace lumbra::app

@@ -4,11 +4,11 @@
 
 namespace lumbra::app {
 
-std::string defaultNotificationTitle(tables::NotificationType kind) {
+std::string defaultNotificationTitle(base::NotificationType kind) {
     switch (kind) {
-    case tables::NotificationType::OK:
+    case base::NotificationType::OK:
         return "Operation executed";
-    case tables::NotificationType::WARNING:
+    case base::NotificationType::WARNING:
         return "Warning";
     default:
         return "Operation not executed";
@@ -47,8 +47,8 @@ std::string MainWindowLog::text() const {
     return joined;
 }
 
-tables::NotificationData logNotification(const std::string& text, const std::string& title,
-                                         tables::NotificationType kind) {
+base::NotificationData logNotification(const std::string& text, const std::string& title,
+                                       base::NotificationType kind) {
     return {title.empty() ? defaultNotificationTitle(kind) : title, text, kind};
 }
 

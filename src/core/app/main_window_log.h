@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tables/notification.h"
+#include "base/notification.h"
 
 #include <ctime>
 #include <deque>
@@ -9,7 +9,7 @@
 namespace lumbra::app {
 
 // The title a notification of that kind gets when its sender gave none.
-[[nodiscard]] std::string defaultNotificationTitle(tables::NotificationType kind);
+[[nodiscard]] std::string defaultNotificationTitle(base::NotificationType kind);
 
 // The main window's log: lines with their time, newest first. Past 3000 lines the oldest 1000 go
 // and a marker line says so.
@@ -33,7 +33,7 @@ private:
 };
 
 // The notification a log line with notify makes: the title given, else the kind's default.
-[[nodiscard]] tables::NotificationData logNotification(const std::string& text, const std::string& title,
-                                                       tables::NotificationType kind);
+[[nodiscard]] base::NotificationData logNotification(const std::string& text, const std::string& title,
+                                                     base::NotificationType kind);
 
 } // namespace lumbra::app

@@ -1,6 +1,6 @@
 #include "db/db_column_tools.h"
 
-#include "project/saveable.h"
+#include "base/saveable.h"
 
 #include <algorithm>
 #include <charconv>
@@ -80,7 +80,7 @@ std::vector<std::optional<char32_t>> visibleCharacters(std::string_view text) {
     return out;
 }
 
-std::string uniqueColumn(const DBTable& table, std::string name) {
+std::string uniqueColumn(const tables::DBTable& table, std::string name) {
     while (table.hasColumn(name))
         name += '_';
     return name;
@@ -88,7 +88,7 @@ std::string uniqueColumn(const DBTable& table, std::string name) {
 
 // A new column right behind `after`, filled from the values of `source`; its name.
 template <typename Derive>
-std::string insertDerivedColumn(DBTable& table, const std::string& after, const std::string& source,
+std::string insertDerivedColumn(tables::DBTable& table, const std::string& after, const std::string& source,
                                 const std::string& name, Derive derive) {
     std::string added = uniqueColumn(table, name);
     table.cols.insert(std::find(table.cols.begin(), table.cols.end(), after) + 1, added);
@@ -96,7 +96,7 @@ std::string insertDerivedColumn(DBTable& table, const std::string& after, const 
     const tables::ColumnKey to = tables::ColumnNames::key(added);
     for (auto& entry : table.data)
         entry.data.set(to, derive(entry.data.valueOr(from)));
-    table.modified = project::nowSeconds();
+    table.modified = base::nowSeconds();
     table.hasChanged = true;
     return added;
 }
@@ -203,7 +203,7 @@ std::string formatFloat(float value) {
     return text;
 }
 
-std::vector<std::string> inferPath(DBTable& table, const std::string& column) {
+std::vector<std::string> inferPath(tables::DBTable& table, const std::string& column) {
     if (!table.hasColumn(column))
         return {};
     std::string filename = insertDerivedColumn(
@@ -214,21 +214,21 @@ std::vector<std::string> inferPath(DBTable& table, const std::string& column) {
     return {filename, path};
 }
 
-std::optional<std::string> trimExtension(DBTable& table, const std::string& column) {
+std::optional<std::string> trimExtension(tables::DBTable& table, const std::string& column) {
     if (!table.hasColumn(column))
         return std::nullopt;
     return insertDerivedColumn(table, column, column, column + "_noext",
                                [](const std::string& value) { return deletingPathExtension(value); });
 }
 
-std::optional<std::string> suppressSequence(DBTable& table, const std::string& column) {
+std::optional<std::string> suppressSequence(tables::DBTable& table, const std::string& column) {
     if (!table.hasColumn(column))
         return std::nullopt;
     return insertDerivedColumn(table, column, column, column + "_noseq",
                                [](const std::string& value) { return suppressedSequence(value); });
 }
 
-bool groupBy(DBTable& table, const std::string& column) {
+bool groupBy(tables::DBTable& table, const std::string& column) {
     if (!table.hasColumn(column))
         return false;
     const tables::ColumnKey keyColumn = tables::ColumnNames::key(column);
@@ -292,7 +292,7 @@ bool groupBy(DBTable& table, const std::string& column) {
         }
     }
     table.data.resize(next);
-    table.modified = project::nowSeconds();
+    table.modified = base::nowSeconds();
     table.hasChanged = true;
     return true;
 }

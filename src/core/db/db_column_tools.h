@@ -1,6 +1,6 @@
 #pragma once
 
-#include "db/db_table.h"
+#include "tables/db_table.h"
 
 #include <optional>
 #include <string>
@@ -14,15 +14,15 @@ namespace lumbra::db {
 // column that is not in the table changes nothing and gives no name.
 
 // "filename" and "path": the value's last path component and what stands before it.
-std::vector<std::string> inferPath(DBTable& table, const std::string& column);
+std::vector<std::string> inferPath(tables::DBTable& table, const std::string& column);
 // `<column>_noext`: the value less its extension.
-std::optional<std::string> trimExtension(DBTable& table, const std::string& column);
+std::optional<std::string> trimExtension(tables::DBTable& table, const std::string& column);
 // `<column>_noseq`: the value less the frame number before its extension (see suppressedSequence).
-std::optional<std::string> suppressSequence(DBTable& table, const std::string& column);
+std::optional<std::string> suppressSequence(tables::DBTable& table, const std::string& column);
 // Merges the rows that share the value of `column` into the first of them: numbers are summed,
 // texts that differ become a code that stands for the set of values (see combine and digest).
 // False when `column` is no column.
-bool groupBy(DBTable& table, const std::string& column);
+bool groupBy(tables::DBTable& table, const std::string& column);
 
 // The path's last component; trailing "/" do not count, and "/" alone is its own last component.
 [[nodiscard]] std::string lastPathComponent(std::string_view path);

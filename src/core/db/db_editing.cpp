@@ -1,6 +1,6 @@
 #include "db/db_editing.h"
 
-#include "app/user_interaction.h"
+#include "base/user_interaction.h"
 #include "project/bin.h"
 #include "project/project_saver.h"
 #include "project/shared_stuff.h"
@@ -18,7 +18,8 @@ std::size_t characterCount(std::string_view text) {
 
 } // namespace
 
-std::optional<std::size_t> databaseIndex(const project::SharedStuff& sharedstuff, const DBTable& table) {
+std::optional<std::size_t> databaseIndex(const project::SharedStuff& sharedstuff,
+                                         const tables::DBTable& table) {
     const auto& list = sharedstuff.db;
     auto it = std::find_if(list.begin(), list.end(), [&](const auto& item) { return item.get() == &table; });
     if (it == list.end())
@@ -26,7 +27,7 @@ std::optional<std::size_t> databaseIndex(const project::SharedStuff& sharedstuff
     return static_cast<std::size_t>(it - list.begin());
 }
 
-DBTable* databaseNamed(const project::SharedStuff& sharedstuff, std::string_view name) {
+tables::DBTable* databaseNamed(const project::SharedStuff& sharedstuff, std::string_view name) {
     for (const auto& table : sharedstuff.db) {
         if (table->name == name)
             return table.get();
@@ -34,19 +35,19 @@ DBTable* databaseNamed(const project::SharedStuff& sharedstuff, std::string_view
     return nullptr;
 }
 
-void tableEdited(project::SharedStuff& sharedstuff, DBTable& table) {
-    table.modified = project::nowSeconds();
+void tableEdited(project::SharedStuff& sharedstuff, tables::DBTable& table) {
+    table.modified = base::nowSeconds();
     table.hasChanged = true;
     // The panel saves nothing itself: the next save of the project writes the table.
     sharedstuff.something_to_save = true;
 }
 
-void renameDatabase(project::SharedStuff& sharedstuff, DBTable& table, std::string name) {
+void renameDatabase(project::SharedStuff& sharedstuff, tables::DBTable& table, std::string name) {
     table.name = std::move(name);
     tableEdited(sharedstuff, table);
 }
 
-bool renameDatabase(project::SharedStuff& sharedstuff, DBTable& table) {
+bool renameDatabase(project::SharedStuff& sharedstuff, tables::DBTable& table) {
     if (!sharedstuff.interaction)
         return false;
     auto answer = sharedstuff.interaction->askText({"Rename DB", "Insert name for the DB", table.name, {}});
@@ -57,7 +58,7 @@ bool renameDatabase(project::SharedStuff& sharedstuff, DBTable& table) {
     return true;
 }
 
-bool deleteDatabase(project::SharedStuff& sharedstuff, DBTable& table) {
+bool deleteDatabase(project::SharedStuff& sharedstuff, tables::DBTable& table) {
     auto index = databaseIndex(sharedstuff, table);
     if (!index)
         return false;
@@ -68,14 +69,15 @@ bool deleteDatabase(project::SharedStuff& sharedstuff, DBTable& table) {
     return true;
 }
 
-std::size_t addEntry(project::SharedStuff& sharedstuff, DBTable& table, std::optional<std::size_t> before) {
+std::size_t addEntry(project::SharedStuff& sharedstuff, tables::DBTable& table,
+                     std::optional<std::size_t> before) {
     std::size_t at = before && *before < table.data.size() ? *before : table.data.size();
-    table.data.insert(table.data.begin() + static_cast<std::ptrdiff_t>(at), DBEntry{});
+    table.data.insert(table.data.begin() + static_cast<std::ptrdiff_t>(at), tables::DBEntry{});
     tableEdited(sharedstuff, table);
     return at;
 }
 
-bool deleteEntry(project::SharedStuff& sharedstuff, DBTable& table, std::size_t row) {
+bool deleteEntry(project::SharedStuff& sharedstuff, tables::DBTable& table, std::size_t row) {
     if (row >= table.data.size())
         return false;
     table.data.erase(table.data.begin() + static_cast<std::ptrdiff_t>(row));
@@ -83,8 +85,8 @@ bool deleteEntry(project::SharedStuff& sharedstuff, DBTable& table, std::size_t 
     return true;
 }
 
-bool setCell(project::SharedStuff& sharedstuff, DBTable& table, std::size_t row, const std::string& column,
-             std::string value) {
+bool setCell(project::SharedStuff& sharedstuff, tables::DBTable& table, std::size_t row,
+             const std::string& column, std::string value) {
     if (row >= table.data.size())
         return false;
     table.data[row].data.set(column, std::move(value));
@@ -92,7 +94,7 @@ bool setCell(project::SharedStuff& sharedstuff, DBTable& table, std::size_t row,
     return true;
 }
 
-double columnWidth(const DBTable& table, const std::string& column, double initial) {
+double columnWidth(const tables::DBTable& table, const std::string& column, double initial) {
     if (auto it = table.colwidths.find(column); it != table.colwidths.end())
         return it->second;
     double width = initial;
@@ -108,7 +110,7 @@ double columnWidth(const DBTable& table, const std::string& column, double initi
     return width;
 }
 
-project::Bin& binFromDatabase(project::SharedStuff& sharedstuff, const DBTable& table) {
+project::Bin& binFromDatabase(project::SharedStuff& sharedstuff, const tables::DBTable& table) {
     std::unique_ptr<tables::ALETable> clips = table.toALETable();
     clips->tablename = sharedstuff.uniqueName(table.name);
     clips->fps = sharedstuff.fps;

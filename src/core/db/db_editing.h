@@ -1,6 +1,6 @@
 #pragma once
 
-#include "db/db_table.h"
+#include "tables/db_table.h"
 
 #include <optional>
 #include <string>
@@ -19,35 +19,35 @@ namespace lumbra::db {
 
 // The position of the table in the project's list; absent when it is not there.
 [[nodiscard]] std::optional<std::size_t> databaseIndex(const project::SharedStuff& sharedstuff,
-                                                       const DBTable& table);
+                                                       const tables::DBTable& table);
 // The first database of that name; null when none has it.
-[[nodiscard]] DBTable* databaseNamed(const project::SharedStuff& sharedstuff, std::string_view name);
+[[nodiscard]] tables::DBTable* databaseNamed(const project::SharedStuff& sharedstuff, std::string_view name);
 
 // The new name is the table's; its folder and file follow at the next save.
-void renameDatabase(project::SharedStuff& sharedstuff, DBTable& table, std::string name);
+void renameDatabase(project::SharedStuff& sharedstuff, tables::DBTable& table, std::string name);
 // Asks "Insert name for the DB" under "Rename DB" and renames; false when the user cancels.
-bool renameDatabase(project::SharedStuff& sharedstuff, DBTable& table);
+bool renameDatabase(project::SharedStuff& sharedstuff, tables::DBTable& table);
 // Out of the project's list; its folder goes at the next save. False when it is not in the list.
-bool deleteDatabase(project::SharedStuff& sharedstuff, DBTable& table);
+bool deleteDatabase(project::SharedStuff& sharedstuff, tables::DBTable& table);
 
 // A new row without values before row `before`, or at the end without one (or past the end); its index.
-std::size_t addEntry(project::SharedStuff& sharedstuff, DBTable& table,
+std::size_t addEntry(project::SharedStuff& sharedstuff, tables::DBTable& table,
                      std::optional<std::size_t> before = {});
 // False for a row past the end.
-bool deleteEntry(project::SharedStuff& sharedstuff, DBTable& table, std::size_t row);
+bool deleteEntry(project::SharedStuff& sharedstuff, tables::DBTable& table, std::size_t row);
 // An edited cell; false for a row past the end.
-bool setCell(project::SharedStuff& sharedstuff, DBTable& table, std::size_t row, const std::string& column,
-             std::string value);
+bool setCell(project::SharedStuff& sharedstuff, tables::DBTable& table, std::size_t row,
+             const std::string& column, std::string value);
 // Marks the table after a tool or a column change, and the project.
-void tableEdited(project::SharedStuff& sharedstuff, DBTable& table);
+void tableEdited(project::SharedStuff& sharedstuff, tables::DBTable& table);
 
 // The width of a column in the display: the one the user set, else from `initial` up to seven times
 // the length of the name or of a cell, for each one whose ten times exceeds the width so far.
-[[nodiscard]] double columnWidth(const DBTable& table, const std::string& column, double initial);
+[[nodiscard]] double columnWidth(const tables::DBTable& table, const std::string& column, double initial);
 
 // A new bin from the table: its name made free among the bins, the project's heading values, the
 // columns and a copy of every row, the project's base layout; added at the top of the bins and
 // opened. The bin.
-project::Bin& binFromDatabase(project::SharedStuff& sharedstuff, const DBTable& table);
+project::Bin& binFromDatabase(project::SharedStuff& sharedstuff, const tables::DBTable& table);
 
 } // namespace lumbra::db

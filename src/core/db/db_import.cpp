@@ -1,8 +1,8 @@
 #include "db/db_import.h"
 
 #include "import/csv_parser.h"
+#include "import/file_formats.h"
 #include "project/shared_stuff.h"
-#include "tables/file_formats.h"
 
 #include <algorithm>
 #include <array>
@@ -13,12 +13,12 @@ namespace lumbra::db {
 
 namespace {
 
-using tables::NotificationType;
+using base::NotificationType;
 
 // The readers of these formats serve the bin import too, through the formats table: their clip table's
 // name, columns and rows go into a table of the given kind.
-template <typename Table> std::unique_ptr<DBTable> throughClipReader(const std::string& path) {
-    const tables::FileFormat* format = tables::formatForPath(path);
+template <typename Table> std::unique_ptr<tables::DBTable> throughClipReader(const std::string& path) {
+    const import::FileFormat* format = import::formatForPath(path);
     if (!format || !format->read)
         return nullptr;
     std::unique_ptr<tables::ALETable> read = format->read(path, nullptr);
@@ -28,7 +28,7 @@ template <typename Table> std::unique_ptr<DBTable> throughClipReader(const std::
     table->cols = read->cols;
     table->data.reserve(read->data.size());
     for (const auto& entry : read->data)
-        table->data.push_back(DBEntry{entry->data()});
+        table->data.push_back(tables::DBEntry{entry->data()});
     return table;
 }
 
@@ -44,27 +44,28 @@ bool acceptsDrop(std::string_view path) {
     return ending == ".csv" || ending == ".mhl" || ending == ".ccc" || ending == ".edl";
 }
 
-std::unique_ptr<DBTable> tableFromFile(const std::string& path, app::UserInteraction* interaction) {
+std::unique_ptr<tables::DBTable> tableFromFile(const std::string& path, base::UserInteraction* interaction) {
     const std::string ending = path.size() >= 4 ? path.substr(path.size() - 4) : std::string();
     if (ending == ".csv")
         return import::parseCSVFile(path, nullptr, interaction, nullptr);
     if (ending == ".edl")
-        return throughClipReader<EDLTable>(path);
+        return throughClipReader<tables::EDLTable>(path);
     if (ending == ".mhl")
-        return throughClipReader<MHLTable>(path);
+        return throughClipReader<tables::MHLTable>(path);
     if (ending == ".ccc")
-        return throughClipReader<CCCTable>(path);
+        return throughClipReader<tables::CCCTable>(path);
     // ".aaf" gives a table through the embedded Python, which databases do not start yet.
     return nullptr;
 }
 
-std::vector<DBTable*> addDatabases(project::SharedStuff& sharedstuff, const std::vector<std::string>& paths) {
-    std::vector<DBTable*> added;
+std::vector<tables::DBTable*> addDatabases(project::SharedStuff& sharedstuff,
+                                           const std::vector<std::string>& paths) {
+    std::vector<tables::DBTable*> added;
     std::unordered_set<std::string> names;
     for (const auto& table : sharedstuff.db)
         names.insert(table->name);
     for (const auto& path : paths) {
-        std::unique_ptr<DBTable> table = tableFromFile(path, sharedstuff.interaction);
+        std::unique_ptr<tables::DBTable> table = tableFromFile(path, sharedstuff.interaction);
         if (!table) {
             sharedstuff.addLog("Couldn't load " + std::filesystem::path(path).filename().string(), true,
                                "Cannot load DB", NotificationType::WARNING);

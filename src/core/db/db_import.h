@@ -1,6 +1,6 @@
 #pragma once
 
-#include "db/db_table.h"
+#include "tables/db_table.h"
 
 #include <memory>
 #include <span>
@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace lumbra::app {
+namespace lumbra::base {
 class UserInteraction;
 }
 namespace lumbra::project {
@@ -21,8 +21,8 @@ namespace lumbra::db {
 // of `interaction`, default options without one), ".mhl", ".ccc", ".edl". Null for any other ending,
 // for a file that cannot be read (".csv" prints "ERROR WHILE READING FROM <path>") and for a
 // cancelled question.
-[[nodiscard]] std::unique_ptr<DBTable> tableFromFile(const std::string& path,
-                                                     app::UserInteraction* interaction);
+[[nodiscard]] std::unique_ptr<tables::DBTable> tableFromFile(const std::string& path,
+                                                             base::UserInteraction* interaction);
 
 // The file types the "Add Database" file panel offers, without their dots.
 [[nodiscard]] std::span<const std::string_view> databaseFileTypes();
@@ -33,6 +33,7 @@ namespace lumbra::db {
 // One database per readable file, in order, appended to the project's list under a name that no
 // database has ("_" appended while one does); each file is logged as "Added DB" or "Cannot load DB".
 // The tables added; the project is then marked as having something to save.
-std::vector<DBTable*> addDatabases(project::SharedStuff& sharedstuff, const std::vector<std::string>& paths);
+std::vector<tables::DBTable*> addDatabases(project::SharedStuff& sharedstuff,
+                                           const std::vector<std::string>& paths);
 
 } // namespace lumbra::db

@@ -1,9 +1,9 @@
 #include "import/ccc_parser.h"
 
+#include "base/console.h"
+#include "base/text_file.h"
+#include "base/text_helpers.h"
 #include "import/as_clip_table.h"
-#include "tables/console.h"
-#include "tables/text_file.h"
-#include "tables/text_helpers.h"
 
 #include <array>
 
@@ -36,8 +36,8 @@ std::string tagAttribute(std::string_view tagText, std::string_view name) {
     return std::string(tagText.substr(begin, end == std::string_view::npos ? end : end - begin));
 }
 
-db::CCCTable CCCParser::parseText(std::string_view text) {
-    db::CCCTable table("CCC table");
+tables::CCCTable CCCParser::parseText(std::string_view text) {
+    tables::CCCTable table("CCC table");
     table.cols = {"id", "ASC_SOP", "ASC_SAT"};
     const tables::ColumnKey idKey = tables::ColumnNames::key("id");
     const tables::ColumnKey sopKey = tables::ColumnNames::key("ASC_SOP");
@@ -50,7 +50,7 @@ db::CCCTable CCCParser::parseText(std::string_view text) {
         if (!close)
             break;
         std::string_view inner = text.substr(open->end, close->start - open->end);
-        db::DBEntry entry;
+        tables::DBEntry entry;
         entry.data.set(idKey, tagAttribute(text.substr(open->start, open->end - open->start), "id"));
         std::string_view description = elementText(inner, "Description");
         if (!description.empty()) {
@@ -70,21 +70,21 @@ db::CCCTable CCCParser::parseText(std::string_view text) {
     return table;
 }
 
-std::optional<db::CCCTable> CCCParser::parseCCCFile(const std::string& path,
-                                                    tables::Notifications* notifications) {
-    std::optional<std::string> text = tables::readTextFile(path, notifications);
+std::optional<tables::CCCTable> CCCParser::parseCCCFile(const std::string& path,
+                                                        base::Notifications* notifications) {
+    std::optional<std::string> text = base::readTextFile(path, notifications);
     if (!text) {
-        tables::printLine("ERROR WHILE READING FROM " + path);
+        base::printLine("ERROR WHILE READING FROM " + path);
         return std::nullopt;
     }
-    tables::collapseCrLf(*text);
-    db::CCCTable table = parseText(*text);
-    table.name = tables::dropLastCharacters(tables::tokenise(path, "/").back(), 4);
+    base::collapseCrLf(*text);
+    tables::CCCTable table = parseText(*text);
+    table.name = base::dropLastCharacters(base::tokenise(path, "/").back(), 4);
     return table;
 }
 
 std::unique_ptr<tables::ALETable> readCCCAsALETable(const std::string& path,
-                                                    tables::Notifications* notifications) {
+                                                    base::Notifications* notifications) {
     return asClipTable(CCCParser::parseCCCFile(path, notifications));
 }
 

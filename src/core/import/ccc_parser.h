@@ -1,8 +1,8 @@
 #pragma once
 
-#include "db/db_table.h"
+#include "base/notification.h"
 #include "import/xml_tags.h"
-#include "tables/notification.h"
+#include "tables/db_table.h"
 
 #include <memory>
 #include <optional>
@@ -18,10 +18,10 @@ class CCCParser {
 public:
     // The table named after the file less its last four characters; absent, with
     // "ERROR WHILE READING FROM <path>" printed, when the file cannot be read.
-    [[nodiscard]] static std::optional<db::CCCTable>
-    parseCCCFile(const std::string& path, tables::Notifications* notifications = nullptr);
+    [[nodiscard]] static std::optional<tables::CCCTable>
+    parseCCCFile(const std::string& path, base::Notifications* notifications = nullptr);
     // The rows of a text as read; the table is named "CCC table".
-    [[nodiscard]] static db::CCCTable parseText(std::string_view text);
+    [[nodiscard]] static tables::CCCTable parseText(std::string_view text);
 };
 
 // The value of an attribute inside the text of one tag: behind the first occurrence of `name`
@@ -31,6 +31,6 @@ public:
 
 // The file as a clip table for the import and the converter; `state` false when it cannot be read.
 [[nodiscard]] std::unique_ptr<tables::ALETable> readCCCAsALETable(const std::string& path,
-                                                                  tables::Notifications* notifications);
+                                                                  base::Notifications* notifications);
 
 } // namespace lumbra::import

@@ -1,6 +1,6 @@
 #include "import/csv_options.h"
 
-#include "tables/text_helpers.h"
+#include "base/text_helpers.h"
 
 #include <algorithm>
 #include <array>
@@ -24,7 +24,7 @@ std::optional<char32_t> decodeAt(std::string_view text, std::size_t& length) noe
                     : (lead & 0xF0) == 0xE0 ? 3
                     : (lead & 0xF8) == 0xF0 ? 4
                                             : 0;
-    if (n == 0 || n > text.size() || !tables::isValidUtf8(text.substr(0, n)))
+    if (n == 0 || n > text.size() || !base::isValidUtf8(text.substr(0, n)))
         return std::nullopt;
     char32_t c = n == 1 ? lead : lead & (0x7F >> n);
     for (std::size_t i = 1; i < n; ++i)
@@ -121,7 +121,7 @@ int tagForDelimiter(char32_t delimiter) noexcept {
 }
 
 int firstLineNumberFromText(std::string_view text) noexcept {
-    auto number = tables::parseInteger(text);
+    auto number = base::parseInteger(text);
     if (!number || *number < 1)
         return 1;
     return static_cast<int>(std::min<long long>(*number, std::numeric_limits<int>::max()));

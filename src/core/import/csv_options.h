@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/csv_layout.h"
+
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -7,28 +9,8 @@
 
 namespace lumbra::import {
 
-// Where the line of column names stands; the numbers are the tags of the sheet's list.
-enum class FirstLineStyle {
-    // Behind the first empty line, else behind a line "Column", else the first line ("auto" is taken by C++).
-    auto_ = 0,
-    first = 1,
-    afterempty = 2,
-    aftercolumn = 3,
-    // The line numbered first_line_number, counting from 1.
-    custom = 4,
-};
-
-// How a delimited text file is laid out, as the user states it once for a batch.
-struct CsvOptions {
-    char32_t separator = U',';
-    char32_t delimiter = U'"';
-    FirstLineStyle first_line = FirstLineStyle::auto_;
-    int first_line_number = 0;
-    bool ignore_oriented_quotes = false;
-    bool user_aborted = false;
-
-    bool operator==(const CsvOptions&) const = default;
-};
+using base::CsvOptions;
+using base::FirstLineStyle;
 
 // One character as UTF-8.
 [[nodiscard]] std::string utf8Character(char32_t character);

@@ -1,11 +1,11 @@
 #include "import/csv_parser.h"
 
-#include "app/user_interaction.h"
-#include "tables/console.h"
-#include "tables/file_formats.h"
+#include "base/console.h"
+#include "base/text_file.h"
+#include "base/text_helpers.h"
+#include "base/user_interaction.h"
+#include "import/file_formats.h"
 #include "tables/row_data.h"
-#include "tables/text_file.h"
-#include "tables/text_helpers.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -212,15 +212,15 @@ std::size_t CSVParser::endOfField(std::size_t from) {
     return n;
 }
 
-void CSVParser::readColumns(db::CSVTable& table, std::string_view line) const {
+void CSVParser::readColumns(tables::CSVTable& table, std::string_view line) const {
     const std::string trimmedSet = " \t" + m_separator;
-    std::string trimmed = tables::trimRight(tables::trimLeft(line, trimmedSet), trimmedSet);
+    std::string trimmed = base::trimRight(base::trimLeft(line, trimmedSet), trimmedSet);
     ColumnNamer namer(table.cols);
-    for (const auto& token : tables::tokenise(trimmed, m_separator))
+    for (const auto& token : base::tokenise(trimmed, m_separator))
         namer.append(token.empty() ? std::string("NoName") : token);
 }
 
-std::size_t CSVParser::readRows(db::CSVTable& table) {
+std::size_t CSVParser::readRows(tables::CSVTable& table) {
     std::vector<tables::ColumnKey> keys;
     keys.reserve(table.cols.size());
     for (const auto& column : table.cols)
@@ -234,7 +234,7 @@ std::size_t CSVParser::readRows(db::CSVTable& table) {
     auto finishRow = [&] {
         // A row whose values are all empty, or that has none, is no row.
         if (hasValue) {
-            db::DBEntry& entry = table.data.emplace_back();
+            tables::DBEntry& entry = table.data.emplace_back();
             entry.data.reserve(fields.size());
             for (const auto& [key, value] : fields)
                 entry.data.appendUnordered(key, std::string(value));
@@ -277,10 +277,10 @@ std::size_t CSVParser::readRows(db::CSVTable& table) {
     return table.cols.size() - readColumns;
 }
 
-std::unique_ptr<db::CSVTable> CSVParser::parse(std::string_view filename,
-                                               tables::Notifications* notifications) {
-    auto table = std::make_unique<db::CSVTable>("CSV table");
-    table->name = tables::dropLastCharacters(tables::tokenise(filename, "/").back(), 4);
+std::unique_ptr<tables::CSVTable> CSVParser::parse(std::string_view filename,
+                                                   base::Notifications* notifications) {
+    auto table = std::make_unique<tables::CSVTable>("CSV table");
+    table->name = base::dropLastCharacters(base::tokenise(filename, "/").back(), 4);
     auto bounds = lineBounds(firstLineIndex());
     if (!bounds)
         return table;
@@ -306,35 +306,36 @@ std::unique_ptr<db::CSVTable> CSVParser::parse(std::string_view filename,
         notifications->emplace_back("Bizarre columns count",
                                     std::to_string(added) +
                                         " columns were added to fit the data. Is the CSV well formatted?",
-                                    tables::NotificationType::WARNING);
+                                    base::NotificationType::WARNING);
     return table;
 }
 
-std::unique_ptr<db::CSVTable> parseCSVText(std::string text, const CsvOptions& options,
-                                           std::string_view filename, tables::Notifications* notifications) {
+std::unique_ptr<tables::CSVTable> parseCSVText(std::string text, const CsvOptions& options,
+                                               std::string_view filename,
+                                               base::Notifications* notifications) {
     return CSVParser(std::move(text), options).parse(filename, notifications);
 }
 
 std::optional<std::string> readCSVText(const std::string& path) {
-    auto text = tables::readTextFile(path);
+    auto text = base::readTextFile(path);
     if (!text) {
-        tables::printLine("ERROR WHILE READING FROM " + path);
+        base::printLine("ERROR WHILE READING FROM " + path);
         return std::nullopt;
     }
-    tables::collapseCrLf(*text);
+    base::collapseCrLf(*text);
     return text;
 }
 
 CsvOptions initialOptions(std::string_view path) {
     CsvOptions options;
-    if (tables::lowercased(tables::pathSuffix(path)) == ".tsv")
+    if (base::lowercased(import::pathSuffix(path)) == ".tsv")
         options.separator = U'\t';
     return options;
 }
 
-std::unique_ptr<db::CSVTable> parseCSVFile(const std::string& path, const CsvOptions* options,
-                                           app::UserInteraction* interaction,
-                                           tables::Notifications* notifications) {
+std::unique_ptr<tables::CSVTable> parseCSVFile(const std::string& path, const CsvOptions* options,
+                                               base::UserInteraction* interaction,
+                                               base::Notifications* notifications) {
     auto text = readCSVText(path);
     if (!text)
         return nullptr;
@@ -342,15 +343,15 @@ std::unique_ptr<db::CSVTable> parseCSVFile(const std::string& path, const CsvOpt
     if (!options && interaction)
         chosen = interaction->askCsvOptions(*text, chosen);
     if (chosen.user_aborted) {
-        tables::printLine("User aborted the import operation");
+        base::printLine("User aborted the import operation");
         return nullptr;
     }
     return parseCSVText(std::move(*text), chosen, path, notifications);
 }
 
 std::unique_ptr<tables::ALETable> readCSVAsALETable(const std::string& path, const CsvOptions* options,
-                                                    app::UserInteraction* interaction,
-                                                    tables::Notifications* notifications) {
+                                                    base::UserInteraction* interaction,
+                                                    base::Notifications* notifications) {
     auto csv = parseCSVFile(path, options, interaction, notifications);
     auto table = std::make_unique<tables::ALETable>();
     if (!csv) {
@@ -366,7 +367,7 @@ std::unique_ptr<tables::ALETable> readCSVAsALETable(const std::string& path, con
 }
 
 std::unique_ptr<tables::ALETable> readCSVAsALETable(const std::string& path,
-                                                    tables::Notifications* notifications) {
+                                                    base::Notifications* notifications) {
     const CsvOptions options = initialOptions(path);
     return readCSVAsALETable(path, &options, nullptr, notifications);
 }

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "db/db_table.h"
+#include "base/notification.h"
 #include "import/csv_options.h"
 #include "tables/ale_table.h"
-#include "tables/notification.h"
+#include "tables/db_table.h"
 
 #include <array>
 #include <cstddef>
@@ -12,7 +12,7 @@
 #include <string>
 #include <string_view>
 
-namespace lumbra::app {
+namespace lumbra::base {
 class UserInteraction;
 }
 
@@ -38,8 +38,8 @@ public:
 
     // Cuts the text into the table named after the file; consumes the text, so it runs once. Rows
     // with more fields than columns add columns, and when notifications are given the user is told.
-    [[nodiscard]] std::unique_ptr<db::CSVTable> parse(std::string_view filename,
-                                                      tables::Notifications* notifications);
+    [[nodiscard]] std::unique_ptr<tables::CSVTable> parse(std::string_view filename,
+                                                          base::Notifications* notifications);
 
     std::string text;
     CsvOptions options;
@@ -54,9 +54,9 @@ private:
     // Where line `index` of the text starts and ends (line feeds between double quotes do not end a
     // line); absent when the text has fewer lines.
     [[nodiscard]] std::optional<std::pair<std::size_t, std::size_t>> lineBounds(std::size_t index) const;
-    void readColumns(db::CSVTable& table, std::string_view line) const;
+    void readColumns(tables::CSVTable& table, std::string_view line) const;
     // The walk over datastring; the number of columns it had to add.
-    std::size_t readRows(db::CSVTable& table);
+    std::size_t readRows(tables::CSVTable& table);
 
     std::string m_separator;
     std::string m_delimiter;
@@ -66,9 +66,9 @@ private:
 
 // The table of a text as it is after decoding (the file's name gives the table's name less its last four
 // characters). Never fails; a text without the line of column names gives an empty table.
-[[nodiscard]] std::unique_ptr<db::CSVTable> parseCSVText(std::string text, const CsvOptions& options,
-                                                         std::string_view filename,
-                                                         tables::Notifications* notifications);
+[[nodiscard]] std::unique_ptr<tables::CSVTable> parseCSVText(std::string text, const CsvOptions& options,
+                                                             std::string_view filename,
+                                                             base::Notifications* notifications);
 
 // The file's text with its own encoding and "\r\n" as "\n", the text the options question is asked on;
 // absent, with "ERROR WHILE READING FROM <path>" printed, when the file cannot be read.
@@ -80,17 +80,18 @@ private:
 // Reads the file with the options given, or else with the answer of the interaction's options question
 // (the initial options when there is no one to ask). Null when the file cannot be read or the user
 // cancelled the question ("User aborted the import operation" printed); the caller tells the user.
-[[nodiscard]] std::unique_ptr<db::CSVTable> parseCSVFile(const std::string& path, const CsvOptions* options,
-                                                         app::UserInteraction* interaction,
-                                                         tables::Notifications* notifications);
+[[nodiscard]] std::unique_ptr<tables::CSVTable> parseCSVFile(const std::string& path,
+                                                             const CsvOptions* options,
+                                                             base::UserInteraction* interaction,
+                                                             base::Notifications* notifications);
 
 // The file as a clip table, rows moved over from the CSV table; `state` false when parseCSVFile gave none.
 [[nodiscard]] std::unique_ptr<tables::ALETable> readCSVAsALETable(const std::string& path,
                                                                   const CsvOptions* options,
-                                                                  app::UserInteraction* interaction,
-                                                                  tables::Notifications* notifications);
+                                                                  base::UserInteraction* interaction,
+                                                                  base::Notifications* notifications);
 // The same with the initial options of the file's suffix and nobody to ask.
 [[nodiscard]] std::unique_ptr<tables::ALETable> readCSVAsALETable(const std::string& path,
-                                                                  tables::Notifications* notifications);
+                                                                  base::Notifications* notifications);
 
 } // namespace lumbra::import

@@ -1,9 +1,9 @@
 #include "import/edl_parser.h"
 
+#include "base/console.h"
+#include "base/text_file.h"
+#include "base/text_helpers.h"
 #include "import/as_clip_table.h"
-#include "tables/console.h"
-#include "tables/text_file.h"
-#include "tables/text_helpers.h"
 
 #include <array>
 #include <string_view>
@@ -19,7 +19,7 @@ using tables::ColumnNames;
 constexpr std::string_view blanksAndLineFeeds = " \n";
 
 std::string trimmed(std::string_view text) {
-    return tables::trimLeft(tables::trimRight(text, blanksAndLineFeeds), blanksAndLineFeeds);
+    return base::trimLeft(base::trimRight(text, blanksAndLineFeeds), blanksAndLineFeeds);
 }
 
 // Two blanks become one until no two stand together, in one pass.
@@ -63,7 +63,7 @@ std::string_view behindHeadAndOne(std::string_view text, std::size_t head) {
 // Columns in the order first met, with a set beside the list so that many keys stay cheap.
 class ColumnsInOrder {
 public:
-    explicit ColumnsInOrder(db::EDLTable& table) : m_table(table) {
+    explicit ColumnsInOrder(tables::EDLTable& table) : m_table(table) {
         m_known.insert(table.cols.begin(), table.cols.end());
     }
     void add(std::string_view column) {
@@ -72,14 +72,14 @@ public:
     }
 
 private:
-    db::EDLTable& m_table;
+    tables::EDLTable& m_table;
     std::unordered_set<std::string> m_known;
 };
 
 const std::array<std::string_view, 4> timecodeColumns{"Start", "End", "Record_In", "Record_Out"};
 const std::array<std::string_view, 4> locColumns{"LOC", "LOC_TIMESTAMP", "LOC_COLOR", "LOC_NAME"};
 
-void readComment(std::string_view line, db::DBEntry& entry, ColumnsInOrder& columns) {
+void readComment(std::string_view line, tables::DBEntry& entry, ColumnsInOrder& columns) {
     auto store = [&](std::string_view column, std::string value) {
         columns.add(column);
         entry.data.set(column, std::move(value));
@@ -97,7 +97,7 @@ void readComment(std::string_view line, db::DBEntry& entry, ColumnsInOrder& colu
         // One marker comment is the source of all four columns, so they join the table together.
         for (auto column : locColumns)
             columns.add(column);
-        std::vector<std::string> words = tables::tokenise(loc, " ");
+        std::vector<std::string> words = base::tokenise(loc, " ");
         for (std::size_t w = 0; w < words.size() && w + 1 < locColumns.size(); ++w)
             entry.data.set(locColumns[w + 1], trimmed(words[w]));
         entry.data.set(locColumns[0], std::move(loc));
@@ -112,20 +112,20 @@ void readComment(std::string_view line, db::DBEntry& entry, ColumnsInOrder& colu
 }
 
 bool isTimecode(const std::string& token) {
-    return tables::tokenise(token, ":").size() >= 4;
+    return base::tokenise(token, ":").size() >= 4;
 }
 
 } // namespace
 
 EDLParser::EDLParser(std::string text) : text(std::move(text)) {
-    tables::collapseCrLf(this->text);
+    base::collapseCrLf(this->text);
 }
 
-db::EDLTable EDLParser::parse() const {
-    db::EDLTable table("EDL table");
+tables::EDLTable EDLParser::parse() const {
+    tables::EDLTable table("EDL table");
     table.cols = {"Id", "Name", "Start", "End", "Record_In", "Record_Out"};
     ColumnsInOrder columns(table);
-    const std::vector<std::string> lines = tables::tokenise(text, "\n");
+    const std::vector<std::string> lines = base::tokenise(text, "\n");
     const ColumnKey idKey = ColumnNames::key("Id");
     const ColumnKey nameKey = ColumnNames::key("Name");
     std::array<ColumnKey, 4> timecodeKeys{};
@@ -138,7 +138,7 @@ db::EDLTable EDLParser::parse() const {
     if (i == lines.size())
         return table;
     if (startsWithFolded(lines[i], "title:")) {
-        std::vector<std::string> title = tables::tokenise(lines[i], ":");
+        std::vector<std::string> title = base::tokenise(lines[i], ":");
         if (title.size() >= 2)
             table.name = trimmed(title[1]);
         ++i;
@@ -151,14 +151,14 @@ db::EDLTable EDLParser::parse() const {
         std::string line = collapsed(lines[i++]);
         if (line.empty())
             continue;
-        std::vector<std::string> tokens = tables::tokenise(line, " ");
+        std::vector<std::string> tokens = base::tokenise(line, " ");
         // An event needs an Id and a Name: a lone token is no event, and its comments go with it.
         if (tokens.size() < 2) {
             while (isComment(i))
                 ++i;
             continue;
         }
-        db::DBEntry entry;
+        tables::DBEntry entry;
         entry.data.set(idKey, std::move(tokens[0]));
         entry.data.set(nameKey, std::move(tokens[1]));
         std::size_t found = 0;
@@ -173,17 +173,17 @@ db::EDLTable EDLParser::parse() const {
     return table;
 }
 
-std::optional<db::EDLTable> parseEDLFile(const std::string& path, tables::Notifications* notifications) {
-    std::optional<std::string> text = tables::readTextFile(path, notifications);
+std::optional<tables::EDLTable> parseEDLFile(const std::string& path, base::Notifications* notifications) {
+    std::optional<std::string> text = base::readTextFile(path, notifications);
     if (!text) {
-        tables::printLine("ERROR WHILE READING FROM " + path);
+        base::printLine("ERROR WHILE READING FROM " + path);
         return std::nullopt;
     }
     return EDLParser(std::move(*text)).parse();
 }
 
 std::unique_ptr<tables::ALETable> readEDLAsALETable(const std::string& path,
-                                                    tables::Notifications* notifications) {
+                                                    base::Notifications* notifications) {
     return asClipTable(parseEDLFile(path, notifications));
 }
 

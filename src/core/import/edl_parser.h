@@ -1,7 +1,7 @@
 #pragma once
 
-#include "db/db_table.h"
-#include "tables/notification.h"
+#include "base/notification.h"
+#include "tables/db_table.h"
 
 #include <memory>
 #include <optional>
@@ -18,18 +18,18 @@ public:
 
     // "EDL table" (or the title) over "Id", "Name", "Start", "End", "Record_In", "Record_Out" and
     // one column per comment key met. Never fails: lines that fit nothing are skipped or make thin rows.
-    [[nodiscard]] db::EDLTable parse() const;
+    [[nodiscard]] tables::EDLTable parse() const;
 
     std::string text;
 };
 
 // Reads the file and parses it; absent, with "ERROR WHILE READING FROM <path>" printed, when the
 // file cannot be read.
-[[nodiscard]] std::optional<db::EDLTable> parseEDLFile(const std::string& path,
-                                                       tables::Notifications* notifications = nullptr);
+[[nodiscard]] std::optional<tables::EDLTable> parseEDLFile(const std::string& path,
+                                                           base::Notifications* notifications = nullptr);
 
 // The file as a clip table for the import and the converter; `state` false when it cannot be read.
 [[nodiscard]] std::unique_ptr<tables::ALETable> readEDLAsALETable(const std::string& path,
-                                                                  tables::Notifications* notifications);
+                                                                  base::Notifications* notifications);
 
 } // namespace lumbra::import

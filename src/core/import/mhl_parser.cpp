@@ -1,9 +1,9 @@
 #include "import/mhl_parser.h"
 
+#include "base/console.h"
+#include "base/text_file.h"
+#include "base/text_helpers.h"
 #include "import/as_clip_table.h"
-#include "tables/console.h"
-#include "tables/text_file.h"
-#include "tables/text_helpers.h"
 
 #include <unordered_set>
 
@@ -16,8 +16,8 @@ std::optional<TagBounds> MHLParser::nextTag(std::string_view name, std::size_t f
     return tag;
 }
 
-db::MHLTable MHLParser::parse() const {
-    db::MHLTable table("MHL table");
+tables::MHLTable MHLParser::parse() const {
+    tables::MHLTable table("MHL table");
     std::unordered_set<std::string> known;
     std::string_view text = xmltext;
     std::optional<TagBounds> open = nextTag("hash", 0);
@@ -26,8 +26,8 @@ db::MHLTable MHLParser::parse() const {
         if (!close)
             break;
         std::string_view inner = text.substr(open->end + 1, close->start - open->end - 1);
-        std::vector<std::string> pieces = tables::tokenise(inner, "\n");
-        db::DBEntry entry;
+        std::vector<std::string> pieces = base::tokenise(inner, "\n");
+        tables::DBEntry entry;
         // The first and the last piece stand behind the opening tag and before the closing one.
         for (std::size_t p = 1; p + 1 < pieces.size(); ++p) {
             std::string_view piece = pieces[p];
@@ -51,19 +51,19 @@ db::MHLTable MHLParser::parse() const {
     return table;
 }
 
-std::optional<db::MHLTable> parseMHLFile(const std::string& path, tables::Notifications* notifications) {
-    std::optional<std::string> text = tables::readTextFile(path, notifications);
+std::optional<tables::MHLTable> parseMHLFile(const std::string& path, base::Notifications* notifications) {
+    std::optional<std::string> text = base::readTextFile(path, notifications);
     if (!text) {
-        tables::printLine("ERROR WHILE READING FROM " + path);
+        base::printLine("ERROR WHILE READING FROM " + path);
         return std::nullopt;
     }
-    tables::collapseCrLf(*text);
-    db::MHLTable table = MHLParser(std::move(*text)).parse();
-    table.name = tables::dropLastCharacters(tables::tokenise(path, "/").back(), 4);
+    base::collapseCrLf(*text);
+    tables::MHLTable table = MHLParser(std::move(*text)).parse();
+    table.name = base::dropLastCharacters(base::tokenise(path, "/").back(), 4);
     return table;
 }
 
-void printMHLTable(const db::MHLTable& table) {
+void printMHLTable(const tables::MHLTable& table) {
     auto joined = [](const auto& values) {
         std::string line;
         for (std::size_t i = 0; i < values.size(); ++i) {
@@ -73,7 +73,7 @@ void printMHLTable(const db::MHLTable& table) {
         }
         return line;
     };
-    tables::printLine(joined(table.cols));
+    base::printLine(joined(table.cols));
     std::vector<tables::ColumnKey> keys;
     keys.reserve(table.cols.size());
     for (const auto& column : table.cols)
@@ -82,12 +82,12 @@ void printMHLTable(const db::MHLTable& table) {
     for (const auto& entry : table.data) {
         for (std::size_t c = 0; c < keys.size(); ++c)
             values[c] = entry.data.valueOr(keys[c]);
-        tables::printLine(joined(values));
+        base::printLine(joined(values));
     }
 }
 
 std::unique_ptr<tables::ALETable> readMHLAsALETable(const std::string& path,
-                                                    tables::Notifications* notifications) {
+                                                    base::Notifications* notifications) {
     return asClipTable(parseMHLFile(path, notifications));
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "db/db_table.h"
+#include "base/notification.h"
 #include "import/xml_tags.h"
-#include "tables/notification.h"
+#include "tables/db_table.h"
 
 #include <memory>
 #include <optional>
@@ -19,7 +19,7 @@ public:
 
     // "MHL table" with its rows in the file's order. Never fails: a block without its closing tag
     // ends the walk with the rows found so far.
-    [[nodiscard]] db::MHLTable parse() const;
+    [[nodiscard]] tables::MHLTable parse() const;
     // The next tag of that name from `from`: the positions of its "<" and of its ">".
     [[nodiscard]] std::optional<TagBounds> nextTag(std::string_view name, std::size_t from) const;
 
@@ -28,14 +28,14 @@ public:
 
 // Reads the file and parses it; the table is named after the file less its last four characters.
 // Absent, with "ERROR WHILE READING FROM <path>" printed, when the file cannot be read.
-[[nodiscard]] std::optional<db::MHLTable> parseMHLFile(const std::string& path,
-                                                       tables::Notifications* notifications = nullptr);
+[[nodiscard]] std::optional<tables::MHLTable> parseMHLFile(const std::string& path,
+                                                           base::Notifications* notifications = nullptr);
 
 // Prints the columns, then each row, values tab separated in column order, one line each.
-void printMHLTable(const db::MHLTable& table);
+void printMHLTable(const tables::MHLTable& table);
 
 // The file as a clip table for the import and the converter; `state` false when it cannot be read.
 [[nodiscard]] std::unique_ptr<tables::ALETable> readMHLAsALETable(const std::string& path,
-                                                                  tables::Notifications* notifications);
+                                                                  base::Notifications* notifications);
 
 } // namespace lumbra::import

@@ -1,7 +1,7 @@
 #include "project/bin.h"
 
-#include "tables/console.h"
-#include "tables/text_helpers.h"
+#include "base/console.h"
+#include "base/text_helpers.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -10,9 +10,9 @@
 namespace lumbra::project {
 
 namespace fs = std::filesystem;
-using tables::Notifications;
-using tables::NotificationType;
-using tables::printLine;
+using base::Notifications;
+using base::NotificationType;
+using base::printLine;
 
 namespace {
 
@@ -165,7 +165,7 @@ bool Bin::save(const std::string& folder, bool isCopy, Notifications* notificati
     printLine("saving bin " + displayName());
     const std::string name = fileStem();
     bool wasChanged = hasChanged;
-    if (!Saveable::save(folder, isCopy, notifications))
+    if (!base::Saveable::save(folder, isCopy, notifications))
         return false;
     // A file that fails leaves the bin marked, so that the next save tries again.
     auto failed = [&] {
@@ -189,7 +189,7 @@ bool Bin::save(const std::string& folder, bool isCopy, Notifications* notificati
     // Files under an older name would compete with these at the next load: they go.
     if (auto listing = sortedListing(folder)) {
         for (const auto& entry : *listing) {
-            std::string lower = tables::lowercased(entry.filename().string());
+            std::string lower = base::lowercased(entry.filename().string());
             bool stale = (endsWith(lower, ".ale") && entry.filename() != fs::path(name + ".ale")) ||
                          (endsWith(lower, ".bin") && entry.filename() != fs::path(name + ".bin"));
             std::error_code ec;
@@ -201,7 +201,7 @@ bool Bin::save(const std::string& folder, bool isCopy, Notifications* notificati
 }
 
 bool Bin::load(const std::string& folder, Notifications* notifications) {
-    if (!Saveable::load(folder, notifications)) {
+    if (!base::Saveable::load(folder, notifications)) {
         loadingError(folder, notifications);
         return false;
     }
@@ -214,7 +214,7 @@ bool Bin::load(const std::string& folder, Notifications* notifications) {
     std::optional<std::string> binFile;
     std::optional<std::string> smartbinFile;
     for (const auto& entry : *listing) {
-        std::string lower = tables::lowercased(entry.filename().string());
+        std::string lower = base::lowercased(entry.filename().string());
         if (endsWith(lower, ".ale"))
             aleFile = entry.string();
         else if (endsWith(lower, ".smartbin"))

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/saveable.h"
 #include "project/bins_host.h"
-#include "project/saveable.h"
 #include "tables/ale_table.h"
 #include "tables/table_links.h"
 
@@ -16,7 +16,7 @@ namespace lumbra::project {
 // The named, saveable holder of one clip table: what the user does with the table in a
 // project (name, layout, open or closed, locks, free tags, the heading values it came with).
 // On disk a folder with `lumbra_details`, `<name>.ale` and `<name>.bin`, or a `.smartbin`.
-class Bin : public Saveable, public tables::BinLink {
+class Bin : public base::Saveable, public tables::BinLink {
 public:
     // No table; the project's default layout.
     explicit Bin(BinsHost* sharedstuff);
@@ -57,16 +57,16 @@ public:
     [[nodiscard]] virtual std::unique_ptr<Bin> subBin(const std::vector<long>& rows) const;
 
     // The .bin file; false when it cannot be written, with no message of its own.
-    virtual bool writeBinFile(const std::string& folder, tables::Notifications* notifications);
-    virtual bool writeSmartbinFile(const std::string& folder, tables::Notifications* notifications);
+    virtual bool writeBinFile(const std::string& folder, base::Notifications* notifications);
+    virtual bool writeSmartbinFile(const std::string& folder, base::Notifications* notifications);
     // False (defaults kept, warning added) when the file cannot be read.
-    virtual bool readBinFile(const std::string& path, tables::Notifications* notifications);
-    virtual bool readSmartbinFile(const std::string& path, tables::Notifications* notifications);
+    virtual bool readBinFile(const std::string& path, base::Notifications* notifications);
+    virtual bool readSmartbinFile(const std::string& path, base::Notifications* notifications);
 
     // Writes details, .bin and .ale (or the .smartbin); false with a notification on failure.
-    bool save(const std::string& folder, bool isCopy, tables::Notifications* notifications) override;
+    bool save(const std::string& folder, bool isCopy, base::Notifications* notifications) override;
     // Reads the folder back; a faulty table or missing .bin file only warns.
-    bool load(const std::string& folder, tables::Notifications* notifications) override;
+    bool load(const std::string& folder, base::Notifications* notifications) override;
 
     BinsHost* sharedstuff = nullptr; // does not own
     std::vector<std::string> tags;

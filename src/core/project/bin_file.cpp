@@ -1,17 +1,17 @@
 #include "project/bin_file.h"
 
+#include "base/console.h"
+#include "base/text_file.h"
+#include "base/text_helpers.h"
 #include "project/bin.h"
 #include "tables/columns_layout.h"
-#include "tables/console.h"
-#include "tables/text_file.h"
-#include "tables/text_helpers.h"
 
 #include <filesystem>
 
 namespace lumbra::project {
 
-using tables::NotificationType;
-using tables::printLine;
+using base::NotificationType;
+using base::printLine;
 
 namespace {
 
@@ -66,8 +66,8 @@ std::string binFileText(const Bin& bin) {
 }
 
 void applyBinFileText(Bin& bin, std::string_view text) {
-    for (const auto& line : tables::tokenise(text, "\n")) {
-        auto tokens = tables::tokenise(line, "\t");
+    for (const auto& line : base::tokenise(text, "\n")) {
+        auto tokens = base::tokenise(line, "\t");
         const std::string& key = tokens.front();
         if (key == binkeys::selected) {
             bin.setSelected(true);
@@ -112,13 +112,13 @@ void applyBinFileText(Bin& bin, std::string_view text) {
     }
 }
 
-bool Bin::writeBinFile(const std::string& folder, tables::Notifications* notifications) {
+bool Bin::writeBinFile(const std::string& folder, base::Notifications* notifications) {
     auto path = (std::filesystem::path(folder) / (fileStem() + ".bin")).string();
-    return tables::writeFileAtomically(path, binFileText(*this));
+    return base::writeFileAtomically(path, binFileText(*this));
 }
 
-bool Bin::readBinFile(const std::string& path, tables::Notifications* notifications) {
-    auto text = tables::readTextFile(path);
+bool Bin::readBinFile(const std::string& path, base::Notifications* notifications) {
+    auto text = base::readTextFile(path);
     if (!text) {
         printLine("Warning: bin file unreadable, default values used");
         if (notifications)

@@ -1,14 +1,14 @@
 #include "project/bin_import.h"
 
-#include "app/user_interaction.h"
+#include "base/text_helpers.h"
+#include "base/user_interaction.h"
 #include "import/csv_parser.h"
+#include "import/file_formats.h"
 #include "project/bin.h"
 #include "project/bins_tree_entry.h"
 #include "project/name_makers.h"
 #include "project/shared_stuff.h"
 #include "tables/columns_layout.h"
-#include "tables/file_formats.h"
-#include "tables/text_helpers.h"
 
 #include <algorithm>
 #include <array>
@@ -21,8 +21,8 @@ namespace lumbra::project {
 
 namespace {
 
-using tables::NotificationData;
-using tables::NotificationType;
+using base::NotificationData;
+using base::NotificationType;
 
 // Tables of these readers come from a plain table: the bin gets a layout of all their columns.
 constexpr std::array<std::string_view, 5> plainTableSuffixes{".csv", ".tsv", ".edl", ".ccc", ".mhl"};
@@ -33,8 +33,8 @@ bool isOneOf(std::string_view suffix, std::span<const std::string_view> list) {
     return std::find(list.begin(), list.end(), suffix) != list.end();
 }
 
-const tables::FileFormat* readerFor(std::string_view extension) {
-    for (const auto& format : tables::fileFormats()) {
+const import::FileFormat* readerFor(std::string_view extension) {
+    for (const auto& format : import::fileFormats()) {
         if (format.suffix == extension && format.read)
             return &format;
     }
@@ -96,17 +96,17 @@ void handOver(SharedStuff& sharedstuff, const NotificationData& notification) {
 } // namespace
 
 std::string importExtension(std::string_view path) {
-    std::string last7 = tables::lowercased(path.substr(path.size() > 7 ? path.size() - 7 : 0));
+    std::string last7 = base::lowercased(path.substr(path.size() > 7 ? path.size() - 7 : 0));
     if (last7 == ".fcpxml")
         return last7;
-    return tables::lowercased(path.substr(path.size() > 4 ? path.size() - 4 : 0));
+    return base::lowercased(path.substr(path.size() > 4 ? path.size() - 4 : 0));
 }
 
 BinImportResult addBinsFromFiles(SharedStuff& sharedstuff, const std::vector<std::string>& paths,
                                  ImportTarget target) {
     BinImportResult result;
     // One layout serves every ".csv" of the batch, asked on the text of the first; a ".tsv" asks for itself.
-    std::optional<import::CsvOptions> csvOptions;
+    std::optional<base::CsvOptions> csvOptions;
     auto firstCsv = std::find_if(paths.begin(), paths.end(),
                                  [](const std::string& path) { return importExtension(path) == ".csv"; });
     if (firstCsv != paths.end()) {
@@ -134,15 +134,14 @@ BinImportResult addBinsFromFiles(SharedStuff& sharedstuff, const std::vector<std
         std::string extension = importExtension(path);
         if (isOneOf(extension, pythonSuffixes) && !sharedstuff.usePython)
             continue;
-        const tables::FileFormat* format = readerFor(extension);
+        const import::FileFormat* format = readerFor(extension);
         if (!format)
             continue;
-        tables::Notifications readerNotices;
+        base::Notifications readerNotices;
         std::unique_ptr<tables::ALETable> table =
-            format->readDelimited
-                ? format->readDelimited(path, extension == ".csv" ? &*csvOptions : nullptr,
-                                        sharedstuff.interaction, &readerNotices)
-                : format->read(path, nullptr);
+            format->readDelimited ? format->readDelimited(path, extension == ".csv" ? &*csvOptions : nullptr,
+                                                          sharedstuff.interaction, &readerNotices)
+                                  : format->read(path, nullptr);
         result.notifications.insert(result.notifications.end(), readerNotices.begin(), readerNotices.end());
         if (!table || !table->state) {
             sharedstuff.addLog("ERROR while opening " + path, true, "", NotificationType::KO);

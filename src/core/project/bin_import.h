@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tables/notification.h"
+#include "base/notification.h"
 
 #include <string>
 #include <string_view>
@@ -32,7 +32,7 @@ struct BinImportResult {
     // Files whose reader refused them, in order.
     std::vector<std::string> failedPaths;
     // The notifications of the batch, as they were handed to the user.
-    tables::Notifications notifications;
+    base::Notifications notifications;
 };
 
 // The suffix the import goes by: the last four characters of the path, seven for ".fcpxml", in lower case.

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/notification.h"
 #include "tables/ale_entry.h"
-#include "tables/notification.h"
 
 #include <memory>
 #include <string>
@@ -68,8 +68,8 @@ public:
 
     // The .smartbin file of a bin, read and written by the smart bins code. Without it a
     // smart bin can be neither read nor written: false, with a message.
-    virtual bool writeSmartbinFile(Bin& bin, const std::string& folder, tables::Notifications* notifications);
-    virtual bool readSmartbinFile(Bin& bin, const std::string& path, tables::Notifications* notifications);
+    virtual bool writeSmartbinFile(Bin& bin, const std::string& folder, base::Notifications* notifications);
+    virtual bool readSmartbinFile(Bin& bin, const std::string& path, base::Notifications* notifications);
 };
 
 } // namespace lumbra::project

@@ -1,8 +1,8 @@
 #include "project/bins_tree_entry.h"
 
+#include "base/console.h"
+#include "base/text_order.h"
 #include "project/name_makers.h"
-#include "tables/console.h"
-#include "tables/text_order.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -10,8 +10,8 @@
 
 namespace lumbra::project {
 
-using tables::Notifications;
-using tables::printLine;
+using base::Notifications;
+using base::printLine;
 
 namespace {
 
@@ -67,8 +67,8 @@ template <typename Test> BinsTreeEntry* findDepthFirst(BinsTreeEntry& node, Test
 }
 
 void markChanged(BinsTreeEntry& node) {
-    Saveable& identity = node.identity();
-    identity.modified = nowSeconds();
+    base::Saveable& identity = node.identity();
+    identity.modified = base::nowSeconds();
     identity.hasChanged = true;
 }
 
@@ -90,12 +90,12 @@ TreeNode BinsTreeEntry::shallowCopy(const BinsTreeEntry& source) {
     return copy;
 }
 
-Saveable& BinsTreeEntry::identity() noexcept {
-    return bin ? static_cast<Saveable&>(*bin) : *this;
+base::Saveable& BinsTreeEntry::identity() noexcept {
+    return bin ? static_cast<base::Saveable&>(*bin) : *this;
 }
 
-const Saveable& BinsTreeEntry::identity() const noexcept {
-    return bin ? static_cast<const Saveable&>(*bin) : *this;
+const base::Saveable& BinsTreeEntry::identity() const noexcept {
+    return bin ? static_cast<const base::Saveable&>(*bin) : *this;
 }
 
 std::string BinsTreeEntry::name() const {
@@ -114,11 +114,11 @@ bool BinsTreeEntry::save(const std::string& folder, bool isCopy, Notifications* 
     if (bin)
         return bin->save(folder, isCopy, notifications);
     printLine("saving group " + name());
-    return Saveable::save(folder, isCopy, notifications);
+    return base::Saveable::save(folder, isCopy, notifications);
 }
 
 bool BinsTreeEntry::load(const std::string& folder, Notifications* notifications) {
-    if (!Saveable::load(folder, notifications)) {
+    if (!base::Saveable::load(folder, notifications)) {
         printLine("ERROR loading from " + folder);
         return false;
     }
@@ -140,7 +140,7 @@ bool BinsTreeEntry::load(const std::string& folder, Notifications* notifications
 bool BinsTreeEntry::isAfter(const BinsTreeEntry& other, BinsTreeOrderingMode mode) const {
     switch (mode) {
     case BinsTreeOrderingMode::alphabetical:
-        return tables::textLess(other.name(), name());
+        return base::textLess(other.name(), name());
     case BinsTreeOrderingMode::bytag:
         return static_cast<int>(other.tag) < static_cast<int>(tag);
     case BinsTreeOrderingMode::lastmodified:
@@ -168,7 +168,7 @@ void BinsTreeEntry::sort(BinsTreeOrderingMode mode, bool ascending) {
         Keyed k{child->bin != nullptr, {}, 0.0, child};
         switch (mode) {
         case BinsTreeOrderingMode::alphabetical:
-            k.text = tables::sortKey(child->name());
+            k.text = base::sortKey(child->name());
             break;
         case BinsTreeOrderingMode::bytag:
             k.number = static_cast<double>(child->tag);

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/saveable.h"
 #include "project/bin.h"
-#include "project/saveable.h"
 
 #include <memory>
 #include <optional>
@@ -19,7 +19,7 @@ using TreeNode = std::shared_ptr<BinsTreeEntry>;
 
 // A node of a tree of bins: a group (no bin, with children) or a leaf that holds a bin.
 // On disk one folder "<name> - <uuid>" per node, a child's inside its parent's.
-class BinsTreeEntry : public Saveable {
+class BinsTreeEntry : public base::Saveable {
 public:
     BinsTreeEntry(std::string id, std::shared_ptr<Bin> bin, std::vector<TreeNode> children = {},
                   BinsHost* sharedstuff = nullptr);
@@ -28,8 +28,8 @@ public:
     [[nodiscard]] static TreeNode shallowCopy(const BinsTreeEntry& source);
 
     // A leaf and its bin are one identity on disk: the bin's uuid, dates and changed mark.
-    [[nodiscard]] Saveable& identity() noexcept;
-    [[nodiscard]] const Saveable& identity() const noexcept;
+    [[nodiscard]] base::Saveable& identity() noexcept;
+    [[nodiscard]] const base::Saveable& identity() const noexcept;
     [[nodiscard]] const std::string& nodeUuid() { return identity().uuid(); }
 
     // The bin's name, else the group's name, else the id.
@@ -37,9 +37,9 @@ public:
     void setName(std::string name);
 
     // A group writes its details; a leaf saves its bin.
-    bool save(const std::string& folder, bool isCopy, tables::Notifications* notifications) override;
+    bool save(const std::string& folder, bool isCopy, base::Notifications* notifications) override;
     // Reads the details; the group's name is the folder's less " - <uuid>".
-    bool load(const std::string& folder, tables::Notifications* notifications) override;
+    bool load(const std::string& folder, base::Notifications* notifications) override;
 
     // Whether this node comes after `other` in the mode.
     [[nodiscard]] bool isAfter(const BinsTreeEntry& other, BinsTreeOrderingMode mode) const;

@@ -1,6 +1,6 @@
 #include "project/bins_tree_loader.h"
 
-#include "tables/text_helpers.h"
+#include "base/text_helpers.h"
 
 #include <algorithm>
 #include <cctype>
@@ -9,7 +9,7 @@
 namespace lumbra::project {
 
 namespace fs = std::filesystem;
-using tables::Notifications;
+using base::Notifications;
 
 namespace {
 
@@ -44,7 +44,7 @@ std::vector<std::string> subfolders(const std::string& folder) {
 
 std::string nameOfFolder(const std::string& folder) {
     std::string last = fs::path(folder).filename().string();
-    if (auto uuid = readDetailsLine(folder, 1)) {
+    if (auto uuid = base::readDetailsLine(folder, 1)) {
         std::string suffix = " - " + *uuid;
         if (last.size() >= suffix.size() &&
             last.compare(last.size() - suffix.size(), suffix.size(), suffix) == 0)
@@ -65,7 +65,7 @@ bool BinsTreeLoader::isBinFolder(const std::string& url) {
     if (ec)
         return false;
     for (const auto& entry : it) {
-        std::string lower = tables::lowercased(entry.path().filename().string());
+        std::string lower = base::lowercased(entry.path().filename().string());
         auto endsWith = [&](std::string_view s) {
             return lower.size() >= s.size() && lower.compare(lower.size() - s.size(), s.size(), s) == 0;
         };

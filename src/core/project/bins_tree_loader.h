@@ -18,9 +18,9 @@ public:
     // are handed to the project to open later, and closed here. A folder that fails to load
     // stays in the tree, with notifications.
     virtual TreeNode load(BinsHost* sharedstuff, const std::optional<std::string>& url,
-                          tables::Notifications* notifications);
+                          base::Notifications* notifications);
     // One node and, for a group, its subtree.
-    TreeNode loadEntry(const std::string& url, BinsHost* sharedstuff, tables::Notifications* notifications);
+    TreeNode loadEntry(const std::string& url, BinsHost* sharedstuff, base::Notifications* notifications);
     // Whether the folder holds an .ale or .smartbin file.
     [[nodiscard]] static bool isBinFolder(const std::string& url);
 
@@ -34,7 +34,7 @@ class SmartbinsTreeLoader : public BinsTreeLoader {
 public:
     using BinsTreeLoader::BinsTreeLoader;
     TreeNode load(BinsHost* sharedstuff, const std::optional<std::string>& url,
-                  tables::Notifications* notifications) override;
+                  base::Notifications* notifications) override;
 };
 
 // The folder's name less " - <uuid>": the uuid of its details when they have one, else a text

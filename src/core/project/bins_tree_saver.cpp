@@ -1,6 +1,6 @@
 #include "project/bins_tree_saver.h"
 
-#include "tables/console.h"
+#include "base/console.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -8,9 +8,9 @@
 namespace lumbra::project {
 
 namespace fs = std::filesystem;
-using tables::Notifications;
-using tables::NotificationType;
-using tables::printLine;
+using base::Notifications;
+using base::NotificationType;
+using base::printLine;
 
 namespace {
 
@@ -94,16 +94,16 @@ bool BinsTreeSaver::saveAt(BinsTreeEntry& entry, const std::string& path, Notifi
 std::optional<std::string> BinsTreeSaver::currentFolder(BinsTreeEntry& entry, const std::string& path) {
     const std::string& uuid = entry.nodeUuid();
     std::error_code ec;
-    if (fs::is_directory(path, ec) && readDetailsLine(path, 1) == uuid)
+    if (fs::is_directory(path, ec) && base::readDetailsLine(path, 1) == uuid)
         return path;
     if (!m_folders)
-        m_folders = folderIndex(m_baseUrl);
+        m_folders = base::folderIndex(m_baseUrl);
     auto it = m_folders->find(uuid);
     if (it == m_folders->end())
         return std::nullopt;
-    if (readDetailsLine(it->second, 1) == uuid)
+    if (base::readDetailsLine(it->second, 1) == uuid)
         return it->second;
-    return findFolder(uuid, m_baseUrl);
+    return base::findFolder(uuid, m_baseUrl);
 }
 
 void BinsTreeSaver::movedFolder(const std::string& from, const std::string& to) {
@@ -124,7 +124,7 @@ bool BinsTreeSaver::removeEntries(const std::vector<TreeNode>& entries, Notifica
         return false;
     }
     bool wrote = m_wrote;
-    m_folders = folderIndex(m_baseUrl);
+    m_folders = base::folderIndex(m_baseUrl);
     for (const auto& entry : entries) {
         if (!entry)
             continue;

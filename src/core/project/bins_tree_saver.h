@@ -21,17 +21,17 @@ public:
                                                       const std::optional<std::string>& base = std::nullopt);
     // Moves the entry's folder where it belongs, writes it if it changed or has no folder, then
     // its children. Stops at the first failure, with a notification; what is written stays.
-    bool saveItem(BinsTreeEntry& entry, tables::Notifications* notifications);
+    bool saveItem(BinsTreeEntry& entry, base::Notifications* notifications);
     // Saves the tree, then deletes the folders of the removed entries. False only when the save failed.
-    bool removeEntries(const std::vector<TreeNode>& entries, tables::Notifications* notifications = nullptr);
+    bool removeEntries(const std::vector<TreeNode>& entries, base::Notifications* notifications = nullptr);
     // A copy of the subtree under another base; no node loses its changed mark.
-    bool saveAll(const std::string& base, BinsTreeEntry& entry, tables::Notifications* notifications);
+    bool saveAll(const std::string& base, BinsTreeEntry& entry, base::Notifications* notifications);
 
     // Whether the last saveItem or removeEntries wrote or moved anything.
     [[nodiscard]] bool wroteSomething() const noexcept { return m_wrote; }
 
 private:
-    bool saveAt(BinsTreeEntry& entry, const std::string& path, tables::Notifications* notifications);
+    bool saveAt(BinsTreeEntry& entry, const std::string& path, base::Notifications* notifications);
     std::optional<std::string> currentFolder(BinsTreeEntry& entry, const std::string& path);
     void movedFolder(const std::string& from, const std::string& to);
 

@@ -1,10 +1,10 @@
 #include "project/legacy_readers.h"
 
+#include "base/console.h"
+#include "base/text_file.h"
+#include "base/text_helpers.h"
 #include "project/bin_file.h"
 #include "tables/ale_table.h"
-#include "tables/console.h"
-#include "tables/text_file.h"
-#include "tables/text_helpers.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -14,7 +14,7 @@
 namespace lumbra::project {
 
 namespace fs = std::filesystem;
-using tables::printLine;
+using base::printLine;
 
 namespace {
 
@@ -89,8 +89,8 @@ void handOverOpenBins(BinsTreeEntry& root, BinsHost* sharedstuff) {
 }
 
 std::string treebinOf(std::string_view binText) {
-    for (const auto& line : tables::tokenise(binText, "\n")) {
-        auto tokens = tables::tokenise(line, "\t");
+    for (const auto& line : base::tokenise(binText, "\n")) {
+        auto tokens = base::tokenise(line, "\t");
         if (tokens.size() >= 2 && tokens[0] == treebinKey)
             return tokens[1];
     }
@@ -136,7 +136,7 @@ void applyTreeValueLines(BinsTreeEntry& root, const std::vector<TreeLine>& lines
         if (key == keys.displayname) {
             node.setName(line[2]);
         } else if (key == keys.created || key == keys.modified) {
-            auto seconds = tables::parseDecimal(line[2]);
+            auto seconds = base::parseDecimal(line[2]);
             if (!seconds)
                 continue;
             (key == keys.created ? node.identity().created : node.identity().modified) = *seconds;
@@ -146,7 +146,7 @@ void applyTreeValueLines(BinsTreeEntry& root, const std::vector<TreeLine>& lines
 
 LegacyRead readLegacyBins(const std::string& folder, BinsTreeEntry& root,
                           const std::vector<TreeLine>& treeLines, BinsHost* sharedstuff,
-                          tables::Notifications* notifications) {
+                          base::Notifications* notifications) {
     auto names = listNames(folder);
     if (!names)
         return LegacyRead::failed;
@@ -175,7 +175,7 @@ LegacyRead readLegacyBins(const std::string& folder, BinsTreeEntry& root,
         }
         std::string binPath = (fs::path(folder) / name).string();
         std::string group;
-        if (auto text = tables::readTextFile(binPath)) {
+        if (auto text = base::readTextFile(binPath)) {
             applyBinFileText(*bin, *text);
             group = treebinOf(*text);
         } else {
@@ -195,7 +195,7 @@ LegacyRead readLegacyBins(const std::string& folder, BinsTreeEntry& root,
 
 LegacyRead readLegacySmartbins(const std::string& folder, BinsTreeEntry& root,
                                const std::vector<TreeLine>& treeLines, BinsHost* sharedstuff,
-                               tables::Notifications* notifications) {
+                               base::Notifications* notifications) {
     auto names = listNames(folder);
     if (!names)
         return LegacyRead::failed;
@@ -229,7 +229,7 @@ LegacyRead readLegacySmartbins(const std::string& folder, BinsTreeEntry& root,
 }
 
 LegacyRead readLegacyLayouts(const std::string& folder, tables::ProjectLayouts& layouts,
-                             tables::Notifications* notifications) {
+                             base::Notifications* notifications) {
     auto names = listNames(folder);
     if (!names)
         return LegacyRead::failed;
@@ -238,7 +238,7 @@ LegacyRead readLegacyLayouts(const std::string& folder, tables::ProjectLayouts& 
         if (!endsWith(name, tables::ColumnsLayout::fileSuffix))
             continue;
         std::string path = (fs::path(folder) / name).string();
-        auto text = tables::readTextFile(path, notifications);
+        auto text = base::readTextFile(path, notifications);
         if (!text) {
             printLine("error while opening layout file " + path);
             result = LegacyRead::partial;

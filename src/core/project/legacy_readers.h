@@ -1,8 +1,8 @@
 #pragma once
 
+#include "base/notification.h"
 #include "project/bins_tree_entry.h"
 #include "tables/columns_layout.h"
-#include "tables/notification.h"
 
 #include <optional>
 #include <string>
@@ -44,17 +44,17 @@ void applyTreeValueLines(BinsTreeEntry& root, const std::vector<TreeLine>& lines
 // file keeps the defaults (both partial). Bins that were open are handed to the project to open.
 LegacyRead readLegacyBins(const std::string& folder, BinsTreeEntry& root,
                           const std::vector<TreeLine>& treeLines, BinsHost* sharedstuff,
-                          tables::Notifications* notifications);
+                          base::Notifications* notifications);
 // The flat folder `smartbins`: every ".smartbin" file, read through the project, into the root
 // after the groups of the "smarttree" lines; each takes its domain from the project's bins tree.
 LegacyRead readLegacySmartbins(const std::string& folder, BinsTreeEntry& root,
                                const std::vector<TreeLine>& treeLines, BinsHost* sharedstuff,
-                               tables::Notifications* notifications);
+                               base::Notifications* notifications);
 
 // The flat folder `layouts`: every ".layout" file appended to `layouts`, which is then sorted.
 // Unreadable or empty files print a line and are skipped.
 LegacyRead readLegacyLayouts(const std::string& folder, tables::ProjectLayouts& layouts,
-                             tables::Notifications* notifications);
+                             base::Notifications* notifications);
 
 // What a flat folder of objects this build has no reader for yet held.
 struct LegacyFolderContent {

@@ -1,6 +1,6 @@
 #include "project/project_archive.h"
 
-#include "project/saveable.h"
+#include "base/saveable.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -64,7 +64,7 @@ bool zipFolder(const std::string& folder, const std::string& zipPath, std::strin
         return false;
 
     // Written beside the target and renamed at the end: a failed archive never replaces a good one.
-    const std::string partial = zipPath + ".part-" + makeUuid();
+    const std::string partial = zipPath + ".part-" + base::makeUuid();
     int code = 0;
     Archive archive(zip_open(partial.c_str(), ZIP_CREATE | ZIP_EXCL, &code));
     if (!archive) {

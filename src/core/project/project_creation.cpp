@@ -1,6 +1,6 @@
 #include "project/project_creation.h"
 
-#include "app/project_catalogue.h"
+#include "project/project_catalogue.h"
 #include "project/shared_stuff.h"
 #include "tables/ale_table.h"
 #include "tables/columns_layout.h"
@@ -48,7 +48,7 @@ NewProjectCheck checkNewProject(const std::string& parentFolder, const NewProjec
     std::error_code error;
     if (std::filesystem::is_directory(std::filesystem::path(parentFolder) / settings.name, error))
         return {NewProjectRefusal::folderExists, "a folder " + settings.name + " already exists"};
-    if (app::hasForbiddenProjectCharacter(settings.name))
+    if (project::hasForbiddenProjectCharacter(settings.name))
         return {NewProjectRefusal::forbiddenCharacters, "the project name contains forbidden characters"};
     return {};
 }

@@ -1,7 +1,7 @@
 #include "project/project_file.h"
 
+#include "base/text_file.h"
 #include "project/shared_stuff.h"
-#include "tables/text_file.h"
 
 #include <charconv>
 #include <unordered_map>
@@ -267,7 +267,7 @@ std::string projectFileText(const SharedStuff& s) {
     appendLine(out, "autosave", flag(s.autosave));
     appendLine(out, "archiveOriginalData", flag(s.archiveOriginalData));
     if (layouts.columnsdefaultwidth == ColumnsDefaultWidth::fixed)
-        appendLine(out, "columnsdefaultwidth", {"fixed", formatDecimal(layouts.columnsfixedwidth)});
+        appendLine(out, "columnsdefaultwidth", {"fixed", base::formatDecimal(layouts.columnsfixedwidth)});
     else
         appendLine(out, "columnsdefaultwidth", widthRuleName(layouts.columnsdefaultwidth));
     if (!s.projectTags.empty())
@@ -282,7 +282,7 @@ std::string projectFileText(const SharedStuff& s) {
     appendLine(out, "projectlayout", columnsOf(layouts.projectLayout));
     for (const auto& [key, value] : s.userDefinedProperties)
         appendLine(out, "userdefinedproperty", {key, value});
-    appendLine(out, "timeInMinBackup", formatDecimal(s.timeInMinBackup));
+    appendLine(out, "timeInMinBackup", base::formatDecimal(s.timeInMinBackup));
     appendLine(out, "maxNBackup", std::to_string(s.maxNBackup));
     appendLine(out, "maxShowBinToImport", std::to_string(s.maxShowBinToImport));
     appendLine(out, "statusBarRule2.0", s.statusBarRule);
@@ -291,7 +291,7 @@ std::string projectFileText(const SharedStuff& s) {
 }
 
 bool writeProjectFile(const SharedStuff& sharedstuff, const std::string& path) {
-    return tables::writeFileAtomically(path, projectFileText(sharedstuff));
+    return base::writeFileAtomically(path, projectFileText(sharedstuff));
 }
 
 ProjectFileNotes readProjectFileText(std::string_view text, SharedStuff& s) {
@@ -320,8 +320,8 @@ ProjectFileNotes readProjectFileText(std::string_view text, SharedStuff& s) {
 }
 
 std::optional<ProjectFileNotes> readProjectFile(const std::string& path, SharedStuff& sharedstuff,
-                                                tables::Notifications* notifications) {
-    std::optional<std::string> text = tables::readTextFile(path, notifications);
+                                                base::Notifications* notifications) {
+    std::optional<std::string> text = base::readTextFile(path, notifications);
     if (!text)
         return std::nullopt;
     return readProjectFileText(*text, sharedstuff);

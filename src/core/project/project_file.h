@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tables/notification.h"
+#include "base/notification.h"
 
 #include <optional>
 #include <string>
@@ -41,6 +41,6 @@ struct ProjectFileNotes {
 ProjectFileNotes readProjectFileText(std::string_view text, SharedStuff& sharedstuff);
 // The same from a file; absent (nothing changed, a message) when the file cannot be read.
 std::optional<ProjectFileNotes> readProjectFile(const std::string& path, SharedStuff& sharedstuff,
-                                                tables::Notifications* notifications);
+                                                base::Notifications* notifications);
 
 } // namespace lumbra::project

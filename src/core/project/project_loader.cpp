@@ -1,16 +1,16 @@
 #include "project/project_loader.h"
 
-#include "db/db_saver.h"
-#include "db/db_table.h"
+#include "base/console.h"
+#include "base/text_file.h"
+#include "base/text_helpers.h"
 #include "project/bins_tree_loader.h"
+#include "project/db_saver.h"
 #include "project/legacy_readers.h"
 #include "project/project_file.h"
 #include "project/project_saver.h"
 #include "project/shared_stuff.h"
-#include "tables/console.h"
+#include "tables/db_table.h"
 #include "tables/layouts_loader.h"
-#include "tables/text_file.h"
-#include "tables/text_helpers.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -19,8 +19,8 @@
 namespace lumbra::project {
 
 namespace fs = std::filesystem;
-using tables::Notifications;
-using tables::printLine;
+using base::Notifications;
+using base::printLine;
 
 namespace {
 
@@ -138,7 +138,7 @@ void openBins(SharedStuff& sharedstuff, const fs::path& project) {
     std::optional<std::string> list;
     // An unreadable list counts as none: the bins' own files still say which were open.
     if (exists(listPath))
-        list = tables::readTextFile(listPath);
+        list = base::readTextFile(listPath);
     if (!list) {
         for (Bin* bin : sharedstuff.openthesebinsafterloading)
             bin->setSelected(true);
@@ -147,7 +147,7 @@ void openBins(SharedStuff& sharedstuff, const fs::path& project) {
     sharedstuff.openthesebinsafterloading.clear();
     auto plain = binsByUuid(*sharedstuff.bins);
     auto smart = binsByUuid(*sharedstuff.smartbins);
-    for (const auto& line : tables::tokenise(*list, "\n")) {
+    for (const auto& line : base::tokenise(*list, "\n")) {
         auto found = plain.find(line);
         if (found == plain.end()) {
             found = smart.find(line);
@@ -197,7 +197,7 @@ bool ProjectLoader::loadMapPresets(const std::string& path, Notifications*) {
 }
 
 bool ProjectLoader::loadDbs(const std::string& path, Notifications* notifications) {
-    auto loaded = db::DBLoader(path).loadAll(notifications);
+    auto loaded = project::DBLoader(path).loadAll(notifications);
     if (!loaded) {
         printLine("ERROR while loading databases from folder " + path);
         return false;
@@ -238,12 +238,12 @@ OpenResult openProject(SharedStuff& sharedstuff, const OpenHooks& hooks) {
 
     // 1. The earlier layout on disk is updated only with the user's consent.
     if (exists(path("bins")) || exists(path("smartbins"))) {
-        app::AlertRequest request{
+        base::AlertRequest request{
             "Legacy saving folders",
             "Legacy saving folders/saving_system detected. By continuing, the project will be updated to the "
             "new "
             "saving system.\n\nIt is recommended to BACKUP your data before proceeding.",
-            app::AlertStyle::Warning,
+            base::AlertStyle::Warning,
             {"Proceed", "Cancel"},
             false};
         // Without anyone to ask, a project is never rewritten in a new layout.
@@ -276,7 +276,7 @@ OpenResult openProject(SharedStuff& sharedstuff, const OpenHooks& hooks) {
 
     // 5. and 6. Databases and presets in their earlier places.
     if (exists(path("dbs"))) {
-        LegacyRead read = db::DBLoader::loadLegacy(path("dbs"), sharedstuff.db, buffered);
+        LegacyRead read = project::DBLoader::loadLegacy(path("dbs"), sharedstuff.db, buffered);
         if (read == LegacyRead::failed)
             printLine("ERROR while loading databases from folder " + path("dbs"));
         else if (read == LegacyRead::complete)

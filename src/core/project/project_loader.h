@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tables/notification.h"
+#include "base/notification.h"
 
 #include <functional>
 #include <string>
@@ -17,17 +17,17 @@ public:
     explicit ProjectLoader(SharedStuff& sharedstuff) : m_sharedstuff(sharedstuff) {}
 
     // The tree under `path` becomes `bins`, or with `append` its top nodes are appended to `bins`.
-    bool loadBins(const std::string& path, tables::Notifications* notifications, bool append);
+    bool loadBins(const std::string& path, base::Notifications* notifications, bool append);
     // The same for `smartbins`; the bins tree must stand, since smart bins take their domains from it.
-    bool loadSmartbins(const std::string& path, tables::Notifications* notifications, bool append);
-    bool loadExportPresets(const std::string& path, tables::Notifications* notifications);
-    bool loadReportPresets(const std::string& path, tables::Notifications* notifications);
-    bool loadMapPresets(const std::string& path, tables::Notifications* notifications);
-    bool loadDbs(const std::string& path, tables::Notifications* notifications);
+    bool loadSmartbins(const std::string& path, base::Notifications* notifications, bool append);
+    bool loadExportPresets(const std::string& path, base::Notifications* notifications);
+    bool loadReportPresets(const std::string& path, base::Notifications* notifications);
+    bool loadMapPresets(const std::string& path, base::Notifications* notifications);
+    bool loadDbs(const std::string& path, base::Notifications* notifications);
     // The saved layouts under `path` are added to the project's list, which is then sorted.
-    bool loadLayouts(const std::string& path, tables::Notifications* notifications);
-    bool loadPivots(const std::string& path, tables::Notifications* notifications);
-    bool loadJobs(const std::string& path, tables::Notifications* notifications);
+    bool loadLayouts(const std::string& path, base::Notifications* notifications);
+    bool loadPivots(const std::string& path, base::Notifications* notifications);
+    bool loadJobs(const std::string& path, base::Notifications* notifications);
 
 private:
     SharedStuff& m_sharedstuff;

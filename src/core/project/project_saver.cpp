@@ -1,13 +1,13 @@
 #include "project/project_saver.h"
 
-#include "db/db_saver.h"
+#include "base/console.h"
+#include "base/text_file.h"
 #include "project/bins_tree_saver.h"
+#include "project/db_saver.h"
 #include "project/project_archive.h"
 #include "project/project_file.h"
 #include "project/shared_stuff.h"
-#include "tables/console.h"
 #include "tables/layouts_saver.h"
-#include "tables/text_file.h"
 
 #include <algorithm>
 #include <chrono>
@@ -20,8 +20,8 @@
 namespace lumbra::project {
 
 namespace fs = std::filesystem;
-using tables::NotificationType;
-using tables::printLine;
+using base::NotificationType;
+using base::printLine;
 
 namespace {
 
@@ -33,14 +33,14 @@ std::string join(const std::string& folder, const std::string& name) {
 double creationTime(const fs::path& path) {
     struct statx info {};
     if (::statx(AT_FDCWD, path.c_str(), 0, STATX_BTIME | STATX_MTIME, &info) != 0)
-        return nowSeconds();
+        return base::nowSeconds();
     const statx_timestamp& stamp = (info.stx_mask & STATX_BTIME) ? info.stx_btime : info.stx_mtime;
     return static_cast<double>(stamp.tv_sec) + stamp.tv_nsec / 1e9;
 }
 
 // A folder of its own in the temporary directory for each archive, so two archives in one run never meet.
 std::string newTemporaryFolder() {
-    return (fs::temp_directory_path() / ("lumbra-archive-" + makeUuid())).string();
+    return (fs::temp_directory_path() / ("lumbra-archive-" + base::makeUuid())).string();
 }
 
 } // namespace
@@ -168,7 +168,7 @@ bool ProjectSaver::saveMapPresets(const std::string&) {
 }
 
 bool ProjectSaver::saveDbs(const std::string& url, bool isCopy) {
-    db::DBSaver saver(url, sharedstuff);
+    project::DBSaver saver(url, sharedstuff);
     saver.isCopy = isCopy;
     return saver.saveAll(dbsToRemove, &sharedstuff.bufferedNotifications);
 }
@@ -201,7 +201,7 @@ bool ProjectSaver::writeProjectFiles(const std::string& folder) {
     }
     // The open bins are only a convenience of the next open: a failure to note them is no failed save.
     static_cast<void>(
-        tables::writeFileAtomically(join(folder, selectionListFileName), selectionListText(sharedstuff)));
+        base::writeFileAtomically(join(folder, selectionListFileName), selectionListText(sharedstuff)));
     return true;
 }
 
@@ -215,17 +215,17 @@ bool ProjectSaver::save() {
     }
     std::error_code ec;
     if (!fs::exists(fs::path(*path).parent_path(), ec)) {
-        const app::AlertRequest request{
+        const base::AlertRequest request{
             "Project path unreachable",
             "The project's path is not reachable. Do you want to choose the new project's path?",
-            app::AlertStyle::Warning,
+            base::AlertStyle::Warning,
             {"Proceed", "Cancel"},
             false};
         if (!s.interaction || s.interaction->alert(request).button != 0)
             return false;
         if (s.mainWindow)
             s.mainWindow->setFog(true);
-        const app::FolderRequest folderRequest{
+        const base::FolderRequest folderRequest{
             "Select parent folder where to save the project",
             {},
             "Project's path not reachable: please select new parent folder"};

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/saveable.h"
 #include "project/bins_tree_entry.h"
-#include "project/saveable.h"
 
 #include <ctime>
 #include <memory>
@@ -56,8 +56,8 @@ public:
     SharedStuff& sharedstuff; // does not own
     // Nodes the user deleted since the last save: their folders go at the next save.
     std::vector<TreeNode> entriesToRemove;
-    std::vector<std::shared_ptr<Saveable>> presetsToRemove;
-    std::vector<std::shared_ptr<Saveable>> dbsToRemove;
+    std::vector<std::shared_ptr<base::Saveable>> presetsToRemove;
+    std::vector<std::shared_ptr<base::Saveable>> dbsToRemove;
 
 private:
     bool writeProjectFiles(const std::string& folder);

@@ -1,20 +1,20 @@
 #include "project/shared_stuff.h"
 
+#include "base/console.h"
 #include "project/bin.h"
 #include "project/name_makers.h"
 #include "project/project_saver.h"
 #include "project/tag_trees.h"
 #include "tables/ale_table.h"
-#include "tables/console.h"
 
 #include <algorithm>
 #include <cstdio>
 
 namespace lumbra::project {
 
-using tables::printLine;
+using base::printLine;
 
-SharedStuff::SharedStuff(app::UserInteraction* interaction)
+SharedStuff::SharedStuff(base::UserInteraction* interaction)
     : bins(std::make_shared<BinsTreeEntry>("root", nullptr, std::vector<TreeNode>{}, this)),
       smartbins(std::make_shared<BinsTreeEntry>("smartbins", nullptr, std::vector<TreeNode>{}, this)),
       interaction(interaction), m_saver(std::make_unique<ProjectSaver>(*this)) {
@@ -135,11 +135,11 @@ bool SharedStuff::addJob(TarelJob job) {
     auto it = std::find_if(tareljobs.begin(), tareljobs.end(),
                            [&](const TarelJob& j) { return j.name == job.name; });
     if (it != tareljobs.end()) {
-        const app::AlertRequest request{"Delete Existing Job?",
-                                        "A job named " + job.name + " already exists. Overwrite it?",
-                                        app::AlertStyle::Warning,
-                                        {"Overwrite", "Cancel"},
-                                        false};
+        const base::AlertRequest request{"Delete Existing Job?",
+                                         "A job named " + job.name + " already exists. Overwrite it?",
+                                         base::AlertStyle::Warning,
+                                         {"Overwrite", "Cancel"},
+                                         false};
         // Without anyone to ask, an existing job is never overwritten.
         if (!interaction || interaction->alert(request).button != 0)
             return false;
@@ -163,7 +163,7 @@ void SharedStuff::projectChanged() {
 }
 
 void SharedStuff::addLog(const std::string& text, bool notify, const std::string& title,
-                         tables::NotificationType kind) {
+                         base::NotificationType kind) {
     if (mainWindow && interaction) {
         interaction->addLog(text, notify, title, kind);
         return;

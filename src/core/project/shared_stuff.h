@@ -1,13 +1,13 @@
 #pragma once
 
-#include "app/user_interaction.h"
+#include "base/notification.h"
+#include "base/saveable.h"
+#include "base/user_interaction.h"
 #include "project/bins_host.h"
 #include "project/bins_tree_entry.h"
-#include "project/saveable.h"
 #include "tables/ale_entry.h"
 #include "tables/columns_layout.h"
 #include "tables/list_sorter.h"
-#include "tables/notification.h"
 #include "tables/table_links.h"
 
 #include <ctime>
@@ -18,7 +18,7 @@
 #include <string_view>
 #include <vector>
 
-namespace lumbra::db {
+namespace lumbra::tables {
 class DBTable;
 }
 
@@ -71,7 +71,7 @@ struct TarelJob {
 class SharedStuff : public BinsHost, public tables::ProjectLink {
 public:
     // `interaction` does not own and may be null (no user: questions take their cancelling answer).
-    explicit SharedStuff(app::UserInteraction* interaction = nullptr);
+    explicit SharedStuff(base::UserInteraction* interaction = nullptr);
     ~SharedStuff() override;
     SharedStuff(const SharedStuff&) = delete;
     SharedStuff& operator=(const SharedStuff&) = delete;
@@ -111,8 +111,7 @@ public:
 
     // One line for the user: to the main window's log when it stands, else printed and (with
     // notify) buffered until flushBufferedNotifications().
-    void addLog(const std::string& text, bool notify, const std::string& title,
-                tables::NotificationType kind);
+    void addLog(const std::string& text, bool notify, const std::string& title, base::NotificationType kind);
 
     // The value of a project token of a clever string ("projname", "date", a user property...);
     // unset fields answer "", an unknown token nothing. Dates are those of `now`, in local time.
@@ -160,15 +159,15 @@ public:
     // The saved layouts, the standing layouts "Default", "Project Default", the last chosen
     // default and "System", the pinned columns and the width rules.
     tables::ProjectLayouts projectLayouts;
-    std::vector<std::shared_ptr<Saveable>> exportPresets;
-    std::vector<std::shared_ptr<Saveable>> reportPresets;
-    std::vector<std::shared_ptr<Saveable>> mapPresets;
+    std::vector<std::shared_ptr<base::Saveable>> exportPresets;
+    std::vector<std::shared_ptr<base::Saveable>> reportPresets;
+    std::vector<std::shared_ptr<base::Saveable>> mapPresets;
     TreeNode bins;
     TreeNode smartbins;
     TreeNode tagThreeWithSmartbins;
     TreeNode tagThreeWithoutSmartbins;
-    std::vector<std::shared_ptr<db::DBTable>> db;
-    std::vector<std::shared_ptr<Saveable>> pivottables;
+    std::vector<std::shared_ptr<tables::DBTable>> db;
+    std::vector<std::shared_ptr<base::Saveable>> pivottables;
     Bin* activeBin = nullptr;                    // does not own
     std::vector<SharedStuffDelegate*> delegates; // do not own; the main window is one of them
     std::optional<std::string> currentFolder;
@@ -182,8 +181,8 @@ public:
     int maxNBackup = 5;
     std::vector<std::string> columns;
     bool archiveOriginalData = true;
-    MainWindowLink* mainWindow = nullptr;        // does not own; absent until the window stands
-    app::UserInteraction* interaction = nullptr; // does not own
+    MainWindowLink* mainWindow = nullptr;         // does not own; absent until the window stands
+    base::UserInteraction* interaction = nullptr; // does not own
     std::vector<std::string> projectTags;
     bool saving_film_format = false;
     bool gang = false;
@@ -193,7 +192,7 @@ public:
     // Choices remembered while the project is open ("csvSeparator"); never stored, values as text.
     std::map<std::string, std::string> options;
     std::vector<Bin*> openthesebinsafterloading; // do not own
-    tables::Notifications bufferedNotifications;
+    base::Notifications bufferedNotifications;
     std::map<std::string, std::string> userDefinedProperties;
     std::vector<TarelJob> tareljobs;
     std::vector<tables::EntryPtr> copiedEntries;

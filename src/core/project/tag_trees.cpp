@@ -6,8 +6,9 @@ namespace lumbra::project {
 
 namespace {
 
-constexpr std::array<Tag, 7> allTags = {Tag::none,   Tag::red,  Tag::green, Tag::blue,
-                                        Tag::yellow, Tag::pink, Tag::purple};
+constexpr std::array<base::Tag, 7> allTags = {base::Tag::none,  base::Tag::red,    base::Tag::green,
+                                              base::Tag::blue,  base::Tag::yellow, base::Tag::pink,
+                                              base::Tag::purple};
 
 TreeNode makeGroup(std::string id) {
     return std::make_shared<BinsTreeEntry>(std::move(id), nullptr);
@@ -15,8 +16,8 @@ TreeNode makeGroup(std::string id) {
 
 TreeNode makeTree(bool withSmartbins) {
     auto root = makeGroup("Color Tags");
-    for (Tag tag : allTags) {
-        auto group = makeGroup(tagName(tag));
+    for (base::Tag tag : allTags) {
+        auto group = makeGroup(base::tagName(tag));
         if (withSmartbins)
             group->children.push_back(makeGroup("Smart Bins"));
         root->children.push_back(std::move(group));
@@ -26,7 +27,7 @@ TreeNode makeTree(bool withSmartbins) {
 }
 
 // The tag groups stand in the order of `Tag`, so the tag's number is the group's place.
-BinsTreeEntry& groupOf(BinsTreeEntry& tree, Tag tag) {
+BinsTreeEntry& groupOf(BinsTreeEntry& tree, base::Tag tag) {
     return *tree.children[static_cast<std::size_t>(tag)];
 }
 

@@ -1,7 +1,7 @@
+#include "base/console.h"
+#include "base/text_file.h"
+#include "base/text_helpers.h"
 #include "tables/ale_table.h"
-#include "tables/console.h"
-#include "tables/text_file.h"
-#include "tables/text_helpers.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -28,7 +28,7 @@ bool readsAs(std::string_view line, std::string_view word) {
         if (same)
             return true;
     }
-    return !isAscii(core) && lowercased(core) == word;
+    return !base::isAscii(core) && base::lowercased(core) == word;
 }
 
 // Removes every double quote and returns where each line starts: a line feed between quotes
@@ -57,7 +57,7 @@ std::vector<std::size_t> stripQuotesAndSplit(std::string& text) {
 
 } // namespace
 
-ALETable::ALETable(const std::string& path, Notifications* notifications) {
+ALETable::ALETable(const std::string& path, base::Notifications* notifications) {
     readFile(path, notifications);
 }
 
@@ -69,25 +69,25 @@ ALETable ALETable::fromText(std::string text, std::string tablename) {
     return table;
 }
 
-void ALETable::readFile(const std::string& path, Notifications* notifications) {
+void ALETable::readFile(const std::string& path, base::Notifications* notifications) {
     namespace fs = std::filesystem;
     state = false;
     std::error_code ec;
     auto status = fs::status(path, ec);
     if (ec || !fs::exists(status)) {
-        printLine("file " + path + " does not exist");
+        base::printLine("file " + path + " does not exist");
         return;
     }
     if (fs::is_directory(status)) {
-        printLine(path + " is a directory");
+        base::printLine(path + " is a directory");
         return;
     }
-    auto parts = tokenise(path, "/");
+    auto parts = base::tokenise(path, "/");
     // A name shorter than its four-character suffix leaves no name at all.
-    tablename = dropLastCharacters(parts.back(), 4);
-    auto text = readTextFile(path, notifications);
+    tablename = base::dropLastCharacters(parts.back(), 4);
+    auto text = base::readTextFile(path, notifications);
     if (!text) {
-        printLine("error while opening " + path);
+        base::printLine("error while opening " + path);
         return;
     }
     parseText(std::move(*text));
@@ -116,7 +116,7 @@ void ALETable::parseText(std::string text) {
     };
 
     if (!readsAs(line(0), "heading")) {
-        printLine("ERROR: file is missing heading");
+        base::printLine("ERROR: file is missing heading");
         return;
     }
     std::size_t i = 1;
@@ -127,25 +127,25 @@ void ALETable::parseText(std::string text) {
 
     separator = '\t';
     if (!field_delim) {
-        printLine("WARNING: field delimiter not specified, assuming TABS");
+        base::printLine("WARNING: field delimiter not specified, assuming TABS");
         field_delim = "TABS";
-    } else if (uppercased(*field_delim) != "TABS") {
-        printLine("WARNING: field delimiter '" + *field_delim + "' unknown, using TABS instead");
+    } else if (base::uppercased(*field_delim) != "TABS") {
+        base::printLine("WARNING: field delimiter '" + *field_delim + "' unknown, using TABS instead");
         field_delim = "TABS";
     }
 
     if (i >= lineCount) {
-        printLine("ERROR: file is missing the Column line");
+        base::printLine("ERROR: file is missing the Column line");
         return;
     }
     if (i + 1 >= lineCount) {
-        printLine("ERROR: file is missing the line of column names");
+        base::printLine("ERROR: file is missing the line of column names");
         return;
     }
     std::string_view columnsLine = line(i + 1);
     std::string sep(1, separator);
-    std::string trimmed = trimRight(trimLeft(columnsLine, " \t" + sep), " \t" + sep);
-    for (auto& token : tokenise(trimmed, sep)) {
+    std::string trimmed = base::trimRight(base::trimLeft(columnsLine, " \t" + sep), " \t" + sep);
+    for (auto& token : base::tokenise(trimmed, sep)) {
         std::string base = token.empty() ? "NoName" : token;
         std::string name = base;
         for (int n = 2; hasColumn(name); ++n)
@@ -161,7 +161,7 @@ void ALETable::parseText(std::string text) {
         while (k < lineCount && !readsAs(line(k), "data"))
             ++k;
         if (k >= lineCount) {
-            printLine("ERROR: file is missing the Data line");
+            base::printLine("ERROR: file is missing the Data line");
             return;
         }
         dataLine = k + 1;
@@ -250,11 +250,11 @@ std::size_t ALETable::endOfField(std::size_t from) const {
 }
 
 void ALETable::parseHeadingLine(std::string_view line) {
-    std::string trimmed = trimRight(trimLeft(line, " \n"), " \n");
-    auto tokens = tokenise(trimmed, " \t");
+    std::string trimmed = base::trimRight(base::trimLeft(line, " \n"), " \n");
+    auto tokens = base::tokenise(trimmed, " \t");
     if (tokens.size() < 2)
         return;
-    std::string key = uppercased(tokens[0]);
+    std::string key = base::uppercased(tokens[0]);
     auto joinedValue = [&] {
         std::string v = tokens[1];
         for (std::size_t k = 2; k < tokens.size(); ++k)

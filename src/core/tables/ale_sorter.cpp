@@ -1,6 +1,6 @@
 #include "tables/ale_sorter.h"
 
-#include "tables/text_order.h"
+#include "base/text_order.h"
 
 #include <numeric>
 
@@ -18,10 +18,10 @@ ALESorter::ALESorter(const std::vector<EntryPtr>& data, std::vector<std::string>
             const std::string* v = key ? row->data().find(*key) : nullptr;
             if (!v) {
                 keys.emplace_back();
-            } else if (isSortKey(*v)) {
+            } else if (base::isSortKey(*v)) {
                 keys.emplace_back(*v);
             } else {
-                keys.emplace_back(m_normalised.emplace_back(sortKey(*v)));
+                keys.emplace_back(m_normalised.emplace_back(base::sortKey(*v)));
             }
         }
     }

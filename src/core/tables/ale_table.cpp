@@ -1,8 +1,8 @@
 #include "tables/ale_table.h"
 
+#include "base/console.h"
+#include "base/text_helpers.h"
 #include "tables/ale_sorter.h"
-#include "tables/console.h"
-#include "tables/text_helpers.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -165,7 +165,7 @@ bool ALETable::swapColumns(const std::string& a, const std::string& b) {
 std::optional<long> ALETable::moveColumn(long from, long to) {
     auto n = static_cast<long>(cols.size());
     if (from < 0 || from >= n) {
-        printLine("ERROR: index out of bound: " + std::to_string(from));
+        base::printLine("ERROR: index out of bound: " + std::to_string(from));
         return std::nullopt;
     }
     long at = from;
@@ -191,13 +191,13 @@ std::optional<std::pair<std::string, std::string>> ALETable::renameColumn(const 
                                                                           const std::string& newName) {
     long i = columnIndex(oldName);
     if (i < 0) {
-        printLine("ERROR: " + oldName + " is not a column of this ALEtable " + tablename);
+        base::printLine("ERROR: " + oldName + " is not a column of this ALEtable " + tablename);
         return std::nullopt;
     }
     if (oldName == newName)
         return std::pair{oldName, newName};
     if (hasColumn(newName)) {
-        printLine("ERROR: there is another column named " + newName);
+        base::printLine("ERROR: there is another column named " + newName);
         return std::nullopt;
     }
     cols[static_cast<std::size_t>(i)] = newName;
@@ -219,7 +219,7 @@ int ALETable::updateEntry(const RowData& incoming, const std::vector<std::string
                           const std::map<std::string, std::string>& columnMap,
                           const std::map<std::string, bool>& priorities) {
     if (priorities.size() != incoming.size()) {
-        printLine(
+        base::printLine(
             "ERROR: cannot update entry as the priorities array has a number of entries different from the "
             "number of columns");
         return -1;
@@ -308,8 +308,8 @@ bool ALETable::remapColumns(const std::map<std::string, std::string>& mapping) {
     for (const auto& [from, to] : working) {
         auto [it, fresh] = byTarget.emplace(to, from);
         if (!fresh) {
-            printLine("ERROR: trying to remap both '" + it->second + "' and '" + from + "' to '" + to +
-                      "'. Remapping cancelled.");
+            base::printLine("ERROR: trying to remap both '" + it->second + "' and '" + from + "' to '" + to +
+                            "'. Remapping cancelled.");
             return false;
         }
     }
@@ -377,14 +377,14 @@ ALECompareResult ALETable::compare(const ALETable& other, const std::vector<std:
 }
 
 bool ALETable::canDeriveTimecodes(const std::string& a, const std::string& b, const std::string& c) const {
-    auto rate = fps ? parseDecimal(*fps) : std::nullopt;
+    auto rate = fps ? base::parseDecimal(*fps) : std::nullopt;
     if (!rate || *rate < 1.0)
         return false;
     for (const auto& row : data) {
         int usable = 0;
         for (const auto* name : {&a, &b, &c}) {
             const std::string* v = row->data().find(*name);
-            if (v && parseTimecode(*v))
+            if (v && base::parseTimecode(*v))
                 ++usable;
         }
         if (usable < 2)

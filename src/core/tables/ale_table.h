@@ -1,8 +1,8 @@
 #pragma once
 
+#include "base/notification.h"
 #include "tables/ale_compare_result.h"
 #include "tables/ale_entry.h"
-#include "tables/notification.h"
 
 #include <map>
 #include <memory>
@@ -21,7 +21,7 @@ public:
     // The empty table.
     ALETable();
     // Reads an ALE file; the result is always a table and `state` tells whether it is good.
-    explicit ALETable(const std::string& path, Notifications* notifications = nullptr);
+    explicit ALETable(const std::string& path, base::Notifications* notifications = nullptr);
     virtual ~ALETable();
 
     // A move re-points the rows' back links; copies are explicit, through copy().
@@ -116,7 +116,7 @@ public:
 
 protected:
     explicit ALETable(bool ownsRows) : m_ownsRows(ownsRows) {}
-    void readFile(const std::string& path, Notifications* notifications);
+    void readFile(const std::string& path, base::Notifications* notifications);
     void parseText(std::string text);
     void copyInto(ALETable& clone, bool keepSharedStuff) const;
 

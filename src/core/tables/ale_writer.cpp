@@ -1,6 +1,6 @@
+#include "base/console.h"
+#include "base/text_file.h"
 #include "tables/ale_table.h"
-#include "tables/console.h"
-#include "tables/text_file.h"
 
 #include <filesystem>
 
@@ -56,7 +56,7 @@ bool makeParentFolder(const std::string& path, const std::string& message) {
     std::error_code ec;
     std::filesystem::create_directories(folder, ec);
     if (ec || !std::filesystem::is_directory(folder, ec)) {
-        printLine(message + folder);
+        base::printLine(message + folder);
         return false;
     }
     return true;
@@ -66,7 +66,7 @@ bool makeParentFolder(const std::string& path, const std::string& message) {
 bool refusedOverwrite(const std::string& path, bool overwrite) {
     std::error_code ec;
     if (std::filesystem::exists(path, ec) && !overwrite) {
-        printLine("ERROR: file exists, but overwrite is set to false");
+        base::printLine("ERROR: file exists, but overwrite is set to false");
         return true;
     }
     return false;
@@ -75,8 +75,8 @@ bool refusedOverwrite(const std::string& path, bool overwrite) {
 bool saveText(const std::string& path, const std::string& text, const std::string& folderMessage) {
     if (!makeParentFolder(path, folderMessage))
         return false;
-    if (!writeFileAtomically(path, text)) {
-        printLine("ERROR while saving file " + path);
+    if (!base::writeFileAtomically(path, text)) {
+        base::printLine("ERROR while saving file " + path);
         return false;
     }
     return true;

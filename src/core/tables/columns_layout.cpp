@@ -1,9 +1,9 @@
 #include "tables/columns_layout.h"
 
-#include "tables/console.h"
-#include "tables/text_file.h"
-#include "tables/text_helpers.h"
-#include "tables/text_order.h"
+#include "base/console.h"
+#include "base/text_file.h"
+#include "base/text_helpers.h"
+#include "base/text_order.h"
 
 #include <algorithm>
 #include <charconv>
@@ -43,7 +43,7 @@ std::string formatWidth(double width) {
             return out;
         }
     }
-    return project::formatDecimal(width);
+    return base::formatDecimal(width);
 }
 
 // A width that a 32-bit number can hold; infinities and "nan" are refused, as no column is drawn so.
@@ -75,7 +75,7 @@ std::vector<std::string_view> tabParts(std::string_view line) {
 }
 
 bool endsWithLayoutSuffix(const fs::path& path) {
-    return lowercased(path.filename().string()).ends_with(ColumnsLayout::fileSuffix);
+    return base::lowercased(path.filename().string()).ends_with(ColumnsLayout::fileSuffix);
 }
 
 } // namespace
@@ -124,23 +124,24 @@ std::string ColumnsLayout::folderName() {
     return diskName(name) + " - " + uuid();
 }
 
-bool ColumnsLayout::save(const std::string& folder, bool isCopy, Notifications* notifications) {
-    printLine("saving layout " + name);
+bool ColumnsLayout::save(const std::string& folder, bool isCopy, base::Notifications* notifications) {
+    base::printLine("saving layout " + name);
     if (!Saveable::save(folder, isCopy, notifications))
         return false;
     std::string path = (fs::path(folder) / fileName()).string();
     auto fail = [&](const std::string& printed) {
-        printLine(printed);
+        base::printLine(printed);
         // The base save marked the layout saved, yet the disk does not hold it: the next save retries.
         if (!isCopy)
             hasChanged = true;
         if (notifications)
-            notifications->emplace_back("Error saving layout", "Error saving " + path, NotificationType::KO);
+            notifications->emplace_back("Error saving layout", "Error saving " + path,
+                                        base::NotificationType::KO);
         return false;
     };
     std::string text = layoutText();
     // A file that already says the same is left alone, so an unchanged layout keeps its file's time.
-    if (readFileBytes(path) != text && !writeFileAtomically(path, text))
+    if (base::readFileBytes(path) != text && !base::writeFileAtomically(path, text))
         return fail("Error saving " + path);
     // A rename leaves the old name's file behind and a load takes the first in the listing, so only
     // the file just written may stay; one that cannot be removed fails the save.
@@ -155,19 +156,19 @@ bool ColumnsLayout::save(const std::string& folder, bool isCopy, Notifications* 
     return true;
 }
 
-bool ColumnsLayout::load(const std::string& folder, Notifications* notifications) {
+bool ColumnsLayout::load(const std::string& folder, base::Notifications* notifications) {
     if (!Saveable::load(folder, notifications))
         return false;
     columns.clear();
     // Widths belong to the columns just read; none from an earlier content may linger.
     colwidths.clear();
     std::optional<std::string> text;
-    if (auto file = project::findFile(folder, fileSuffix, notifications, true))
-        text = readTextFile(*file, notifications);
+    if (auto file = base::findFile(folder, fileSuffix, notifications, true))
+        text = base::readTextFile(*file, notifications);
     if (!text) {
         if (notifications)
             notifications->emplace_back("Error loading layout", "Error reading layout in " + folder,
-                                        NotificationType::WARNING);
+                                        base::NotificationType::WARNING);
         return false;
     }
     readLayoutText(*text);
@@ -177,7 +178,7 @@ bool ColumnsLayout::load(const std::string& folder, Notifications* notifications
 void ColumnsLayout::readLayoutText(std::string_view text) {
     columns.clear();
     colwidths.clear();
-    auto lines = tokenise(text, "\n");
+    auto lines = base::tokenise(text, "\n");
     name = lines.front();
     columns.reserve(lines.size() - 1);
     for (std::size_t i = 1; i < lines.size(); ++i) {
@@ -221,7 +222,7 @@ std::string ProjectLayouts::uniqueLayoutName(std::string_view base) const {
 }
 
 std::string ProjectLayouts::layoutNamed(const std::vector<std::string>& columns,
-                                        Notifications* notifications) {
+                                        base::Notifications* notifications) {
     std::unordered_set<std::string_view> wanted(columns.begin(), columns.end());
     for (const auto& layout : layouts) {
         if (layout->columns.size() == columns.size() &&
@@ -236,9 +237,9 @@ std::string ProjectLayouts::layoutNamed(const std::vector<std::string>& columns,
     layouts.push_back(std::move(layout));
     sortLayouts();
     std::string message = "Automatically created layout " + name + " with columns: " + printedList(columns);
-    printLine(message);
+    base::printLine(message);
     if (notifications)
-        notifications->emplace_back("Layout Added", message, NotificationType::WARNING);
+        notifications->emplace_back("Layout Added", message, base::NotificationType::WARNING);
     return name;
 }
 
@@ -246,7 +247,7 @@ void ProjectLayouts::sortLayouts() {
     std::vector<std::pair<std::string, std::shared_ptr<ColumnsLayout>>> keyed;
     keyed.reserve(layouts.size());
     for (auto& layout : layouts)
-        keyed.emplace_back(sortKey(layout->name), std::move(layout));
+        keyed.emplace_back(base::sortKey(layout->name), std::move(layout));
     std::stable_sort(keyed.begin(), keyed.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
     for (std::size_t i = 0; i < keyed.size(); ++i)

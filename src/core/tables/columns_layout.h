@@ -1,7 +1,7 @@
 #pragma once
 
-#include "project/saveable.h"
-#include "tables/notification.h"
+#include "base/notification.h"
+#include "base/saveable.h"
 
 #include <array>
 #include <map>
@@ -22,17 +22,17 @@ inline constexpr double defaultColumnsFixedWidth = 100.0;
 // Which columns a bin shows, in which order, and how wide. A table keeps all its columns;
 // a layout only selects, and may name columns a table does not have.
 // On disk a folder `<name> - <uuid>` with `lumbra_details` and `<name>.layout`.
-class ColumnsLayout : public project::Saveable {
+class ColumnsLayout : public base::Saveable {
 public:
     explicit ColumnsLayout(std::string name);
     ColumnsLayout(std::string name, std::vector<std::string> columns);
 
     // Base save, then `<name>.layout` written whole; false with a message and an
     // "Error saving layout" notification when the file cannot be written.
-    bool save(const std::string& folder, bool isCopy, Notifications* notifications) override;
+    bool save(const std::string& folder, bool isCopy, base::Notifications* notifications) override;
     // Base load, then the first `.layout` file of the folder; false with an "Error loading layout"
     // notification when there is none or it cannot be read (the layout is then left empty).
-    bool load(const std::string& folder, Notifications* notifications) override;
+    bool load(const std::string& folder, base::Notifications* notifications) override;
 
     // Equal columns in equal order; the name and the widths play no part.
     [[nodiscard]] bool operator==(const ColumnsLayout& other) const { return columns == other.columns; }
@@ -78,7 +78,7 @@ public:
     // The name of the first saved layout holding exactly these columns in any order; otherwise a
     // new saved layout "Lay_NN" with them (and "Lumbra_Color_Tag"), logged with a "Layout Added"
     // notification.
-    std::string layoutNamed(const std::vector<std::string>& columns, Notifications* notifications);
+    std::string layoutNamed(const std::vector<std::string>& columns, base::Notifications* notifications);
     // By name in the program's text order, smallest first; equal names keep their order.
     void sortLayouts();
 

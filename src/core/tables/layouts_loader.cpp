@@ -1,6 +1,6 @@
 #include "tables/layouts_loader.h"
 
-#include "tables/text_helpers.h"
+#include "base/text_helpers.h"
 
 #include <filesystem>
 
@@ -14,7 +14,7 @@ bool LayoutsLoader::isLayoutFolder(const std::string& url) {
     if (ec)
         return false;
     for (const auto& entry : it) {
-        std::string lower = lowercased(entry.path().filename().string());
+        std::string lower = base::lowercased(entry.path().filename().string());
         if (lower.ends_with(ColumnsLayout::fileSuffix))
             return true;
     }
@@ -22,7 +22,7 @@ bool LayoutsLoader::isLayoutFolder(const std::string& url) {
 }
 
 std::shared_ptr<ColumnsLayout> LayoutsLoader::loadLayout(const std::string& url,
-                                                         Notifications* notifications) const {
+                                                         base::Notifications* notifications) const {
     if (!isLayoutFolder(url))
         return nullptr;
     auto layout = std::make_shared<ColumnsLayout>("");
@@ -30,7 +30,7 @@ std::shared_ptr<ColumnsLayout> LayoutsLoader::loadLayout(const std::string& url,
     return layout;
 }
 
-LayoutList LayoutsLoader::loadAll(Notifications* notifications) const {
+LayoutList LayoutsLoader::loadAll(base::Notifications* notifications) const {
     LayoutList layouts;
     std::error_code ec;
     fs::directory_iterator it(m_baseUrl, ec);

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/notification.h"
 #include "tables/columns_layout.h"
-#include "tables/notification.h"
 
 #include <memory>
 #include <string>
@@ -18,10 +18,10 @@ public:
     // Null for a folder that is no layout folder; otherwise the loaded layout, even when the load
     // failed (then with an empty name and no columns, and the notifications saying why).
     [[nodiscard]] std::shared_ptr<ColumnsLayout> loadLayout(const std::string& url,
-                                                            Notifications* notifications) const;
+                                                            base::Notifications* notifications) const;
     // Every layout folder under the base, in listing order; empty, without a message, when the
     // base cannot be listed.
-    [[nodiscard]] LayoutList loadAll(Notifications* notifications) const;
+    [[nodiscard]] LayoutList loadAll(base::Notifications* notifications) const;
 
     [[nodiscard]] const std::string& baseUrl() const noexcept { return m_baseUrl; }
 

@@ -1,7 +1,7 @@
 #include "tables/layouts_saver.h"
 
-#include "project/saveable.h"
-#include "tables/console.h"
+#include "base/console.h"
+#include "base/saveable.h"
 
 #include <filesystem>
 #include <unordered_map>
@@ -17,7 +17,7 @@ namespace {
 class FolderIndex {
 public:
     FolderIndex(const std::string& base, std::vector<std::string>* direct)
-        : m_folders(project::folderIndex(base, direct)) {}
+        : m_folders(base::folderIndex(base, direct)) {}
 
     [[nodiscard]] std::optional<std::string> find(const std::string& uuid) const {
         auto it = m_folders.find(uuid);
@@ -47,13 +47,13 @@ std::vector<std::string> LayoutsSaver::folderUuids() const {
         std::error_code typeError;
         if (!entry.is_directory(typeError))
             continue;
-        if (auto uuid = project::readDetailsLine(entry.path().string(), 1))
+        if (auto uuid = base::readDetailsLine(entry.path().string(), 1))
             uuids.push_back(std::move(*uuid));
     }
     return uuids;
 }
 
-bool LayoutsSaver::saveAll(Notifications* notifications) {
+bool LayoutsSaver::saveAll(base::Notifications* notifications) {
     std::vector<std::string> onDisk;
     FolderIndex index(m_baseUrl, &onDisk);
     bool result = true;
@@ -65,15 +65,15 @@ bool LayoutsSaver::saveAll(Notifications* notifications) {
         std::string path = (fs::path(m_baseUrl) / layout->folderName()).string();
         auto old = index.find(uuid);
         if (old && *old != path) {
-            printLine("moving " + *old + " to " + path);
+            base::printLine("moving " + *old + " to " + path);
             std::error_code ec;
             fs::rename(*old, path, ec);
             if (ec) {
                 std::string where = layout->name + " from " + *old + " to " + path;
-                printLine("ERROR moving folder for " + where);
+                base::printLine("ERROR moving folder for " + where);
                 if (notifications)
                     notifications->emplace_back("Moving error", "Error moving folder for " + where,
-                                                NotificationType::KO);
+                                                base::NotificationType::KO);
                 result = false;
             } else {
                 index.set(uuid, path);
@@ -94,13 +94,13 @@ bool LayoutsSaver::saveAll(Notifications* notifications) {
         auto folder = index.find(uuid);
         // Two folders with one uuid: the first is gone already, so search again for the next.
         if (folder && removed.contains(*folder))
-            folder = project::findFolder(uuid, m_baseUrl);
+            folder = base::findFolder(uuid, m_baseUrl);
         if (!folder)
             continue;
         std::error_code ec;
         fs::remove_all(*folder, ec);
         if (ec)
-            printLine("ERROR removing " + *folder);
+            base::printLine("ERROR removing " + *folder);
         else
             removed.insert(*folder);
     }

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/notification.h"
 #include "tables/columns_layout.h"
-#include "tables/notification.h"
 
 #include <string>
 #include <string_view>
@@ -22,7 +22,7 @@ public:
 
     // Saves what changed, moves renamed folders, removes folders of layouts gone from the list.
     // False when a folder could not be moved or a layout could not be saved; the rest is still done.
-    bool saveAll(Notifications* notifications);
+    bool saveAll(base::Notifications* notifications);
     // The uuids of the folders directly under the base, in listing order; folders without one left out.
     [[nodiscard]] std::vector<std::string> folderUuids() const;
 

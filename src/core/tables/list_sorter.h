@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tables/text_helpers.h"
-#include "tables/text_order.h"
+#include "base/text_helpers.h"
+#include "base/text_order.h"
 
 #include <numeric>
 #include <string>
@@ -14,7 +14,7 @@ template <typename T> int threeWay(const T& a, const T& b) {
     return a < b ? -1 : (b < a ? 1 : 0);
 }
 template <> inline int threeWay<std::string>(const std::string& a, const std::string& b) {
-    return compareText(a, b);
+    return base::compareText(a, b);
 }
 
 // Sorts a plain list with the merge sort and sense of ALESorter (`ascending` false: smallest first).
@@ -95,7 +95,8 @@ public:
 
 protected:
     [[nodiscard]] int compareValues(const std::string& a, const std::string& b) const override {
-        return m_caseSensitive ? compareText(a, b) : compareText(lowercased(a), lowercased(b));
+        return m_caseSensitive ? base::compareText(a, b)
+                               : base::compareText(base::lowercased(a), base::lowercased(b));
     }
 
 private:
@@ -151,7 +152,8 @@ public:
 
 protected:
     [[nodiscard]] int compareValues(const std::string& a, const std::string& b) const override {
-        return caseSensitive ? compareText(a, b) : compareText(lowercased(a), lowercased(b));
+        return caseSensitive ? base::compareText(a, b)
+                             : base::compareText(base::lowercased(a), base::lowercased(b));
     }
 };
 

@@ -1,8 +1,8 @@
 #include "binbox/bin_table_model.h"
 
+#include "base/console.h"
 #include "project/bin.h"
 #include "qt_text.h"
-#include "tables/console.h"
 
 #include <QColor>
 #include <QFont>
@@ -79,9 +79,8 @@ int BinTableModel::columnCount(const QModelIndex& parent) const {
 
 void BinTableModel::reportRowOutOfRange(int row) const {
     const tables::ALETable* table = m_bin.table();
-    tables::printLine("ERROR: bin " + m_bin.displayName() + " (" +
-                      (table ? table->tablename : std::string()) + ") asked for row " + std::to_string(row) +
-                      ", which is out of bounds");
+    base::printLine("ERROR: bin " + m_bin.displayName() + " (" + (table ? table->tablename : std::string()) +
+                    ") asked for row " + std::to_string(row) + ", which is out of bounds");
 }
 
 QVariant BinTableModel::data(const QModelIndex& index, int role) const {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tables/notification.h"
+#include "base/notification.h"
 
 class QWidget;
 
@@ -22,7 +22,7 @@ public:
     // The box became the active one (the previous one has already drawn itself inactive).
     virtual void boxActivated(BinBox& box) {}
     // A message for the notifications box ("Ordered").
-    virtual void showNotification(const tables::NotificationData& notification) = 0;
+    virtual void showNotification(const base::NotificationData& notification) = 0;
 };
 
 } // namespace lumbra::shell

@@ -1,7 +1,7 @@
 #include "chain/chainable_view_controller.h"
 
+#include "base/console.h"
 #include "chain/chainable_master.h"
-#include "tables/console.h"
 
 namespace lumbra::shell {
 
@@ -17,15 +17,14 @@ void ChainableViewController::receive(const ChainableInput& input) {
 }
 
 std::unique_ptr<ChainableViewController> ChainableViewController::createNext() {
-    tables::printLine(
+    base::printLine(
         "called createNext from class ChainableViewController. Did you forget to override the function?");
     return std::make_unique<ChainableViewController>();
 }
 
 void ChainableViewController::receiveBack(const ChainableInput&) {
-    tables::printLine(
-        "called receiveBack() on superclass \"ChainableViewController\". It is likely that this "
-        "behavior is not desired. Did you forget to override the method?");
+    base::printLine("called receiveBack() on superclass \"ChainableViewController\". It is likely that this "
+                    "behavior is not desired. Did you forget to override the method?");
 }
 
 void ChainableViewController::sendBack(const ChainableInput& input) {

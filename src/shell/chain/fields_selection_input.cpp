@@ -1,8 +1,8 @@
 #include "chain/fields_selection_input.h"
 
+#include "base/console.h"
 #include "chain/single_input_view_controller.h"
 #include "project/shared_stuff.h"
-#include "tables/console.h"
 
 #include <QComboBox>
 #include <QGridLayout>
@@ -120,7 +120,7 @@ void FieldsSelectionInput::reloadLists() {
 
 void FieldsSelectionInput::selectionChanged() {
     reloadLists();
-    tables::printLine(m_selection.fieldsListLine());
+    base::printLine(m_selection.fieldsListLine());
     if (m_delegate) {
         m_delegate(m_selection.selectedColumns);
     }

@@ -1,9 +1,9 @@
 #include "chain/picker_popup.h"
 
 #include "app/fields_selection.h"
-#include "db/db_table.h"
+#include "base/console.h"
 #include "project/shared_stuff.h"
-#include "tables/console.h"
+#include "tables/db_table.h"
 
 #include <QApplication>
 #include <QCursor>
@@ -162,7 +162,7 @@ void DBSetter::setup(project::SharedStuff& sharedstuff, DBSettable* caller, int 
     m_databases.clear();
     std::vector<std::string> names;
     for (const auto& saveable : sharedstuff.db) {
-        if (auto database = std::dynamic_pointer_cast<db::DBTable>(saveable)) {
+        if (auto database = std::dynamic_pointer_cast<tables::DBTable>(saveable)) {
             names.push_back(database->name);
             m_databases.push_back(std::move(database));
         }
@@ -184,12 +184,12 @@ void DBSetter::loadFromFile() {
     if (path.isEmpty()) {
         return;
     }
-    std::shared_ptr<db::DBTable> database;
+    std::shared_ptr<tables::DBTable> database;
     if (databaseReader()) {
         database = databaseReader()(path.toStdString());
     }
     if (!database) {
-        tables::printLine("Cannot read a database from " + path.toStdString());
+        base::printLine("Cannot read a database from " + path.toStdString());
         return;
     }
     if (m_dbsettableViewController) {

@@ -110,7 +110,7 @@ class DBSetter : public ListPicker {
 
 public:
     // Reads a file as a database; null when it cannot.
-    using DatabaseReader = std::function<std::shared_ptr<db::DBTable>(const std::string& path)>;
+    using DatabaseReader = std::function<std::shared_ptr<tables::DBTable>(const std::string& path)>;
 
     explicit DBSetter(QWidget* parent = nullptr);
     void setup(project::SharedStuff& sharedstuff, DBSettable* caller, int tag);
@@ -126,7 +126,7 @@ private:
     project::SharedStuff* m_sharedstuff = nullptr; // does not own
     DBSettable* m_dbsettableViewController = nullptr;
     int m_rettag = 0;
-    std::vector<std::shared_ptr<db::DBTable>> m_databases;
+    std::vector<std::shared_ptr<tables::DBTable>> m_databases;
 };
 
 } // namespace lumbra::shell

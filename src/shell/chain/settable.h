@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace lumbra::db {
+namespace lumbra::tables {
 class DBTable;
 }
 
@@ -37,7 +37,7 @@ public:
 class DBSettable {
 public:
     virtual ~DBSettable() = default;
-    virtual void setDB(const std::shared_ptr<db::DBTable>& database, int tag) = 0;
+    virtual void setDB(const std::shared_ptr<tables::DBTable>& database, int tag) = 0;
 };
 
 class BinTreeEntriesSettable {

@@ -6,9 +6,9 @@
 #include "db/db_import.h"
 #include "db/db_panel_models.h"
 #include "db/db_panel_views.h"
-#include "db/db_table.h"
 #include "main_window.h"
 #include "project/shared_stuff.h"
+#include "tables/db_table.h"
 
 #include <QFileDialog>
 #include <QLabel>
@@ -133,7 +133,7 @@ void DatabasePanel::reload() {
     if (!m_listModel) {
         return;
     }
-    const std::shared_ptr<db::DBTable> keep = m_selectedTable;
+    const std::shared_ptr<tables::DBTable> keep = m_selectedTable;
     m_listModel->reload();
     int index = -1;
     if (keep) {
@@ -200,7 +200,7 @@ void DatabasePanel::addDatabases(const std::vector<std::string>& paths) {
     if (!sharedstuff() || paths.empty()) {
         return;
     }
-    const std::vector<db::DBTable*> added = db::addDatabases(*sharedstuff(), paths);
+    const std::vector<tables::DBTable*> added = db::addDatabases(*sharedstuff(), paths);
     reload();
     if (!added.empty()) {
         changed();
@@ -275,7 +275,7 @@ void DatabasePanel::perform(DBCommand command, int index) {
     if (!project) {
         return;
     }
-    const std::shared_ptr<db::DBTable> listed = m_listModel->table(index);
+    const std::shared_ptr<tables::DBTable> listed = m_listModel->table(index);
     switch (command) {
     case DBCommand::addDatabase:
         chooseDatabaseFiles();
@@ -326,7 +326,7 @@ void DatabasePanel::runColumnTool(DBCommand command, int section) {
     if (!m_selectedTable || column.empty()) {
         return;
     }
-    db::DBTable& table = *m_selectedTable;
+    tables::DBTable& table = *m_selectedTable;
     switch (command) {
     case DBCommand::inferPath:
         db::inferPath(table, column);
@@ -352,7 +352,7 @@ void DatabasePanel::runColumnTool(DBCommand command, int section) {
 }
 
 void DatabasePanel::createBin(int index) {
-    const std::shared_ptr<db::DBTable> table = m_listModel->table(index);
+    const std::shared_ptr<tables::DBTable> table = m_listModel->table(index);
     if (!table) {
         return;
     }

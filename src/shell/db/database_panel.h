@@ -12,7 +12,7 @@
 class QLabel;
 class QMenu;
 
-namespace lumbra::db {
+namespace lumbra::tables {
 class DBTable;
 }
 
@@ -77,7 +77,7 @@ public:
 
     [[nodiscard]] DBPanelList* dbList() const noexcept { return m_dbList; }
     [[nodiscard]] DBPanelDisplay* displayTable() const noexcept { return m_displayTable; }
-    [[nodiscard]] const std::shared_ptr<db::DBTable>& selectedTable() const noexcept {
+    [[nodiscard]] const std::shared_ptr<tables::DBTable>& selectedTable() const noexcept {
         return m_selectedTable;
     }
     [[nodiscard]] int selectedIndex() const noexcept { return m_selectedIndex; }
@@ -97,7 +97,7 @@ private:
     DBPanelDisplay* m_displayTable = nullptr;
     DBHeaderView* m_header = nullptr;
     QWidget* m_instructionsView = nullptr;
-    std::shared_ptr<db::DBTable> m_selectedTable;
+    std::shared_ptr<tables::DBTable> m_selectedTable;
     int m_selectedIndex = -1;
     // Widths set while the display is rebuilt are the rule's, not the user's.
     bool m_applyingWidths = false;

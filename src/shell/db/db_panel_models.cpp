@@ -1,8 +1,8 @@
 #include "db/db_panel_models.h"
 
 #include "db/db_editing.h"
-#include "db/db_table.h"
 #include "project/shared_stuff.h"
+#include "tables/db_table.h"
 
 #include <QIcon>
 
@@ -17,7 +17,7 @@ int DatabasesListModel::rowCount(const QModelIndex& parent) const {
 }
 
 QVariant DatabasesListModel::data(const QModelIndex& index, int role) const {
-    const std::shared_ptr<db::DBTable> database = table(index.row());
+    const std::shared_ptr<tables::DBTable> database = table(index.row());
     if (!index.isValid() || !database) {
         return {};
     }
@@ -32,7 +32,7 @@ QVariant DatabasesListModel::data(const QModelIndex& index, int role) const {
     }
 }
 
-std::shared_ptr<db::DBTable> DatabasesListModel::table(int row) const {
+std::shared_ptr<tables::DBTable> DatabasesListModel::table(int row) const {
     if (row < 0 || static_cast<std::size_t>(row) >= m_sharedstuff.db.size()) {
         return nullptr;
     }
@@ -61,7 +61,7 @@ QVariant DatabaseTableModel::data(const QModelIndex& index, int role) const {
         (role != Qt::DisplayRole && role != Qt::EditRole && role != Qt::ToolTipRole)) {
         return {};
     }
-    const db::DBEntry& entry = m_table->data[static_cast<std::size_t>(index.row())];
+    const tables::DBEntry& entry = m_table->data[static_cast<std::size_t>(index.row())];
     return QString::fromStdString(entry.data.valueOr(m_keys[static_cast<std::size_t>(index.column())]));
 }
 
@@ -91,7 +91,7 @@ bool DatabaseTableModel::setData(const QModelIndex& index, const QVariant& value
     }
     const std::string column = columnName(index.column());
     const std::string text = value.toString().toStdString();
-    const db::DBEntry& entry = m_table->data[static_cast<std::size_t>(index.row())];
+    const tables::DBEntry& entry = m_table->data[static_cast<std::size_t>(index.row())];
     // An editor that hands back the text already written is no new change.
     if (const std::string* old = entry.data.find(m_keys[static_cast<std::size_t>(index.column())]);
         (old && *old == text) || (!old && text.empty())) {
@@ -125,7 +125,7 @@ bool DatabaseTableModel::removeEntry(int row) {
     return true;
 }
 
-void DatabaseTableModel::setTable(std::shared_ptr<db::DBTable> table) {
+void DatabaseTableModel::setTable(std::shared_ptr<tables::DBTable> table) {
     beginResetModel();
     m_table = std::move(table);
     m_keys.clear();

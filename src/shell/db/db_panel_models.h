@@ -8,7 +8,7 @@
 #include <optional>
 #include <vector>
 
-namespace lumbra::db {
+namespace lumbra::tables {
 class DBTable;
 }
 namespace lumbra::project {
@@ -27,7 +27,7 @@ public:
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
     // The database of a row; null past the end.
-    [[nodiscard]] std::shared_ptr<db::DBTable> table(int row) const;
+    [[nodiscard]] std::shared_ptr<tables::DBTable> table(int row) const;
     // The list changed under the model (added, renamed, deleted).
     void reload();
 
@@ -56,14 +56,14 @@ public:
     bool removeEntry(int row);
 
     // Shows `table` (null for none) with its columns as they stand now.
-    void setTable(std::shared_ptr<db::DBTable> table);
-    [[nodiscard]] db::DBTable* table() const noexcept { return m_table.get(); }
+    void setTable(std::shared_ptr<tables::DBTable> table);
+    [[nodiscard]] tables::DBTable* table() const noexcept { return m_table.get(); }
     // The column name of a section; "" past the end.
     [[nodiscard]] std::string columnName(int section) const;
 
 private:
     project::SharedStuff& m_sharedstuff;
-    std::shared_ptr<db::DBTable> m_table;
+    std::shared_ptr<tables::DBTable> m_table;
     // The interned key of each column, so that a cell is one lookup in its row.
     std::vector<tables::ColumnKey> m_keys;
 };

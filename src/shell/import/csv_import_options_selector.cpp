@@ -37,7 +37,7 @@ QString sliderText(int value) {
 
 } // namespace
 
-void CsvPreviewModel::setTable(const db::DBTable* table) {
+void CsvPreviewModel::setTable(const tables::DBTable* table) {
     beginResetModel();
     m_table = table;
     m_keys.clear();
@@ -74,7 +74,7 @@ QVariant CsvPreviewModel::headerData(int section, Qt::Orientation orientation, i
                                    : QVariant();
 }
 
-CsvImportOptionsSelector::CsvImportOptionsSelector(std::string text, const import::CsvOptions& initial,
+CsvImportOptionsSelector::CsvImportOptionsSelector(std::string text, const base::CsvOptions& initial,
                                                    QWidget* parent)
     : QDialog(parent), m_options(initial), m_originalText(std::move(text)) {
     setObjectName(QStringLiteral("CsvImportOptionsSelector"));
@@ -189,7 +189,7 @@ void CsvImportOptionsSelector::buildControls() {
     });
 }
 
-void CsvImportOptionsSelector::showOptions(const import::CsvOptions& options) {
+void CsvImportOptionsSelector::showOptions(const base::CsvOptions& options) {
     m_showing = true;
     const int separatorTag = import::sheet::tagForSeparator(options.separator);
     m_popupSeparator->setCurrentIndex(separatorTag);
@@ -209,14 +209,14 @@ void CsvImportOptionsSelector::controlsChanged() {
         return;
     const int separatorTag = m_popupSeparator->currentIndex();
     const bool customLine =
-        m_popupColumnslist->currentIndex() == static_cast<int>(import::FirstLineStyle::custom);
+        m_popupColumnslist->currentIndex() == static_cast<int>(base::FirstLineStyle::custom);
     m_textSeparator->setVisible(separatorTag == import::sheet::otherSeparatorTag);
     m_textColumnslist->setVisible(customLine);
 
     m_options.separator = import::sheet::separatorForTag(separatorTag, m_textSeparator->text().toStdString());
     m_options.delimiter = import::sheet::delimiterForTag(m_popupDelimiter->currentIndex());
     m_options.ignore_oriented_quotes = m_checkboxIgnoreorientedquotes->isChecked();
-    m_options.first_line = static_cast<import::FirstLineStyle>(m_popupColumnslist->currentIndex());
+    m_options.first_line = static_cast<base::FirstLineStyle>(m_popupColumnslist->currentIndex());
     m_options.first_line_number =
         customLine ? import::sheet::firstLineNumberFromText(m_textColumnslist->text().toStdString()) : 0;
     rebuildPreview();

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "db/db_table.h"
 #include "import/csv_options.h"
+#include "tables/db_table.h"
 #include "tables/row_data.h"
 
 #include <QAbstractTableModel>
@@ -27,7 +27,7 @@ public:
     using QAbstractTableModel::QAbstractTableModel;
 
     // Shows another table (not owned; null for none) in one reset.
-    void setTable(const db::DBTable* table);
+    void setTable(const tables::DBTable* table);
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
@@ -35,7 +35,7 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
 private:
-    const db::DBTable* m_table = nullptr;
+    const tables::DBTable* m_table = nullptr;
     std::vector<tables::ColumnKey> m_keys;
 };
 
@@ -48,25 +48,25 @@ class CsvImportOptionsSelector final : public QDialog {
 
 public:
     // A sheet of the parent window when there is one, otherwise a modal window of its own.
-    CsvImportOptionsSelector(std::string text, const import::CsvOptions& initial, QWidget* parent = nullptr);
+    CsvImportOptionsSelector(std::string text, const base::CsvOptions& initial, QWidget* parent = nullptr);
     ~CsvImportOptionsSelector() override;
 
     // The options as the controls state them; user_aborted once the sheet was cancelled.
-    [[nodiscard]] const import::CsvOptions& options() const noexcept { return m_options; }
-    [[nodiscard]] const db::CSVTable* csvtable() const noexcept { return m_csvtable.get(); }
+    [[nodiscard]] const base::CsvOptions& options() const noexcept { return m_options; }
+    [[nodiscard]] const tables::CSVTable* csvtable() const noexcept { return m_csvtable.get(); }
 
     void reject() override;
 
 private:
     void buildControls();
-    void showOptions(const import::CsvOptions& options);
+    void showOptions(const base::CsvOptions& options);
     // Re-reads the controls into the options and rebuilds the preview.
     void controlsChanged();
     void shortenText();
     void rebuildPreview();
 
-    import::CsvOptions m_options;
-    std::unique_ptr<db::CSVTable> m_csvtable;
+    base::CsvOptions m_options;
+    std::unique_ptr<tables::CSVTable> m_csvtable;
     std::string m_originalText;
     std::string m_shortenedText;
     CsvPreviewModel* m_previewModel = nullptr;

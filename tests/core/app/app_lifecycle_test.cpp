@@ -1,5 +1,5 @@
 #include "app/app_lifecycle.h"
-#include "app/scripted_interaction.h"
+#include "base/scripted_interaction.h"
 
 #include <chrono>
 #include <future>
@@ -46,11 +46,11 @@ public:
     int chooserOpened = 0;
 };
 
-const AlertRequest kSaveQuestion{"Save before you go?",
-                                 "Do you want to Save before closing the project?",
-                                 AlertStyle::Informational,
-                                 {"Save", "Don't save", "Cancel"},
-                                 false};
+const base::AlertRequest kSaveQuestion{"Save before you go?",
+                                       "Do you want to Save before closing the project?",
+                                       base::AlertStyle::Informational,
+                                       {"Save", "Don't save", "Cancel"},
+                                       false};
 
 class AppLifecycleTest : public ::testing::Test {
 protected:
@@ -58,7 +58,7 @@ protected:
         windows.projects.push_back(std::make_unique<FakeProject>(name, saveSucceeds, saveLog));
     }
 
-    ScriptedInteraction interaction;
+    base::ScriptedInteraction interaction;
     FakeWindows windows;
     std::vector<std::string> saveLog;
     AppLifecycle lifecycle{interaction, windows};
@@ -87,7 +87,7 @@ TEST_F(AppLifecycleTest, QuitAnswers) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        ScriptedInteraction caseInteraction;
+        base::ScriptedInteraction caseInteraction;
         FakeWindows caseWindows;
         caseWindows.otherWindows = 1; // the chooser is no project window
         Names log;
@@ -175,7 +175,7 @@ TEST_F(AppLifecycleTest, ReopenAlwaysAnswersTrueAndOpensTheChooserOnlyWithNoWind
 }
 
 TEST_F(AppLifecycleTest, LaunchTurnsTheFullScreenMenuEntryOff) {
-    MemoryUserDefaults defaults;
+    base::MemoryUserDefaults defaults;
     defaults.setBool(kFullScreenMenuItemKey, true);
     lifecycle.willFinishLaunching(defaults);
     EXPECT_EQ(defaults.stringValue(kFullScreenMenuItemKey), "0");

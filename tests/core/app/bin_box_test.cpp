@@ -275,7 +275,7 @@ TEST(BinBoxEdits, OrderingFlipsOnTheSameColumnAndStartsDescendingOnAnother) {
             out.push_back(row->data().valueOr("Name"));
         return out;
     };
-    const tables::NotificationData note = orderByColumn(f.sharedstuff, *f.bin, order, "Name");
+    const base::NotificationData note = orderByColumn(f.sharedstuff, *f.bin, order, "Name");
     EXPECT_EQ(note.title, "Ordered");
     EXPECT_EQ(note.body, "Ordered by Name");
     EXPECT_EQ(order.lastOrdered, "Name");

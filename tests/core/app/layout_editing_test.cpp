@@ -1,8 +1,8 @@
 #include "app/layout_editing.h"
+#include "base/console.h"
 #include "core/project/project_test_support.h"
 #include "project/bin.h"
 #include "project/shared_stuff.h"
-#include "tables/console.h"
 
 #include <gtest/gtest.h>
 
@@ -157,7 +157,7 @@ protected:
     TempFolder folder;
     project::SharedStuff stuff;
     std::shared_ptr<project::Bin> bin;
-    tables::PrintCapture capture;
+    base::PrintCapture capture;
 };
 
 TEST_F(LayoutEditingProject, CreateSavesANewLayoutAndTheBinUsesIt) {

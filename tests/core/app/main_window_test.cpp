@@ -3,21 +3,21 @@
 #include "app/box_tiling.h"
 #include "app/layout_menu.h"
 #include "app/main_window_log.h"
-#include "app/scripted_interaction.h"
+#include "base/console.h"
+#include "base/scripted_interaction.h"
 #include "core/project/project_test_support.h"
 #include "project/bin.h"
 #include "project/shared_stuff.h"
-#include "tables/console.h"
 
 #include <gtest/gtest.h>
 
 namespace lumbra::app {
 namespace {
 
+using base::NotificationType;
 using project::testing::makeTable;
 using project::testing::readFile;
 using project::testing::TempFolder;
-using tables::NotificationType;
 
 std::tm at(int h, int m, int s) {
     std::tm t{};
@@ -92,10 +92,10 @@ TEST(BoxTiling, FiveBoxesMakeColumnsOfTwoTwoAndOne) {
 // A project whose main window stands, so its log lines reach the scripted user.
 struct Project {
     Project() { s.mainWindow = &window; }
-    ScriptedInteraction interaction;
+    base::ScriptedInteraction interaction;
     project::SharedStuff s{&interaction};
     project::MainWindowLink window;
-    tables::PrintCapture printed;
+    base::PrintCapture printed;
 
     project::Bin& addBin(const std::string& name, bool open) {
         auto bin = std::make_shared<project::Bin>(makeTable(name), &s, s.projectLayouts.baseLayout, true);
@@ -147,9 +147,9 @@ TEST(LayoutMenu, SetDefaultReachesBinsOnTheDefaultOnly) {
     EXPECT_EQ(p.s.projectLayouts.lastSelectedDefault->name, "Chosen");
     EXPECT_EQ(onDefault.layout, p.s.projectLayouts.baseLayout);
     EXPECT_EQ(own.layout->name, "Own");
-    EXPECT_EQ(
-        p.interaction.logLines().back(),
-        (ScriptedInteraction::LogLine{"Default layout updated", true, "Applied", NotificationType::OK}));
+    EXPECT_EQ(p.interaction.logLines().back(),
+              (base::ScriptedInteraction::LogLine{"Default layout updated", true, "Applied",
+                                                  NotificationType::OK}));
 
     auto applied = std::make_shared<tables::ColumnsLayout>("Grade", std::vector<std::string>{"ASC_SOP"});
     applyLayoutToOpenBins(p.s, applied);

@@ -5,6 +5,7 @@
 #include <set>
 
 using namespace lumbra::db;
+namespace tables = lumbra::tables;
 
 namespace {
 
@@ -14,11 +15,11 @@ struct Case {
     std::string expected;
 };
 
-DBTable tableOf(std::vector<std::string> cols, const std::vector<std::vector<std::string>>& rows) {
-    DBTable table("lookup");
+tables::DBTable tableOf(std::vector<std::string> cols, const std::vector<std::vector<std::string>>& rows) {
+    tables::DBTable table("lookup");
     table.cols = std::move(cols);
     for (const auto& values : rows) {
-        DBEntry entry;
+        tables::DBEntry entry;
         for (std::size_t c = 0; c < values.size(); ++c)
             entry.data.set(table.cols[c], values[c]);
         table.data.push_back(std::move(entry));
@@ -27,7 +28,7 @@ DBTable tableOf(std::vector<std::string> cols, const std::vector<std::vector<std
     return table;
 }
 
-std::vector<std::string> column(const DBTable& table, const std::string& name) {
+std::vector<std::string> column(const tables::DBTable& table, const std::string& name) {
     std::vector<std::string> values;
     for (const auto& entry : table.data)
         values.push_back(entry.data.valueOr(name));
@@ -84,7 +85,7 @@ TEST(DBColumnTools, PathParts) {
 }
 
 TEST(DBColumnTools, NewColumnsStandBehindTheSourceAndGetOneMoreUnderscoreEachRun) {
-    DBTable table = tableOf({"File", "Size"}, {{"/a/b/c_0001.dpx", "10"}, {"d.mov", "20"}});
+    tables::DBTable table = tableOf({"File", "Size"}, {{"/a/b/c_0001.dpx", "10"}, {"d.mov", "20"}});
     EXPECT_EQ(inferPath(table, "File"), (std::vector<std::string>{"filename", "path"}));
     EXPECT_EQ(table.cols, (std::vector<std::string>{"File", "filename", "path", "Size"}));
     EXPECT_EQ(column(table, "filename"), (std::vector<std::string>{"c_0001.dpx", "d.mov"}));
@@ -105,7 +106,7 @@ TEST(DBColumnTools, NewColumnsStandBehindTheSourceAndGetOneMoreUnderscoreEachRun
 }
 
 TEST(DBColumnTools, AToolOnNoColumnChangesNothing) {
-    DBTable table = tableOf({"File"}, {{"a.mov"}});
+    tables::DBTable table = tableOf({"File"}, {{"a.mov"}});
     EXPECT_TRUE(inferPath(table, "Nope").empty());
     EXPECT_FALSE(trimExtension(table, "Nope"));
     EXPECT_FALSE(suppressSequence(table, "Nope"));
@@ -167,7 +168,7 @@ TEST(DBColumnTools, FloatsReadWholeAndWriteShortest) {
 }
 
 TEST(DBColumnTools, GroupByOnDistinctValuesChangesNothing) {
-    DBTable table = tableOf({"Clip", "Size"}, {{"A", "1"}, {"B", "2"}, {"C", "x"}});
+    tables::DBTable table = tableOf({"Clip", "Size"}, {{"A", "1"}, {"B", "2"}, {"C", "x"}});
     auto before = table.data;
     EXPECT_TRUE(groupBy(table, "Clip"));
     ASSERT_EQ(table.data.size(), before.size());
@@ -177,7 +178,7 @@ TEST(DBColumnTools, GroupByOnDistinctValuesChangesNothing) {
 }
 
 TEST(DBColumnTools, GroupBySumsNumbersKeepsEqualTextsAndCodesDifferentOnes) {
-    DBTable table = tableOf(
+    tables::DBTable table = tableOf(
         {"Clip", "Size", "Tape", "File"},
         {{"A", "10", "T1", "a_0001.dpx"}, {"B", "5", "T2", "b.mov"}, {"A", "20", "T1", "a_0002.dpx"}});
     EXPECT_TRUE(groupBy(table, "Clip"));
@@ -198,9 +199,9 @@ TEST(DBColumnTools, GroupBySumsNumbersKeepsEqualTextsAndCodesDifferentOnes) {
 }
 
 TEST(DBColumnTools, GroupByKeepsTheFirstRowOfEachKeyInPlace) {
-    DBTable table = tableOf(
+    tables::DBTable table = tableOf(
         {"Key", "N"}, {{"x", "1"}, {"y", "1"}, {"x", "1"}, {"", "1"}, {"y", "1"}, {"x", "1"}, {"", "1"}});
-    table.data.push_back(DBEntry{}); // a row without the key groups with ""
+    table.data.push_back(tables::DBEntry{}); // a row without the key groups with ""
     EXPECT_TRUE(groupBy(table, "Key"));
     EXPECT_EQ(column(table, "Key"), (std::vector<std::string>{"x", "y", ""}));
     // The rows of "" merge from the last one back: "1" with the missing value combines to "2", which
@@ -210,7 +211,7 @@ TEST(DBColumnTools, GroupByKeepsTheFirstRowOfEachKeyInPlace) {
 
 TEST(DBColumnTools, GroupByCodesATextThatDiffersOnlyInALaterRow) {
     // The second row repeats the first and changes nothing; the third differs and makes a code.
-    DBTable table = tableOf({"Key", "Tape"}, {{"k", "T1"}, {"k", "T1"}, {"k", "T9"}});
+    tables::DBTable table = tableOf({"Key", "Tape"}, {{"k", "T1"}, {"k", "T1"}, {"k", "T9"}});
     EXPECT_TRUE(groupBy(table, "Key"));
     ASSERT_EQ(table.data.size(), 1U);
     EXPECT_NE(table.data[0].data.valueOr("Tape"), "T1");

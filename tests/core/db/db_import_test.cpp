@@ -1,18 +1,19 @@
-#include "app/scripted_interaction.h"
+#include "base/console.h"
+#include "base/scripted_interaction.h"
 #include "core/project/project_test_support.h"
 #include "db/db_editing.h"
 #include "db/db_import.h"
 #include "project/bin.h"
 #include "project/shared_stuff.h"
-#include "tables/console.h"
 
 #include <gtest/gtest.h>
 
 using namespace lumbra::db;
 using namespace lumbra::project::testing;
-using lumbra::app::ScriptedInteraction;
+namespace tables = lumbra::tables;
+using lumbra::base::NotificationType;
+using lumbra::base::ScriptedInteraction;
 using lumbra::project::SharedStuff;
-using lumbra::tables::NotificationType;
 
 namespace {
 
@@ -48,7 +49,7 @@ TEST(DBImport, TwoFilesOfOneNameGiveTheNameAndTheNameWithAnUnderscore) {
     EXPECT_EQ(d.s.db[1]->name, "a_");
     EXPECT_EQ(d.s.db[0]->cols, (std::vector<std::string>{"Name", "Tape"}));
     EXPECT_EQ(d.s.db[1]->data.size(), 2U);
-    EXPECT_NE(dynamic_cast<CSVTable*>(d.s.db[1].get()), nullptr);
+    EXPECT_NE(dynamic_cast<tables::CSVTable*>(d.s.db[1].get()), nullptr);
     EXPECT_TRUE(buffered(d.s, "Added DB", "Successfully loaded a", NotificationType::OK));
     EXPECT_TRUE(buffered(d.s, "Added DB", "Successfully loaded a_", NotificationType::OK));
     EXPECT_TRUE(d.s.something_to_save);
@@ -71,7 +72,7 @@ TEST(DBImport, AFileWithoutATableCostsOnlyItsOwnEntry) {
             buffered(d.s, "Cannot load DB", std::string("Couldn't load ") + name, NotificationType::WARNING));
     }
     // The file is unreadable: nothing is asked, the read says why.
-    lumbra::tables::PrintCapture capture;
+    lumbra::base::PrintCapture capture;
     EXPECT_EQ(tableFromFile((d.dir.path / "missing.csv").string(), &d.user), nullptr);
     EXPECT_TRUE(capture.contains("ERROR WHILE READING FROM " + (d.dir.path / "missing.csv").string()));
 }
@@ -83,16 +84,16 @@ TEST(DBImport, AnEdlGivesAnEdlTable) {
                                           "10:00:00:00 10:00:01:00\n");
     auto table = tableFromFile(path, &d.user);
     ASSERT_NE(table, nullptr);
-    EXPECT_NE(dynamic_cast<EDLTable*>(table.get()), nullptr);
+    EXPECT_NE(dynamic_cast<tables::EDLTable*>(table.get()), nullptr);
     EXPECT_EQ(table->data.size(), 1U);
 }
 
 TEST(DBEditing, EntriesGoBeforeTheClickedRowOrAtTheEnd) {
     Databases d;
-    auto table = std::make_shared<CSVTable>("t");
+    auto table = std::make_shared<tables::CSVTable>("t");
     table->cols = {"A"};
     for (const char* value : {"1", "2"})
-        table->data.push_back(DBEntry{{{"A", value}}});
+        table->data.push_back(tables::DBEntry{{{"A", value}}});
     table->hasChanged = false;
     d.s.db.push_back(table);
     EXPECT_EQ(addEntry(d.s, *table, 1), 1U);
@@ -112,7 +113,7 @@ TEST(DBEditing, EntriesGoBeforeTheClickedRowOrAtTheEnd) {
 
 TEST(DBEditing, RenameAsksForTheName) {
     Databases d;
-    auto table = std::make_shared<CSVTable>("old");
+    auto table = std::make_shared<tables::CSVTable>("old");
     d.s.db.push_back(table);
     d.user.queueText(std::nullopt);
     EXPECT_FALSE(renameDatabase(d.s, *table));
@@ -127,11 +128,11 @@ TEST(DBEditing, RenameAsksForTheName) {
 }
 
 TEST(DBEditing, ColumnWidthsGrowWithTheLongestTextUnlessTheUserSetOne) {
-    DBTable table("t");
+    tables::DBTable table("t");
     table.cols = {"Name", "Description"};
-    table.data.push_back(DBEntry{{{"Name", "A001"}, {"Description", std::string(20, 'x')}}});
-    table.data.push_back(DBEntry{{{"Name", "A002"}, {"Description", std::string(12, 'y')}}});
-    table.data.push_back(DBEntry{{{"Description", std::string(25, 'z')}}});
+    table.data.push_back(tables::DBEntry{{{"Name", "A001"}, {"Description", std::string(20, 'x')}}});
+    table.data.push_back(tables::DBEntry{{{"Name", "A002"}, {"Description", std::string(12, 'y')}}});
+    table.data.push_back(tables::DBEntry{{{"Description", std::string(25, 'z')}}});
     EXPECT_EQ(columnWidth(table, "Name", 100.0), 100.0);
     // 200 > 100 makes 140; 120 does not pass 140; 250 does and makes 175.
     EXPECT_EQ(columnWidth(table, "Description", 100.0), 175.0);
@@ -148,10 +149,10 @@ TEST(DBEditing, ABinFromATableTakesTheProjectHeadingAndAFreeName) {
     d.s.film_format = "35mm";
     d.s.tapeId = "T9";
     d.s.bins->addBin(makeBin("shots", &d.s));
-    DBTable table("shots");
+    tables::DBTable table("shots");
     table.cols = {"Name", "Size"};
-    table.data.push_back(DBEntry{{{"Name", "A001"}, {"Size", "10"}}});
-    table.data.push_back(DBEntry{{{"Name", "A002"}}});
+    table.data.push_back(tables::DBEntry{{{"Name", "A001"}, {"Size", "10"}}});
+    table.data.push_back(tables::DBEntry{{{"Name", "A002"}}});
     lumbra::project::Bin& bin = binFromDatabase(d.s, table);
     const auto* clips = bin.table();
     ASSERT_NE(clips, nullptr);

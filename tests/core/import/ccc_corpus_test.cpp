@@ -1,5 +1,5 @@
+#include "base/console.h"
 #include "import/ccc_parser.h"
-#include "tables/console.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -55,7 +55,7 @@ TEST(CCCCorpus, EveryFileLoads) {
     for (const auto& file : fs::directory_iterator(kCorpus / "ccc")) {
         const std::string name = file.path().filename().string();
         SCOPED_TRACE(name);
-        tables::PrintCapture capture;
+        base::PrintCapture capture;
         auto table = CCCParser::parseCCCFile(file.path().string());
         ASSERT_TRUE(table);
         EXPECT_TRUE(capture.lines().empty());

@@ -1,6 +1,6 @@
+#include "base/console.h"
 #include "core/tables/table_test_support.h"
 #include "import/ccc_parser.h"
-#include "tables/console.h"
 
 #include <gtest/gtest.h>
 #include <map>
@@ -16,7 +16,7 @@ using Names = std::vector<std::string>;
 const std::string kData = std::string(LUMBRA_TEST_DATA_DIR) + "/ccc/";
 const Names kThreeColumns{"id", "ASC_SOP", "ASC_SAT"};
 
-std::vector<Row> rowsOf(const db::DBTable& table) {
+std::vector<Row> rowsOf(const tables::DBTable& table) {
     std::vector<Row> rows;
     for (const auto& entry : table.data)
         rows.push_back(entry.data.toMap());
@@ -24,7 +24,7 @@ std::vector<Row> rowsOf(const db::DBTable& table) {
 }
 
 TEST(CCCParser, ReadsOneRowPerCorrectionWithTheNumbersAsWritten) {
-    std::optional<db::CCCTable> table = CCCParser::parseCCCFile(kData + "grade.ccc");
+    std::optional<tables::CCCTable> table = CCCParser::parseCCCFile(kData + "grade.ccc");
     ASSERT_TRUE(table);
     EXPECT_EQ(table->name, "grade");
     EXPECT_EQ(table->cols, (Names{"id", "ASC_SOP", "ASC_SAT", "Description"}));
@@ -94,7 +94,7 @@ TEST(CCCParser, ScansTagsNotTheDocument) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        db::CCCTable table = CCCParser::parseText(c.text);
+        tables::CCCTable table = CCCParser::parseText(c.text);
         EXPECT_EQ(table.name, "CCC table");
         EXPECT_EQ(table.cols, c.cols);
         EXPECT_EQ(rowsOf(table), c.rows);
@@ -141,7 +141,7 @@ TEST(CCCParser, FilesAreNamedLessTheirLastFourCharacters) {
     }
 
     const std::string missing = dir.file("missing.ccc");
-    tables::PrintCapture capture;
+    base::PrintCapture capture;
     EXPECT_FALSE(CCCParser::parseCCCFile(missing));
     EXPECT_TRUE(capture.contains("ERROR WHILE READING FROM " + missing));
     EXPECT_FALSE(readCCCAsALETable(missing, nullptr)->state);

@@ -1,19 +1,20 @@
-#include "app/scripted_interaction.h"
+#include "base/console.h"
+#include "base/scripted_interaction.h"
 #include "core/project/project_test_support.h"
+#include "import/csv_options.h"
 #include "project/bin.h"
 #include "project/bin_import.h"
 #include "project/shared_stuff.h"
-#include "tables/console.h"
 
 #include <gtest/gtest.h>
 
 namespace lumbra::import {
 namespace {
 
+using base::NotificationData;
+using base::NotificationType;
 using project::testing::TempFolder;
 using project::testing::writeFile;
-using tables::NotificationData;
-using tables::NotificationType;
 
 const std::string aleText = "Heading\nFIELD_DELIM\tTABS\nFPS\t25\n\nColumn\nName\n\nData\nC1\n";
 
@@ -35,9 +36,9 @@ protected:
     }
 
     TempFolder m_folder;
-    app::ScriptedInteraction m_user;
+    base::ScriptedInteraction m_user;
     project::SharedStuff m_project{&m_user};
-    tables::PrintCapture m_quiet;
+    base::PrintCapture m_quiet;
 };
 
 TEST_F(CsvBinImportTest, OneQuestionServesEveryCsvOfTheBatchAndEachTsvAsksItsOwn) {
@@ -82,8 +83,8 @@ TEST_F(CsvBinImportTest, CancelledQuestionLoadsNothingOfTheBatch) {
     EXPECT_EQ(m_user.csvRequests().size(), 1u);
     const NotificationData expected("Loading aborted", "User aborted the import operation",
                                     NotificationType::KO);
-    EXPECT_EQ(result.notifications, tables::Notifications{expected});
-    EXPECT_EQ(m_project.bufferedNotifications, tables::Notifications{expected});
+    EXPECT_EQ(result.notifications, base::Notifications{expected});
+    EXPECT_EQ(m_project.bufferedNotifications, base::Notifications{expected});
 }
 
 TEST_F(CsvBinImportTest, CancelledTsvIsSkippedAndAddedColumnsAreTold) {

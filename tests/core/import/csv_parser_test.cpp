@@ -1,5 +1,5 @@
+#include "base/console.h"
 #include "import/csv_parser.h"
-#include "tables/console.h"
 
 #include <gtest/gtest.h>
 #include <map>
@@ -14,7 +14,7 @@ using Cols = std::vector<std::string>;
 
 const std::string dataDir = LUMBRA_TEST_DATA_DIR "/csv/";
 
-std::vector<Row> rowsOf(const db::DBTable& table) {
+std::vector<Row> rowsOf(const tables::DBTable& table) {
     std::vector<Row> rows;
     for (const auto& entry : table.data)
         rows.push_back(entry.data.toMap());
@@ -41,8 +41,8 @@ CsvOptions withDelimiter(char32_t delimiter) {
 }
 
 TEST(CsvParser, SpreadsheetExportWithBomCrlfAndQuotes) {
-    tables::Notifications notices;
-    tables::PrintCapture quiet;
+    base::Notifications notices;
+    base::PrintCapture quiet;
     auto table = parseCSVFile(dataDir + "spreadsheet.csv", nullptr, nullptr, &notices);
     ASSERT_NE(table, nullptr);
     EXPECT_EQ(table->name, "spreadsheet");
@@ -58,9 +58,9 @@ TEST(CsvParser, SpreadsheetExportWithBomCrlfAndQuotes) {
                               }));
     ASSERT_EQ(notices.size(), 1u);
     EXPECT_EQ(notices[0],
-              tables::NotificationData("Bizarre columns count",
-                                       "1 columns were added to fit the data. Is the CSV well formatted?",
-                                       tables::NotificationType::WARNING));
+              base::NotificationData("Bizarre columns count",
+                                     "1 columns were added to fit the data. Is the CSV well formatted?",
+                                     base::NotificationType::WARNING));
 }
 
 TEST(CsvParser, FirstLineStyles) {
@@ -246,7 +246,7 @@ TEST(CsvParser, Rows) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        tables::Notifications notices;
+        base::Notifications notices;
         auto table = parseCSVText(c.text, c.options, "x.csv", &notices);
         EXPECT_EQ(table->cols, c.cols);
         EXPECT_EQ(rowsOf(*table), c.rows);
@@ -259,7 +259,7 @@ TEST(CsvParser, Rows) {
 TEST(CsvParser, AddedColumnsAreToldOnlyWithSomewhereToTellThem) {
     auto table = parseCSVText("A\n1,2,3\n", {}, "x.csv", nullptr);
     EXPECT_EQ(table->cols, (Cols{"A", "newcol_001", "newcol_002"}));
-    tables::Notifications notices;
+    base::Notifications notices;
     table = parseCSVText("A\n1,2,3\n", {}, "x.csv", &notices);
     ASSERT_EQ(notices.size(), 1u);
     EXPECT_EQ(notices[0].body, "2 columns were added to fit the data. Is the CSV well formatted?");
@@ -334,7 +334,7 @@ TEST(CsvParser, BadBytesAreReadAsLatin1) {
 }
 
 TEST(CsvParser, UnreadableFileGivesNoTable) {
-    tables::PrintCapture capture;
+    base::PrintCapture capture;
     const std::string missing = dataDir + "missing.csv";
     EXPECT_EQ(parseCSVFile(missing, nullptr, nullptr, nullptr), nullptr);
     EXPECT_TRUE(capture.contains("ERROR WHILE READING FROM " + missing));

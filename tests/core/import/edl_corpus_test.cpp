@@ -1,6 +1,6 @@
+#include "base/console.h"
 #include "import/edl_parser.h"
-#include "tables/console.h"
-#include "tables/file_formats.h"
+#include "import/file_formats.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -143,8 +143,8 @@ TEST(EDLCorpus, EveryFileLoads) {
     for (const auto& file : fs::directory_iterator(kCorpus / "edl")) {
         const std::string name = file.path().filename().string();
         SCOPED_TRACE(name);
-        tables::PrintCapture capture;
-        std::optional<db::EDLTable> table = parseEDLFile(file.path().string());
+        base::PrintCapture capture;
+        std::optional<tables::EDLTable> table = parseEDLFile(file.path().string());
         ASSERT_TRUE(table);
         EXPECT_TRUE(capture.lines().empty());
         ASSERT_GE(table->cols.size(), kSixColumns.size());
@@ -188,7 +188,7 @@ TEST(EDLCorpus, MarkersFillTheirColumns) {
 TEST(EDLCorpus, ColourListsHaveNoReaderOfTheirOwn) {
     for (const auto& file : fs::directory_iterator(kCorpus / "cdl")) {
         SCOPED_TRACE(file.path().filename().string());
-        EXPECT_EQ(tables::formatForPath(file.path().string()), nullptr);
+        EXPECT_EQ(import::formatForPath(file.path().string()), nullptr);
     }
 }
 

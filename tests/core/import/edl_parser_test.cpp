@@ -1,6 +1,6 @@
+#include "base/console.h"
 #include "core/tables/table_test_support.h"
 #include "import/edl_parser.h"
-#include "tables/console.h"
 
 #include <gtest/gtest.h>
 #include <map>
@@ -22,7 +22,7 @@ Names withSix(const Names& more) {
     return all;
 }
 
-std::vector<Row> rowsOf(const db::DBTable& table) {
+std::vector<Row> rowsOf(const tables::DBTable& table) {
     std::vector<Row> rows;
     for (const auto& entry : table.data)
         rows.push_back(entry.data.toMap());
@@ -39,7 +39,7 @@ Row event(std::string id, std::string name, Names timecodes = {}, Row more = {})
 }
 
 TEST(EDLParser, ReadsAnEditListWithTransitionsCommentsAndMarkers) {
-    std::optional<db::EDLTable> table = parseEDLFile(kData + "reel1_transitions.edl");
+    std::optional<tables::EDLTable> table = parseEDLFile(kData + "reel1_transitions.edl");
     ASSERT_TRUE(table);
     EXPECT_EQ(table->name, "REEL_1 CONFORM v2");
     // "* FROM CLIP NAME" with a blank behind the star is no clip name: it is a key of its own.
@@ -176,7 +176,7 @@ TEST(EDLParser, ScansLinesAsTheyStand) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        db::EDLTable table = EDLParser(c.text).parse();
+        tables::EDLTable table = EDLParser(c.text).parse();
         EXPECT_EQ(table.name, c.tableName);
         EXPECT_EQ(table.cols, c.cols);
         EXPECT_EQ(rowsOf(table), c.rows);
@@ -226,8 +226,8 @@ TEST(EDLParser, TheClipTableTakesNameColumnsAndRows) {
 TEST(EDLParser, AnUnreadableFileGivesNoTable) {
     tables::testing::TempDir dir;
     const std::string missing = dir.file("missing.edl");
-    tables::Notifications notifications;
-    tables::PrintCapture capture;
+    base::Notifications notifications;
+    base::PrintCapture capture;
     EXPECT_FALSE(parseEDLFile(missing, &notifications));
     EXPECT_TRUE(capture.contains("ERROR WHILE READING FROM " + missing));
     ASSERT_EQ(notifications.size(), 1u);

@@ -1,5 +1,5 @@
+#include "base/console.h"
 #include "import/mhl_parser.h"
-#include "tables/console.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -78,7 +78,7 @@ TEST(MHLCorpus, EveryFileLoads) {
     for (const auto& file : fs::directory_iterator(kCorpus / "mhl")) {
         const std::string name = file.path().filename().string();
         SCOPED_TRACE(name);
-        tables::PrintCapture capture;
+        base::PrintCapture capture;
         auto table = parseMHLFile(file.path().string());
         ASSERT_TRUE(table);
         EXPECT_TRUE(capture.lines().empty());

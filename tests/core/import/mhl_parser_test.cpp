@@ -1,6 +1,6 @@
+#include "base/console.h"
 #include "core/tables/table_test_support.h"
 #include "import/mhl_parser.h"
-#include "tables/console.h"
 
 #include <gtest/gtest.h>
 #include <map>
@@ -15,7 +15,7 @@ using Names = std::vector<std::string>;
 
 const std::string kData = std::string(LUMBRA_TEST_DATA_DIR) + "/mhl/";
 
-std::vector<Row> rowsOf(const db::DBTable& table) {
+std::vector<Row> rowsOf(const tables::DBTable& table) {
     std::vector<Row> rows;
     for (const auto& entry : table.data)
         rows.push_back(entry.data.toMap());
@@ -26,7 +26,7 @@ const Names kCardColumns{"file", "size",     "creationdate", "lastmodificationda
                          "md5",  "hashdate", "xxhash64",     "xxhash64be"};
 
 TEST(MHLParser, ReadsOneRowPerHashBlockAndOneColumnPerChildName) {
-    std::optional<db::MHLTable> table = parseMHLFile(kData + "card_A001.mhl");
+    std::optional<tables::MHLTable> table = parseMHLFile(kData + "card_A001.mhl");
     ASSERT_TRUE(table);
     EXPECT_EQ(table->name, "card_A001");
     EXPECT_EQ(table->cols, kCardColumns);
@@ -100,7 +100,7 @@ TEST(MHLParser, TakesChildrenOnePerLine) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        db::MHLTable table = MHLParser(c.text).parse();
+        tables::MHLTable table = MHLParser(c.text).parse();
         EXPECT_EQ(table.name, "MHL table");
         EXPECT_EQ(table.cols, c.cols);
         EXPECT_EQ(rowsOf(table), c.rows);
@@ -145,7 +145,7 @@ TEST(MHLParser, FilesWithCarriageReturnsReadTheSame) {
     EXPECT_EQ(rowsOf(*fromCrlf), rowsOf(*fromLf));
 
     const std::string missing = dir.file("gone.mhl");
-    tables::PrintCapture capture;
+    base::PrintCapture capture;
     EXPECT_FALSE(parseMHLFile(missing));
     EXPECT_TRUE(capture.contains("ERROR WHILE READING FROM " + missing));
     EXPECT_FALSE(readMHLAsALETable(missing, nullptr)->state);
@@ -154,7 +154,7 @@ TEST(MHLParser, FilesWithCarriageReturnsReadTheSame) {
 TEST(MHLParser, PrintsColumnsThenRowsTabSeparated) {
     auto table = parseMHLFile(kData + "card_A001.mhl");
     ASSERT_TRUE(table);
-    tables::PrintCapture capture;
+    base::PrintCapture capture;
     printMHLTable(*table);
     const std::vector<std::string> expected{
         "file\tsize\tcreationdate\tlastmodificationdate\tmd5\thashdate\txxhash64\txxhash64be",

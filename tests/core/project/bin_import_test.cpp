@@ -1,14 +1,14 @@
+#include "base/console.h"
 #include "project/bin_import.h"
 #include "project/shared_stuff.h"
 #include "project_test_support.h"
-#include "tables/console.h"
 
 #include <gtest/gtest.h>
 
 namespace lumbra::project {
 namespace {
 
-using tables::NotificationType;
+using base::NotificationType;
 using testing::TempFolder;
 using testing::writeFile;
 
@@ -39,7 +39,7 @@ protected:
 
     TempFolder m_folder;
     SharedStuff m_project;
-    tables::PrintCapture m_quiet;
+    base::PrintCapture m_quiet;
 };
 
 TEST(BinImportExtension, LastFourOrSevenCharactersInLowerCase) {
@@ -87,7 +87,7 @@ TEST_F(BinImportTest, MismatchesGroupBySetOfDifferences) {
     EXPECT_EQ(result.mismatches[0].bins.size(), 2u);
     EXPECT_EQ(result.mismatches[1].differences, std::vector<std::string>{"tape"});
     EXPECT_EQ(result.bins[1]->table()->tape, "T9");
-    const tables::Notifications expected{
+    const base::Notifications expected{
         {"Metadata mismatch", "2 Bins Metadata Mismatch. Click here to view/correct",
          NotificationType::WARNING},
         {"Metadata mismatch", "1 Bins Metadata Mismatch. Click here to view/correct",
@@ -113,11 +113,10 @@ TEST_F(BinImportTest, CapOpensTheFirstBinsAndBadFilesDoNotStopTheBatch) {
     EXPECT_EQ(m_project.bins->toarray.size(), 3u);
     ASSERT_FALSE(result.notifications.empty());
     EXPECT_EQ(result.notifications.back(),
-              tables::NotificationData("Many bins added",
-                                       "Didn't show all the added bins to avoid cluttering",
-                                       NotificationType::WARNING));
+              base::NotificationData("Many bins added", "Didn't show all the added bins to avoid cluttering",
+                                     NotificationType::WARNING));
     EXPECT_EQ(m_project.bufferedNotifications.front(),
-              tables::NotificationData("", "ERROR while opening " + bad, NotificationType::KO));
+              base::NotificationData("", "ERROR while opening " + bad, NotificationType::KO));
 }
 
 TEST_F(BinImportTest, NothingReadableChangesNothing) {

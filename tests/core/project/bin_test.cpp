@@ -1,16 +1,16 @@
+#include "base/console.h"
 #include "core/project/project_test_support.h"
 #include "tables/columns_layout.h"
-#include "tables/console.h"
 
 #include <gtest/gtest.h>
 
 using namespace lumbra::project;
 using namespace lumbra::project::testing;
+using lumbra::base::NotificationData;
+using lumbra::base::Notifications;
+using lumbra::base::NotificationType;
+using lumbra::base::PrintCapture;
 using lumbra::tables::ColumnsLayout;
-using lumbra::tables::NotificationData;
-using lumbra::tables::Notifications;
-using lumbra::tables::NotificationType;
-using lumbra::tables::PrintCapture;
 
 namespace {
 
@@ -333,12 +333,11 @@ TEST(Bin, FileWriteFailureKeepsThePreviousFiles) {
         bin.table()->data[0]->setData({{"Name", "changed"}});
         bin.tags = {"new"};
         bin.hasChanged = true;
-        lumbra::tables::setWriteFailureHook(
-            [&](const std::string& path) { return path.ends_with(c.failing); });
+        lumbra::base::setWriteFailureHook([&](const std::string& path) { return path.ends_with(c.failing); });
         Notifications notes;
         PrintCapture capture;
         bool saved = bin.save(dir.str(), false, &notes);
-        lumbra::tables::setWriteFailureHook({});
+        lumbra::base::setWriteFailureHook({});
         EXPECT_FALSE(saved);
         EXPECT_TRUE(bin.hasChanged);
         std::string path = (dir.path / "bin_01").string();

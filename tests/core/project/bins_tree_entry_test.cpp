@@ -6,6 +6,7 @@
 
 using namespace lumbra::project;
 using namespace lumbra::project::testing;
+namespace base = lumbra::base;
 
 namespace {
 
@@ -69,11 +70,11 @@ TEST(BinsTreeEntry, SortPutsGroupsFirstInBothSenses) {
         SCOPED_TRACE(c.name);
         auto root = makeGroup("root");
         auto zulu = makeLeaf("Zulu");
-        zulu->tag = Tag::blue;
+        zulu->tag = base::Tag::blue;
         auto same = makeLeaf("Same");
-        same->tag = Tag::red;
+        same->tag = base::Tag::red;
         auto groupSame = makeGroup("Same");
-        groupSame->tag = Tag::purple;
+        groupSame->tag = base::Tag::purple;
         auto alpha = makeGroup("Alpha");
         root->children = {zulu, same, groupSame, alpha};
         root->sort(c.mode, c.ascending);
@@ -198,10 +199,10 @@ TEST(BinsTreeEntry, MoveGroupIntoAnotherTakesSubtree) {
 
 TEST(BinsTreeEntry, ShallowCopySharesChildrenAndBin) {
     auto leaf = makeLeaf("b");
-    leaf->tag = Tag::pink;
+    leaf->tag = base::Tag::pink;
     auto copy = BinsTreeEntry::shallowCopy(*leaf);
     EXPECT_EQ(copy->bin, leaf->bin);
-    EXPECT_EQ(leaf->bin->tag, Tag::pink);
+    EXPECT_EQ(leaf->bin->tag, base::Tag::pink);
     EXPECT_EQ(copy->sharedstuff, nullptr);
 }
 
@@ -253,35 +254,35 @@ TEST(NameMakers, NumberedNamesAndUniqueNames) {
 
 TEST(TagTrees, GroupCarriesSubtreeAndOtherTagsStandAlone) {
     auto blue = makeLeaf("blue bin");
-    blue->tag = Tag::blue;
+    blue->tag = base::Tag::blue;
     auto greenInside = makeLeaf("green inside");
-    greenInside->tag = Tag::green;
+    greenInside->tag = base::Tag::green;
     auto green = makeGroup("green group", {blue, greenInside});
-    green->tag = Tag::green;
+    green->tag = base::Tag::green;
     auto plain = makeLeaf("plain");
     auto bins = makeGroup("root", {green, plain});
     auto smartLeaf = makeLeaf("smart");
-    smartLeaf->tag = Tag::red;
+    smartLeaf->tag = base::Tag::red;
     auto smart = makeGroup("smartbins", {smartLeaf});
 
     auto trees = buildTagTrees(*bins, *smart);
     auto& without = *trees.withoutSmartbins;
     EXPECT_EQ(without.id, "Color Tags");
     EXPECT_EQ(without.allIds().size(), 8u + 4u + 1u);
-    auto groupOf = [](BinsTreeEntry& tree, Tag t) -> BinsTreeEntry& {
+    auto groupOf = [](BinsTreeEntry& tree, base::Tag t) -> BinsTreeEntry& {
         return *tree.children[static_cast<int>(t)];
     };
-    EXPECT_EQ(groupOf(without, Tag::green).children, (std::vector<TreeNode>{green}));
-    EXPECT_EQ(groupOf(without, Tag::blue).children, (std::vector<TreeNode>{blue}));
-    EXPECT_EQ(groupOf(without, Tag::none).children, (std::vector<TreeNode>{plain}));
-    EXPECT_EQ(binNames(groupOf(without, Tag::green).toarray), (Names{"blue bin", "green inside"}));
+    EXPECT_EQ(groupOf(without, base::Tag::green).children, (std::vector<TreeNode>{green}));
+    EXPECT_EQ(groupOf(without, base::Tag::blue).children, (std::vector<TreeNode>{blue}));
+    EXPECT_EQ(groupOf(without, base::Tag::none).children, (std::vector<TreeNode>{plain}));
+    EXPECT_EQ(binNames(groupOf(without, base::Tag::green).toarray), (Names{"blue bin", "green inside"}));
     // The source node keeps its own children.
     EXPECT_EQ(green->children.size(), 2u);
 
     auto& with = *trees.withSmartbins;
-    auto& redSmart = *groupOf(with, Tag::red).children.front();
+    auto& redSmart = *groupOf(with, base::Tag::red).children.front();
     EXPECT_EQ(redSmart.id, "Smart Bins");
     EXPECT_EQ(redSmart.children, (std::vector<TreeNode>{smartLeaf}));
     EXPECT_EQ(binNames(with.toarray).size(), 5u);
-    EXPECT_TRUE(groupOf(without, Tag::red).children.empty());
+    EXPECT_TRUE(groupOf(without, base::Tag::red).children.empty());
 }

@@ -1,15 +1,16 @@
+#include "base/console.h"
 #include "core/project/project_test_support.h"
 #include "project/bins_tree_loader.h"
 #include "project/bins_tree_saver.h"
-#include "tables/console.h"
 
 #include <gtest/gtest.h>
 
 using namespace lumbra::project;
 using namespace lumbra::project::testing;
-using lumbra::tables::Notifications;
-using lumbra::tables::NotificationType;
-using lumbra::tables::PrintCapture;
+namespace base = lumbra::base;
+using lumbra::base::Notifications;
+using lumbra::base::NotificationType;
+using lumbra::base::PrintCapture;
 
 namespace {
 
@@ -171,7 +172,7 @@ TEST(BinsTreeSaver, NodeOutsideTheTreeIsReported) {
     EXPECT_TRUE(capture.contains("ERROR: cannot save item that is outside this tree"));
     ASSERT_EQ(notes.size(), 1u);
     EXPECT_EQ(notes[0],
-              lumbra::tables::NotificationData(
+              lumbra::base::NotificationData(
                   "Unknown item", "Error: cannot save entry smart because it is outside of this tree",
                   NotificationType::KO));
 }
@@ -199,10 +200,10 @@ TEST(BinsTreeSaver, FailedWriteStopsTheWalkAndKeepsThePreviousFiles) {
     ASSERT_TRUE(bin.table()->data[0]->setData({{"Name", "changed"}}));
     p.root->touch(bin);
     p.root->touch(*p.loose->bin);
-    lumbra::tables::setWriteFailureHook([](const std::string& path) { return path.ends_with(".ale"); });
+    lumbra::base::setWriteFailureHook([](const std::string& path) { return path.ends_with(".ale"); });
     Notifications notes;
     bool saved = saver.saveItem(*p.root, &notes);
-    lumbra::tables::setWriteFailureHook({});
+    lumbra::base::setWriteFailureHook({});
     EXPECT_FALSE(saved);
     EXPECT_EQ(readFile(alePath), before);
     ASSERT_EQ(notes.size(), 1u);
@@ -263,7 +264,7 @@ TEST(BinsTreeLoader, FolderNamesAndOpenBins) {
     EXPECT_FALSE(leaf.bin->selected());
     // Folders without details got them on load.
     EXPECT_TRUE(fs::exists(dir.path / "Plain group" / "lumbra_details"));
-    EXPECT_EQ(readDetailsLine((dir.path / "Plain group").string(), 1), group.nodeUuid());
+    EXPECT_EQ(base::readDetailsLine((dir.path / "Plain group").string(), 1), group.nodeUuid());
 }
 
 TEST(BinsTreeLoader, BinFolderThatFailsStaysInTheTree) {

@@ -46,13 +46,13 @@ TreeNode makeSmartLeaf(const std::string& id, int rows, BinsHost* host = nullptr
 // A project whose smart bins files are written and read by a stand-in.
 class SmartHost : public RecordingHost {
 public:
-    bool writeSmartbinFile(Bin& bin, const std::string& folder, lumbra::tables::Notifications*) override {
+    bool writeSmartbinFile(Bin& bin, const std::string& folder, lumbra::base::Notifications*) override {
         written.push_back(folder);
         writeFile(fs::path(folder) / (bin.displayName() + ".smartbin"),
                   "title\t" + bin.table()->tablename + "\n");
         return true;
     }
-    bool readSmartbinFile(Bin& bin, const std::string& path, lumbra::tables::Notifications*) override {
+    bool readSmartbinFile(Bin& bin, const std::string& path, lumbra::base::Notifications*) override {
         auto table = std::make_unique<FakeSmartTable>();
         table->tablename = "smartbin_01";
         table->domainUuids = domainUuids;

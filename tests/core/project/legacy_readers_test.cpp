@@ -1,6 +1,6 @@
+#include "base/console.h"
 #include "project/legacy_readers.h"
 #include "project_test_support.h"
-#include "tables/console.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@ namespace lumbra::project {
 namespace {
 
 using namespace testing;
-using tables::PrintCapture;
+using base::PrintCapture;
 using Names = std::vector<std::string>;
 
 // The ids of a node's children, in order.
@@ -149,7 +149,7 @@ TEST(LegacyBins, AnUnlistableFolderFails) {
 
 // A project that reads a .smartbin file as a table named after the file, and refuses "bad" ones.
 struct SmartReadingHost : RecordingHost {
-    bool readSmartbinFile(Bin& bin, const std::string& path, tables::Notifications*) override {
+    bool readSmartbinFile(Bin& bin, const std::string& path, base::Notifications*) override {
         std::string name = fs::path(path).stem().string();
         if (name == "bad")
             return false;

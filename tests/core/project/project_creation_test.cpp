@@ -1,7 +1,7 @@
+#include "base/console.h"
 #include "project/project_creation.h"
 #include "project/shared_stuff.h"
 #include "project_test_support.h"
-#include "tables/console.h"
 
 #include <gtest/gtest.h>
 
@@ -67,7 +67,7 @@ TEST(ProjectCreation, NoColumnsGivesTheTenSystemColumnsInBothLayouts) {
     settings.name = "Feature";
     settings.fps = "25";
     bool saved = false;
-    tables::PrintCapture quiet;
+    base::PrintCapture quiet;
     ASSERT_TRUE(createProject(sharedstuff, folder.str(), settings, &saved).accepted());
     EXPECT_TRUE(saved);
     const std::string expectedColumns =
@@ -93,7 +93,7 @@ TEST(ProjectCreation, GivenColumnsFilmFormatAndTape) {
     settings.columns = {"Name", "Tape"};
     settings.filmFormat = "35mm, 4 perf";
     settings.tapeId = "T01";
-    tables::PrintCapture quiet;
+    base::PrintCapture quiet;
     ASSERT_TRUE(createProject(sharedstuff, folder.str(), settings).accepted());
     std::string text = testing::readFile(folder.path / "Short" / "tarelproject");
     EXPECT_NE(text.find("\nbaselayout\tName\tTape\n"), std::string::npos);
@@ -108,7 +108,7 @@ TEST(ProjectCreation, SettingsFromAnAleFile) {
                        "AUDIO_FORMAT\t48khz\nTAPE\tR1\n\nColumn\nName\tScene\n\nData\nA\t1\n");
     NewProjectSettings settings;
     settings.filmFormat = "16mm";
-    tables::PrintCapture quiet;
+    base::PrintCapture quiet;
     ASSERT_TRUE(settingsFromFile((folder.path / "day.ale").string(), settings));
     EXPECT_EQ(settings.fps, "24");
     EXPECT_EQ(settings.tlResolution, "PAL");

@@ -1,7 +1,7 @@
+#include "base/text_file.h"
 #include "core/project/project_test_support.h"
 #include "project/project_file.h"
 #include "project/shared_stuff.h"
-#include "tables/text_file.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -228,7 +228,7 @@ TEST(ProjectFile, AFileThatCannotBeReadChangesNothing) {
     TempFolder dir;
     SharedStuff s;
     s.projectLayouts.baseLayout->columns = {"Name"};
-    lumbra::tables::Notifications notes;
+    lumbra::base::Notifications notes;
     EXPECT_FALSE(readProjectFile((dir.path / "tarelproject").string(), s, &notes).has_value());
     EXPECT_EQ(s.projectLayouts.baseLayout->columns, Columns{"Name"});
     EXPECT_FALSE(notes.empty());
@@ -239,9 +239,9 @@ TEST(ProjectFile, AFailedWriteKeepsTheOldFile) {
     const std::string path = (dir.path / "tarelproject").string();
     writeFile(path, "old\n");
     SharedStuff s;
-    lumbra::tables::setWriteFailureHook([](const std::string&) { return true; });
+    lumbra::base::setWriteFailureHook([](const std::string&) { return true; });
     const bool written = writeProjectFile(s, path);
-    lumbra::tables::setWriteFailureHook({});
+    lumbra::base::setWriteFailureHook({});
     EXPECT_FALSE(written);
     EXPECT_EQ(readFile(path), "old\n");
 }

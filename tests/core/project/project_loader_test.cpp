@@ -1,9 +1,9 @@
-#include "app/scripted_interaction.h"
+#include "base/console.h"
+#include "base/scripted_interaction.h"
 #include "project/project_loader.h"
 #include "project/project_saver.h"
 #include "project/shared_stuff.h"
 #include "project_test_support.h"
-#include "tables/console.h"
 
 #include <chrono>
 #include <csignal>
@@ -18,7 +18,7 @@ namespace lumbra::project {
 namespace {
 
 using namespace testing;
-using tables::PrintCapture;
+using base::PrintCapture;
 using Names = std::vector<std::string>;
 
 constexpr const char* uuidA = "AAAAAAAA-0000-0000-0000-000000000001";
@@ -79,7 +79,7 @@ struct Opening {
         return out;
     }
 
-    app::ScriptedInteraction interaction;
+    base::ScriptedInteraction interaction;
     SharedStuff sharedstuff;
     RecordingWindow window;
     std::size_t windowMadeWithBins = 0;

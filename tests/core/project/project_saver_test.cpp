@@ -1,10 +1,10 @@
-#include "app/scripted_interaction.h"
+#include "base/console.h"
+#include "base/scripted_interaction.h"
+#include "base/text_file.h"
 #include "core/project/project_test_support.h"
 #include "project/project_file.h"
 #include "project/project_saver.h"
 #include "project/shared_stuff.h"
-#include "tables/console.h"
-#include "tables/text_file.h"
 
 #include <algorithm>
 #include <chrono>
@@ -14,15 +14,15 @@
 
 using namespace lumbra::project;
 using namespace lumbra::project::testing;
-using lumbra::app::ScriptedInteraction;
-using lumbra::tables::NotificationType;
-using lumbra::tables::PrintCapture;
+using lumbra::base::NotificationType;
+using lumbra::base::PrintCapture;
+using lumbra::base::ScriptedInteraction;
 
 namespace {
 
 // A saved project "Film" under a temporary folder, with an open bin and a closed one.
 struct Project {
-    explicit Project(lumbra::app::UserInteraction* interaction = nullptr) : s(interaction) {
+    explicit Project(lumbra::base::UserInteraction* interaction = nullptr) : s(interaction) {
         s.currentFolder = dir.str();
         s.projectName = "Film";
         s.autosave = false;
@@ -137,10 +137,10 @@ TEST(ProjectSaver, AFailedSaveKeepsTheRemovalsForTheNextSave) {
     p.s.saver().entriesToRemove.push_back(node);
     p.open->hasChanged = true;
 
-    lumbra::tables::setWriteFailureHook(
+    lumbra::base::setWriteFailureHook(
         [](const std::string& path) { return path.find("bin_01.ale") != std::string::npos; });
     const bool saved = p.s.save();
-    lumbra::tables::setWriteFailureHook({});
+    lumbra::base::setWriteFailureHook({});
 
     EXPECT_FALSE(saved);
     EXPECT_EQ(p.s.saver().entriesToRemove.size(), 1u);
@@ -162,10 +162,10 @@ TEST(ProjectSaver, AProjectFileThatCannotBeWrittenFailsTheSave) {
     const std::string before = readFile(p.folder() / "tarelproject");
     p.s.gang = true;
     PrintCapture capture;
-    lumbra::tables::setWriteFailureHook(
+    lumbra::base::setWriteFailureHook(
         [](const std::string& path) { return path.find("tarelproject") != std::string::npos; });
     const bool saved = p.s.save();
-    lumbra::tables::setWriteFailureHook({});
+    lumbra::base::setWriteFailureHook({});
     EXPECT_FALSE(saved);
     EXPECT_TRUE(capture.contains("ERROR while saving file " + p.folder().string() + "/tarelproject"));
     EXPECT_EQ(readFile(p.folder() / "tarelproject"), before);

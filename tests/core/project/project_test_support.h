@@ -1,9 +1,9 @@
 #pragma once
 
+#include "base/saveable.h"
+#include "base/text_file.h"
 #include "project/bin.h"
 #include "project/bins_tree_entry.h"
-#include "project/saveable.h"
-#include "tables/text_file.h"
 
 #include <filesystem>
 #include <fstream>
@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 class TempFolder {
 public:
     TempFolder() {
-        path = fs::temp_directory_path() / ("lumbra-project-" + makeUuid());
+        path = fs::temp_directory_path() / ("lumbra-project-" + base::makeUuid());
         fs::create_directories(path);
     }
     ~TempFolder() {
@@ -42,7 +42,7 @@ inline void writeFile(const fs::path& p, const std::string& text) {
 }
 
 inline std::string readFile(const fs::path& p) {
-    return tables::readFileBytes(p.string()).value_or("<none>");
+    return base::readFileBytes(p.string()).value_or("<none>");
 }
 
 // Every path under the folder, relative to it, folders with a "/" at the end.

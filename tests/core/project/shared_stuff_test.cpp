@@ -1,18 +1,18 @@
-#include "app/scripted_interaction.h"
+#include "base/console.h"
+#include "base/scripted_interaction.h"
 #include "core/project/project_test_support.h"
 #include "project/shared_stuff.h"
-#include "tables/console.h"
 
 #include <gtest/gtest.h>
 
 using namespace lumbra::project;
 using namespace lumbra::project::testing;
-using lumbra::app::ScriptedInteraction;
+using lumbra::base::NotificationData;
+using lumbra::base::NotificationType;
+using lumbra::base::PrintCapture;
+using lumbra::base::ScriptedInteraction;
 using lumbra::tables::ALEEntry;
 using lumbra::tables::EntryPtr;
-using lumbra::tables::NotificationData;
-using lumbra::tables::NotificationType;
-using lumbra::tables::PrintCapture;
 
 namespace {
 

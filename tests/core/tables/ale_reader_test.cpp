@@ -1,6 +1,6 @@
+#include "base/console.h"
 #include "table_test_support.h"
 #include "tables/ale_table.h"
-#include "tables/console.h"
 
 #include <gtest/gtest.h>
 
@@ -21,7 +21,7 @@ struct Read {
 Read readBytes(const std::string& bytes, const std::string& name = "clips.ale") {
     TempDir dir;
     std::string path = dir.write(name, bytes);
-    PrintCapture capture;
+    base::PrintCapture capture;
     ALETable table(path);
     return {std::move(table), capture.lines()};
 }
@@ -408,8 +408,8 @@ TEST(ALEReader, PathsThatAreNoFile) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        PrintCapture capture;
-        Notifications notes;
+        base::PrintCapture capture;
+        base::Notifications notes;
         ALETable table(c.path, &notes);
         EXPECT_FALSE(table.state);
         EXPECT_EQ(capture.lines(), c.printed);
@@ -425,8 +425,8 @@ TEST(ALEReader, UnreadableFile) {
     const std::string path = "/proc/self/mem";
     if (!std::filesystem::exists(path))
         GTEST_SKIP() << "no " << path;
-    PrintCapture capture;
-    Notifications notes;
+    base::PrintCapture capture;
+    base::Notifications notes;
     ALETable table(path, &notes);
     EXPECT_FALSE(table.state);
     EXPECT_EQ(capture.lines(), (Lines{"ERROR reading " + path, "error while opening " + path}));
@@ -461,7 +461,7 @@ TEST(ALEReader, TableName) {
 }
 
 TEST(ALEReader, FromTextPointsRowsAtTheFinalTable) {
-    PrintCapture capture;
+    base::PrintCapture capture;
     ALETable table = ALETable::fromText(kGood, "given");
     EXPECT_TRUE(table.state);
     EXPECT_EQ(table.tablename, "given");

@@ -1,7 +1,7 @@
+#include "base/text_order.h"
 #include "table_test_support.h"
 #include "tables/ale_sorter.h"
 #include "tables/list_sorter.h"
-#include "tables/text_order.h"
 
 #include <gtest/gtest.h>
 
@@ -88,13 +88,13 @@ TEST(ALESorter, CompareAtAndCanonicalEquivalence) {
     EXPECT_EQ(up.compareAt(4, 2), 2);
     EXPECT_EQ(up.compareAt(0, 1), 0);
 
-    EXPECT_EQ(compareText("caf\xC3\xA9", "cafe\xCC\x81"), 0);
-    EXPECT_EQ(compareText("a\xCC\xA3\xCC\x82", "a\xCC\x82\xCC\xA3"), 0);
-    EXPECT_LT(compareText("B", "a"), 0);
-    EXPECT_GT(compareText("e\xCC\x81", "f"), 0);
-    EXPECT_EQ(sortKey("cafe\xCC\x81"), "caf\xC3\xA9");
-    EXPECT_FALSE(isSortKey("cafe\xCC\x81"));
-    EXPECT_TRUE(isSortKey("caf\xC3\xA9"));
+    EXPECT_EQ(base::compareText("caf\xC3\xA9", "cafe\xCC\x81"), 0);
+    EXPECT_EQ(base::compareText("a\xCC\xA3\xCC\x82", "a\xCC\x82\xCC\xA3"), 0);
+    EXPECT_LT(base::compareText("B", "a"), 0);
+    EXPECT_GT(base::compareText("e\xCC\x81", "f"), 0);
+    EXPECT_EQ(base::sortKey("cafe\xCC\x81"), "caf\xC3\xA9");
+    EXPECT_FALSE(base::isSortKey("cafe\xCC\x81"));
+    EXPECT_TRUE(base::isSortKey("caf\xC3\xA9"));
 
     ALETable t;
     t.cols = {"V"};

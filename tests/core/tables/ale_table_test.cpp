@@ -1,6 +1,6 @@
+#include "base/console.h"
 #include "table_test_support.h"
 #include "tables/ale_table.h"
-#include "tables/console.h"
 
 #include <gtest/gtest.h>
 
@@ -69,14 +69,14 @@ TEST(ALETable, SwapAndMoveColumns) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         ALETable t = makeTable({"A", "B", "C", "D"}, {});
-        PrintCapture capture;
+        base::PrintCapture capture;
         EXPECT_EQ(t.moveColumn(c.from, c.to), c.reached);
         EXPECT_EQ(t.cols, c.cols);
         EXPECT_EQ(capture.lines(), c.printed);
     }
 
     ALETable t = makeTable({"A", "B", "C"}, {});
-    PrintCapture capture;
+    base::PrintCapture capture;
     EXPECT_EQ(t.moveColumn("C", 0), 0);
     EXPECT_EQ(t.cols, (Names{"C", "A", "B"}));
     EXPECT_EQ(t.moveColumn("Z", 0), std::nullopt);
@@ -95,7 +95,7 @@ TEST(ALETable, RenameColumn) {
     RecordingProject project;
     ALETable t = makeTable({"A", "B"}, {{{"A", "1"}, {"B", "2"}}, {{"B", "3"}}, {{"A", ""}}}, &project);
     {
-        PrintCapture capture;
+        base::PrintCapture capture;
         EXPECT_EQ(t.renameColumn("A", "A"), (std::pair<std::string, std::string>{"A", "A"}));
         EXPECT_EQ(t.renameColumn("A", "B"), std::nullopt);
         EXPECT_EQ(t.renameColumn("Z", "Y"), std::nullopt);
@@ -220,7 +220,7 @@ TEST(ALETable, RemapColumns) {
     RecordingProject project;
     ALETable t = makeTable({"A", "B", "C"}, {{{"A", "1"}, {"B", "2"}, {"C", "3"}}, {{"B", "4"}}}, &project);
     {
-        PrintCapture capture;
+        base::PrintCapture capture;
         EXPECT_FALSE(t.remapColumns({{"A", "B"}}));
         ASSERT_EQ(capture.lines().size(), 1u);
         const std::string& line = capture.lines()[0];
@@ -344,7 +344,7 @@ TEST(ALETable, UpdateEntry) {
     ALETable t = makeTable({"Name", "Tape", "Scene"},
                            {{{"Name", "A"}, {"Tape", "T1"}, {"Scene", "1"}}, {{"Name", "B"}}}, &project);
     {
-        PrintCapture capture;
+        base::PrintCapture capture;
         EXPECT_EQ(t.updateEntry(RowData{{"Name", "A"}, {"Scene", "9"}}, {"Name"}, {}, {{"Name", true}}), -1);
         EXPECT_EQ(capture.lines(), Lines{"ERROR: cannot update entry as the priorities array has a number of "
                                          "entries different from the number of columns"});
@@ -445,7 +445,7 @@ public:
 
 TEST(ALETable, RowsOfAListingTableDoNotPointAtIt) {
     ListingTable listing;
-    PrintCapture capture;
+    base::PrintCapture capture;
     listing.parse("Heading\nFIELD_DELIM\tTABS\nColumn\nName\nData\na\n");
     EXPECT_TRUE(listing.state);
     ASSERT_EQ(listing.data.size(), 1u);

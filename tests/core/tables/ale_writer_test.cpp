@@ -1,7 +1,7 @@
+#include "base/console.h"
+#include "base/text_file.h"
 #include "table_test_support.h"
 #include "tables/ale_table.h"
-#include "tables/console.h"
-#include "tables/text_file.h"
 
 #include <gtest/gtest.h>
 #include <random>
@@ -187,7 +187,7 @@ TEST(ALEWriter, SaveRefusesToOverwriteAndCreatesFolders) {
         SCOPED_TRACE(c.name);
         std::string path = dir.file(std::string(c.name) + "/deeper/out.txt");
         {
-            PrintCapture capture;
+            base::PrintCapture capture;
             EXPECT_TRUE(c.save(path, false));
             EXPECT_TRUE(capture.lines().empty());
         }
@@ -195,7 +195,7 @@ TEST(ALEWriter, SaveRefusesToOverwriteAndCreatesFolders) {
 
         dir.write(std::string(c.name) + "/deeper/out.txt", "old");
         {
-            PrintCapture capture;
+            base::PrintCapture capture;
             EXPECT_FALSE(c.save(path, false));
             EXPECT_EQ(capture.lines(), Lines{"ERROR: file exists, but overwrite is set to false"});
         }
@@ -210,22 +210,22 @@ TEST(ALEWriter, SaveFailures) {
     ALETable t = sampleTable();
     std::string blocker = dir.write("blocker", "a file where a folder should be");
     {
-        PrintCapture capture;
+        base::PrintCapture capture;
         EXPECT_FALSE(t.saveALE(blocker + "/sub/x.ale", {}, false, false));
         EXPECT_EQ(capture.lines(), Lines{"ERROR: couldn't create directory " + blocker + "/sub"});
     }
     {
-        PrintCapture capture;
+        base::PrintCapture capture;
         EXPECT_FALSE(t.saveCSV(blocker + "/x.csv", ",", false, {}, false, false));
         EXPECT_EQ(capture.lines(), Lines{"ERROR: couldn't crete directory " + blocker});
     }
     {
         std::string path = dir.file("failing.ale");
-        setWriteFailureHook([](const std::string&) { return true; });
-        PrintCapture capture;
+        base::setWriteFailureHook([](const std::string&) { return true; });
+        base::PrintCapture capture;
         bool saved = t.saveALE(path, {}, true, false);
         bool savedCsv = t.saveCSV(path, ",", false, {}, true, false);
-        setWriteFailureHook({});
+        base::setWriteFailureHook({});
         EXPECT_FALSE(saved);
         EXPECT_FALSE(savedCsv);
         EXPECT_EQ(capture.lines(),
@@ -235,7 +235,7 @@ TEST(ALEWriter, SaveFailures) {
         // A plain file name has no folder to make.
         auto cwd = std::filesystem::current_path();
         std::filesystem::current_path(dir.path());
-        PrintCapture capture;
+        base::PrintCapture capture;
         EXPECT_TRUE(t.saveALE("plain.ale", {}, false, false));
         std::filesystem::current_path(cwd);
         EXPECT_TRUE(capture.lines().empty());
@@ -252,7 +252,7 @@ TEST(ALEWriter, RoundTripGivesTheSameTable) {
                              "\tn\t\t\t\textra\n"
                              "C \tcaf\xC3\xA9\n";
     std::string path = dir.write("first.ale", file);
-    PrintCapture capture;
+    base::PrintCapture capture;
     ALETable first(path);
     ASSERT_TRUE(first.state);
     first.data[1]->setData([&] {
@@ -311,7 +311,7 @@ TEST(ALEWriter, RandomTablesReadBackTheSame) {
         table.tape = pick(2) ? " Reel  7" : "";
         std::string text = table.aleText({}, false);
 
-        PrintCapture capture;
+        base::PrintCapture capture;
         ALETable back = ALETable::fromText(text, "back");
         ASSERT_TRUE(back.state) << text;
         EXPECT_TRUE(capture.lines().empty());

@@ -1,13 +1,14 @@
+#include "base/console.h"
+#include "base/saveable.h"
+#include "base/text_file.h"
 #include "layout_test_support.h"
-#include "project/saveable.h"
 #include "tables/columns_layout.h"
-#include "tables/console.h"
-#include "tables/text_file.h"
 
 #include <gtest/gtest.h>
 
 using namespace lumbra::tables;
 using namespace lumbra::tables::testing;
+namespace base = lumbra::base;
 namespace fs = std::filesystem;
 
 namespace {
@@ -55,7 +56,7 @@ TEST(ColumnsLayout, SavesTheFileByteForByte) {
         SCOPED_TRACE(c.name);
         TempDir dir;
         c.layout.colwidths = c.widths;
-        Notifications notes;
+        base::Notifications notes;
         ASSERT_TRUE(c.layout.save(dir.path(), false, &notes));
         EXPECT_TRUE(notes.empty());
         EXPECT_EQ(fileBytes(dir.file(c.file)), c.expected);
@@ -101,14 +102,14 @@ TEST(ColumnsLayout, ReadsHandWrittenFiles) {
         ColumnsLayout read("before");
         read.columns = {"stale"};
         read.colwidths = {{"stale", 1.0}};
-        Notifications notes;
+        base::Notifications notes;
         ASSERT_TRUE(read.load(folder, &notes));
         EXPECT_TRUE(notes.empty());
         EXPECT_EQ(read.name, c.layoutName);
         EXPECT_EQ(read.columns, c.columns);
         EXPECT_EQ(read.colwidths, c.widths);
         EXPECT_EQ(read.uuid(), "ID");
-        EXPECT_EQ(read.tag, lumbra::project::Tag::red);
+        EXPECT_EQ(read.tag, lumbra::base::Tag::red);
         EXPECT_FALSE(read.hasChanged);
     }
 }
@@ -117,7 +118,7 @@ TEST(ColumnsLayout, RoundTripsAndSavesReadWidthsAsWritten) {
     TempDir dir;
     ColumnsLayout original("Grade", {"Name", "ASC_SOP", "Comments", "Scène"});
     original.colwidths = {{"Name", 100.0}, {"ASC_SOP", 0.5}, {"Scène", 123456.0}, {"Unused", 3.0}};
-    original.tag = lumbra::project::Tag::blue;
+    original.tag = lumbra::base::Tag::blue;
     ASSERT_TRUE(original.save(dir.path(), false, nullptr));
 
     ColumnsLayout read("");
@@ -127,7 +128,7 @@ TEST(ColumnsLayout, RoundTripsAndSavesReadWidthsAsWritten) {
     EXPECT_EQ(read.colwidths,
               (std::map<std::string, double>{{"Name", 100.0}, {"ASC_SOP", 0.5}, {"Scène", 123456.0}}));
     EXPECT_EQ(read.uuid(), original.uuid());
-    EXPECT_EQ(read.tag, lumbra::project::Tag::blue);
+    EXPECT_EQ(read.tag, lumbra::base::Tag::blue);
 
     // A width read from a file comes back in the same words when the layout is saved elsewhere.
     TempDir first;
@@ -152,18 +153,19 @@ TEST(ColumnsLayout, AFolderWithoutALayoutFileIsRefused) {
             fs::create_directories(dir.file("bad.layout"));
         ColumnsLayout read("");
         read.columns = {"stale"};
-        Notifications notes;
-        PrintCapture capture;
+        base::Notifications notes;
+        base::PrintCapture capture;
         EXPECT_FALSE(read.load(dir.path(), &notes));
         EXPECT_TRUE(read.columns.empty());
         EXPECT_EQ(read.name, "");
         ASSERT_FALSE(notes.empty());
         EXPECT_EQ(notes.back(),
-                  NotificationData("Error loading layout", "Error reading layout in " + dir.path(),
-                                   NotificationType::WARNING));
+                  base::NotificationData("Error loading layout", "Error reading layout in " + dir.path(),
+                                         base::NotificationType::WARNING));
         if (!c.makeUnreadable) {
-            EXPECT_EQ(notes.front(), NotificationData("Loading error", "No .layout file in " + dir.path(),
-                                                      NotificationType::KO));
+            EXPECT_EQ(notes.front(),
+                      base::NotificationData("Loading error", "No .layout file in " + dir.path(),
+                                             base::NotificationType::KO));
             EXPECT_TRUE(capture.contains("ERROR: no .layout file in " + dir.path()));
         }
     }
@@ -180,24 +182,24 @@ TEST(ColumnsLayout, AFailedWriteLeavesThePreviousFileWhole) {
         layout.hasChanged = true;
         std::string path = dir.file("Keep.layout");
 
-        Notifications notes;
-        PrintCapture capture;
+        base::Notifications notes;
+        base::PrintCapture capture;
         bool saved;
         if (readOnly) {
             ReadOnlyFolder locked(dir.path());
             saved = layout.save(dir.path(), false, &notes);
         } else {
-            setWriteFailureHook([](const std::string& p) { return p.ends_with(".layout"); });
+            base::setWriteFailureHook([](const std::string& p) { return p.ends_with(".layout"); });
             saved = layout.save(dir.path(), false, &notes);
-            setWriteFailureHook({});
+            base::setWriteFailureHook({});
         }
         EXPECT_FALSE(saved);
         EXPECT_TRUE(layout.hasChanged);
         EXPECT_EQ(fileBytes(path), "Keep\nName\t80.0\nStart");
         EXPECT_EQ(listTree(dir.path()), (std::set<std::string>{"lumbra_details", "Keep.layout"}));
         ASSERT_EQ(notes.size(), 1u);
-        EXPECT_EQ(notes[0],
-                  NotificationData("Error saving layout", "Error saving " + path, NotificationType::KO));
+        EXPECT_EQ(notes[0], base::NotificationData("Error saving layout", "Error saving " + path,
+                                                   base::NotificationType::KO));
         EXPECT_TRUE(capture.contains("saving layout Keep"));
         EXPECT_TRUE(capture.contains("Error saving " + path));
     }
@@ -217,8 +219,8 @@ TEST(ColumnsLayout, ARenameLeavesOnlyTheNewFile) {
 
     // A stray file that cannot be removed could win the next load, so the save fails.
     std::string stray = dir.write("stray.layout", "Stray");
-    Notifications notes;
-    PrintCapture capture;
+    base::Notifications notes;
+    base::PrintCapture capture;
     {
         ReadOnlyFolder locked(dir.path());
         EXPECT_FALSE(layout.save(dir.path(), false, &notes));
@@ -297,8 +299,8 @@ TEST(ProjectLayouts, LayoutNamedFindsByColumnsInAnyOrder) {
     ProjectLayouts p;
     p.layouts = {layout("Alpha", {"Name", "Start", "End"}), layout("Beta", {"End", "Start", "Name"}),
                  layout("Gamma", {"Name", "Start"})};
-    Notifications notes;
-    PrintCapture capture;
+    base::Notifications notes;
+    base::PrintCapture capture;
     EXPECT_EQ(p.layoutNamed({"Start", "Name", "End"}, &notes), "Alpha");
     EXPECT_EQ(p.layoutNamed({"Start", "Name"}, &notes), "Gamma");
     EXPECT_EQ(p.layoutNamed({"Name", "Name"}, &notes), "Lay_01");
@@ -309,15 +311,15 @@ TEST(ProjectLayouts, LayoutNamedFindsByColumnsInAnyOrder) {
 TEST(ProjectLayouts, LayoutNamedMakesASortedLayoutWithTheColourTag) {
     ProjectLayouts p;
     p.layouts = {layout("Zulu", {"A"}), layout("Lay_01", {"B"}), layout("Alpha", {"C"})};
-    Notifications notes;
-    PrintCapture capture;
+    base::Notifications notes;
+    base::PrintCapture capture;
     EXPECT_EQ(p.layoutNamed({"Name", "Tape"}, &notes), "Lay_02");
     EXPECT_EQ(namesOf(p.layouts), (std::vector<std::string>{"Alpha", "Lay_01", "Lay_02", "Zulu"}));
     EXPECT_EQ(p.layouts[2]->columns, (std::vector<std::string>{"Name", "Tape", "Lumbra_Color_Tag"}));
     std::string message = R"(Automatically created layout Lay_02 with columns: ["Name", "Tape"])";
     EXPECT_TRUE(capture.contains(message));
     ASSERT_EQ(notes.size(), 1u);
-    EXPECT_EQ(notes[0], NotificationData("Layout Added", message, NotificationType::WARNING));
+    EXPECT_EQ(notes[0], base::NotificationData("Layout Added", message, base::NotificationType::WARNING));
 
     // A list that has the tag already keeps it where it stands, and is then found again.
     EXPECT_EQ(p.layoutNamed({"Lumbra_Color_Tag", "X"}, nullptr), "Lay_03");

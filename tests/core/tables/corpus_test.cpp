@@ -1,5 +1,5 @@
+#include "base/console.h"
 #include "tables/ale_table.h"
-#include "tables/console.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -57,7 +57,7 @@ TEST(Corpus, AleFilesLoad) {
 
     for (const auto& f : kAleFiles) {
         SCOPED_TRACE(f.name);
-        PrintCapture capture;
+        base::PrintCapture capture;
         ALETable table((kCorpus / "ale" / f.name).string());
         ASSERT_TRUE(table.state);
         EXPECT_TRUE(capture.lines().empty());
@@ -94,7 +94,7 @@ TEST(Corpus, AleFilesLoad) {
 
 TEST(Corpus, AleHeadings) {
     auto read = [](const char* name) {
-        PrintCapture quiet;
+        base::PrintCapture quiet;
         return ALETable((kCorpus / "ale" / name).string());
     };
     // Every heading on one line: only the delimiter is read, as the second token.
@@ -133,7 +133,7 @@ TEST(Corpus, OtherFilesAreRefusedCleanly) {
             continue;
         for (const auto& entry : fs::directory_iterator(folder.path())) {
             SCOPED_TRACE(entry.path().string());
-            PrintCapture capture;
+            base::PrintCapture capture;
             ALETable table(entry.path().string());
             EXPECT_FALSE(table.state);
             EXPECT_TRUE(table.data.empty());

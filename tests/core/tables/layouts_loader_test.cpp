@@ -1,11 +1,12 @@
+#include "base/console.h"
 #include "layout_test_support.h"
-#include "tables/console.h"
 #include "tables/layouts_loader.h"
 
 #include <gtest/gtest.h>
 
 using namespace lumbra::tables;
 using namespace lumbra::tables::testing;
+namespace base = lumbra::base;
 namespace fs = std::filesystem;
 
 namespace {
@@ -25,7 +26,7 @@ TEST(LayoutsLoader, LoadsEveryLayoutFolderInListingOrder) {
         std::vector<std::string> columns;
         std::map<std::string, double> widths;
         std::string uuid;
-        lumbra::project::Tag tag;
+        lumbra::base::Tag tag;
     };
     const std::map<std::string, Expected> byFolder = {
         {"Dailies - 6F1C2B4E-8D3A-4B7E-9C21-0A5D3E7F1B22",
@@ -33,16 +34,16 @@ TEST(LayoutsLoader, LoadsEveryLayoutFolderInListingOrder) {
           {"Name", "Start", "Scene", "Take"},
           {{"Start", 100.0}, {"Scene", 87.5}},
           "6F1C2B4E-8D3A-4B7E-9C21-0A5D3E7F1B22",
-          lumbra::project::Tag::green}},
+          lumbra::base::Tag::green}},
         {"Grade - 0B9E4C7A-2F6D-4E18-A3B5-7C1D9F2E4A60",
          {"Grade",
           {"Name", "ASC_SOP", "ASC_SAT"},
           {{"Name", 120.0}, {"ASC_SOP", 310.5}},
           "0B9E4C7A-2F6D-4E18-A3B5-7C1D9F2E4A60",
-          lumbra::project::Tag::none}},
+          lumbra::base::Tag::none}},
         {"Broken - 3D7A1E9C-5B2F-4C86-8E4D-1F6A0B3C9D75",
-         {"", {}, {}, "3D7A1E9C-5B2F-4C86-8E4D-1F6A0B3C9D75", lumbra::project::Tag::pink}},
-        {"Handmade", {"Handmade", {"Name", "Tape"}, {{"Name", 64.0}}, "", lumbra::project::Tag::none}},
+         {"", {}, {}, "3D7A1E9C-5B2F-4C86-8E4D-1F6A0B3C9D75", lumbra::base::Tag::pink}},
+        {"Handmade", {"Handmade", {"Name", "Tape"}, {{"Name", 64.0}}, "", lumbra::base::Tag::none}},
     };
     std::vector<std::string> order;
     for (const auto& entry : fs::directory_iterator(dir.path())) {
@@ -50,8 +51,8 @@ TEST(LayoutsLoader, LoadsEveryLayoutFolderInListingOrder) {
             order.push_back(entry.path().filename().string());
     }
 
-    Notifications notes;
-    PrintCapture capture;
+    base::Notifications notes;
+    base::PrintCapture capture;
     LayoutList layouts = LayoutsLoader(dir.path()).loadAll(&notes);
     ASSERT_EQ(layouts.size(), order.size());
     for (std::size_t i = 0; i < order.size(); ++i) {
@@ -63,13 +64,14 @@ TEST(LayoutsLoader, LoadsEveryLayoutFolderInListingOrder) {
         EXPECT_EQ(layouts[i]->tag, e.tag);
         EXPECT_FALSE(layouts[i]->hasChanged);
         // A folder without details gets a new uuid, written at once into the folder.
-        std::string uuid = e.uuid.empty() ? *lumbra::project::readDetailsLine(dir.file(order[i]), 1) : e.uuid;
+        std::string uuid = e.uuid.empty() ? *lumbra::base::readDetailsLine(dir.file(order[i]), 1) : e.uuid;
         EXPECT_EQ(layouts[i]->uuid(), uuid);
     }
     std::string broken = dir.file("Broken - 3D7A1E9C-5B2F-4C86-8E4D-1F6A0B3C9D75");
     ASSERT_FALSE(notes.empty());
-    EXPECT_EQ(notes.back(), NotificationData("Error loading layout", "Error reading layout in " + broken,
-                                             NotificationType::WARNING));
+    EXPECT_EQ(notes.back(),
+              base::NotificationData("Error loading layout", "Error reading layout in " + broken,
+                                     base::NotificationType::WARNING));
     EXPECT_FALSE(fs::exists(dir.file("notes/lumbra_details")));
 }
 
@@ -105,7 +107,7 @@ TEST(LayoutsLoader, RecognisesLayoutFolders) {
 TEST(LayoutsLoader, OnlyLayoutFoldersAreLoaded) {
     TempDir dir;
     dir.write("notes/readme.txt", "x");
-    Notifications notes;
+    base::Notifications notes;
     EXPECT_EQ(LayoutsLoader(dir.path()).loadLayout(dir.file("notes"), &notes), nullptr);
     EXPECT_TRUE(notes.empty());
     EXPECT_FALSE(fs::exists(dir.file("notes/lumbra_details")));
@@ -116,8 +118,8 @@ TEST(LayoutsLoader, AnUnlistableBaseGivesNothingQuietly) {
     dir.write("file", "x");
     for (const std::string& base : {dir.file("missing"), dir.file("file")}) {
         SCOPED_TRACE(base);
-        Notifications notes;
-        PrintCapture capture;
+        base::Notifications notes;
+        base::PrintCapture capture;
         EXPECT_TRUE(LayoutsLoader(base).loadAll(&notes).empty());
         EXPECT_TRUE(notes.empty());
         EXPECT_TRUE(capture.lines().empty());

@@ -1,14 +1,15 @@
+#include "base/console.h"
+#include "base/saveable.h"
+#include "base/text_file.h"
 #include "layout_test_support.h"
-#include "project/saveable.h"
-#include "tables/console.h"
 #include "tables/layouts_loader.h"
 #include "tables/layouts_saver.h"
-#include "tables/text_file.h"
 
 #include <gtest/gtest.h>
 
 using namespace lumbra::tables;
 using namespace lumbra::tables::testing;
+namespace base = lumbra::base;
 namespace fs = std::filesystem;
 
 namespace {
@@ -27,8 +28,8 @@ struct SavedProject {
         empty->setUuid(emptyId);
         p.layouts = {dailies, empty};
     }
-    bool save(Notifications* notes = nullptr) { return LayoutsSaver(p, base).saveAll(notes); }
-    bool saveReadOnly(Notifications* notes) {
+    bool save(base::Notifications* notes = nullptr) { return LayoutsSaver(p, base).saveAll(notes); }
+    bool saveReadOnly(base::Notifications* notes) {
         ReadOnlyFolder locked(base);
         return save(notes);
     }
@@ -46,7 +47,7 @@ const std::string emptyFolder = std::string("Empty - ") + emptyId;
 TEST(LayoutsSaver, FirstSaveWritesOneFolderPerLayoutAndASecondTouchesNoFile) {
     TempDir dir;
     SavedProject project(dir.file("layout"));
-    PrintCapture capture;
+    base::PrintCapture capture;
     ASSERT_TRUE(project.save());
     EXPECT_EQ(listTree(project.base),
               (std::set<std::string>{dailiesFolder + "/", dailiesFolder + "/lumbra_details",
@@ -55,7 +56,7 @@ TEST(LayoutsSaver, FirstSaveWritesOneFolderPerLayoutAndASecondTouchesNoFile) {
     EXPECT_EQ(fileBytes(project.base + "/" + dailiesFolder + "/Dailies.layout"),
               "Dailies\nName\nStart\t100.0\nTake\t42.5");
     EXPECT_EQ(fileBytes(project.base + "/" + emptyFolder + "/Empty.layout"), "Empty");
-    EXPECT_EQ(lumbra::project::readDetailsLine(project.base + "/" + emptyFolder, 1), emptyId);
+    EXPECT_EQ(lumbra::base::readDetailsLine(project.base + "/" + emptyFolder, 1), emptyId);
     EXPECT_EQ(capture.lines(), (std::vector<std::string>{"saving layout Dailies", "saving layout Empty"}));
     EXPECT_FALSE(project.dailies().hasChanged);
 
@@ -72,7 +73,7 @@ TEST(LayoutsSaver, FirstSaveWritesOneFolderPerLayoutAndASecondTouchesNoFile) {
 
     auto tree = listTree(project.base);
     auto times = ageFiles(project.base);
-    PrintCapture second;
+    base::PrintCapture second;
     ASSERT_TRUE(project.save());
     EXPECT_EQ(listTree(project.base), tree);
     EXPECT_EQ(fileTimes(project.base), times);
@@ -85,7 +86,7 @@ TEST(LayoutsSaver, ARenameMovesTheFolderAndWritesTheNewFile) {
     ASSERT_TRUE(project.save());
     project.dailies().name = "Rushes";
     project.dailies().hasChanged = true;
-    PrintCapture capture;
+    base::PrintCapture capture;
     ASSERT_TRUE(project.save());
     std::string from = project.base + "/" + dailiesFolder;
     std::string to = project.base + "/Rushes - " + dailiesId;
@@ -143,8 +144,8 @@ TEST(LayoutsSaver, AFailedMoveIsReportedAndChangesNothing) {
     project.dailies().name = "Rushes";
     project.dailies().hasChanged = true;
     auto tree = listTree(project.base);
-    Notifications notes;
-    PrintCapture capture;
+    base::Notifications notes;
+    base::PrintCapture capture;
     bool saved = project.saveReadOnly(&notes);
     EXPECT_FALSE(saved);
     EXPECT_EQ(listTree(project.base), tree);
@@ -152,8 +153,8 @@ TEST(LayoutsSaver, AFailedMoveIsReportedAndChangesNothing) {
                         "/Rushes - " + dailiesId;
     EXPECT_TRUE(capture.contains("ERROR moving folder for " + where));
     ASSERT_FALSE(notes.empty());
-    EXPECT_EQ(notes.front(),
-              NotificationData("Moving error", "Error moving folder for " + where, NotificationType::KO));
+    EXPECT_EQ(notes.front(), base::NotificationData("Moving error", "Error moving folder for " + where,
+                                                    base::NotificationType::KO));
     EXPECT_TRUE(project.dailies().hasChanged);
 }
 
@@ -165,16 +166,16 @@ TEST(LayoutsSaver, AFailedSaveIsReportedAndTheOthersStillSave) {
     project.dailies().hasChanged = true;
     auto extra = std::make_shared<ColumnsLayout>("Extra", std::vector<std::string>{"Tape"});
     project.p.layouts.push_back(extra);
-    Notifications notes;
-    setWriteFailureHook([](const std::string& path) { return path.ends_with("Dailies.layout"); });
+    base::Notifications notes;
+    base::setWriteFailureHook([](const std::string& path) { return path.ends_with("Dailies.layout"); });
     bool saved = project.save(&notes);
-    setWriteFailureHook({});
+    base::setWriteFailureHook({});
     EXPECT_FALSE(saved);
     std::string path = project.base + "/" + dailiesFolder + "/Dailies.layout";
     EXPECT_EQ(fileBytes(path), "Dailies\nName\nStart\t100.0\nTake\t42.5");
     ASSERT_EQ(notes.size(), 1u);
-    EXPECT_EQ(notes[0],
-              NotificationData("Error saving layout", "Error saving " + path, NotificationType::KO));
+    EXPECT_EQ(notes[0], base::NotificationData("Error saving layout", "Error saving " + path,
+                                               base::NotificationType::KO));
     EXPECT_EQ(fileBytes(project.base + "/Extra - " + extra->uuid() + "/Extra.layout"), "Extra\nTape");
     // The change is still to be saved, and the next save writes it.
     EXPECT_TRUE(project.dailies().hasChanged);
@@ -188,8 +189,8 @@ TEST(LayoutsSaver, AFolderThatCannotBeRemovedIsOnlyPrinted) {
     SavedProject project(dir.file("layout"));
     ASSERT_TRUE(project.save());
     project.p.layouts.pop_back();
-    Notifications notes;
-    PrintCapture capture;
+    base::Notifications notes;
+    base::PrintCapture capture;
     bool saved = project.saveReadOnly(&notes);
     EXPECT_TRUE(saved);
     EXPECT_TRUE(notes.empty());

@@ -1,9 +1,9 @@
+#include "base/console.h"
 #include "binbox/bin_box.h"
 #include "binbox/bin_table_model.h"
 #include "binbox/box_header.h"
 #include "project/bin.h"
 #include "project/shared_stuff.h"
-#include "tables/console.h"
 
 #include <QAbstractItemModelTester>
 #include <QApplication>
@@ -24,13 +24,13 @@ public:
     bool panelInFront() const override { return panel; }
     void toggleViewMode() override { ++toggles; }
     QWidget* boxesArea() override { return nullptr; }
-    void showNotification(const tables::NotificationData& notification) override {
+    void showNotification(const base::NotificationData& notification) override {
         notes.push_back(notification);
     }
 
     bool panel = false;
     int toggles = 0;
-    std::vector<tables::NotificationData> notes;
+    std::vector<base::NotificationData> notes;
 };
 
 // The window side of the project: it makes the bins' boxes, as the main window does.
@@ -148,7 +148,7 @@ void BinBoxTest::cellsShowValuesTagsAndEmptyMarks() {
 
     // Rows that left the table behind the model's back answer nothing and say so.
     const QModelIndex last = view->model()->index(2, 1);
-    tables::PrintCapture capture;
+    base::PrintCapture capture;
     p.bin().table()->data.pop_back();
     QVERIFY(!last.data().isValid());
     QVERIFY(capture.contains("ERROR: bin day0 (day0) asked for row 2, which is out of bounds"));

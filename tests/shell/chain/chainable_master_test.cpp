@@ -1,10 +1,10 @@
 #include "../../core/project/project_test_support.h"
+#include "base/console.h"
 #include "chain/chainable_master.h"
 #include "chain/picker_popup.h"
 #include "chain/tree_pickers.h"
 #include "demo_panel.h"
 #include "project/shared_stuff.h"
-#include "tables/console.h"
 
 #include <QApplication>
 #include <QLineEdit>
@@ -153,7 +153,7 @@ private slots:
         input.string = "stats";
         second->sendBack(input);
         QCOMPARE(first.backInput, std::string("stats"));
-        lumbra::tables::PrintCapture capture;
+        lumbra::base::PrintCapture capture;
         first.sendBack(input);
         QVERIFY(capture.lines().empty());
 
@@ -180,7 +180,7 @@ private slots:
     }
 
     void plainPanelSaysWhatWasNotOverridden() {
-        lumbra::tables::PrintCapture capture;
+        lumbra::base::PrintCapture capture;
         ChainableViewController plain;
         QVERIFY(plain.createNext() != nullptr);
         plain.receiveBack(ChainableInput());

@@ -1,9 +1,9 @@
 #include "../../core/project/project_test_support.h"
+#include "base/console.h"
 #include "chain/fields_selection_input.h"
 #include "chain/layout_generator_view_controller.h"
 #include "chain/single_input_view_controller.h"
 #include "project/shared_stuff.h"
-#include "tables/console.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -234,7 +234,7 @@ private slots:
         QCOMPARE(chooser.layoutPopup()->count(), 3);
         QCOMPARE(chooser.layoutPopup()->itemText(0), QStringLiteral("<All columns>"));
 
-        lumbra::tables::PrintCapture capture;
+        lumbra::base::PrintCapture capture;
         QTest::keyClicks(chooser.filterTextField(), QStringLiteral("TA"));
         for (const char* shown : {"Start", "Take", "Tape"}) {
             QVERIFY2(itemNamed(chooser.unselectedColumnsList(), QString::fromLatin1(shown)), shown);

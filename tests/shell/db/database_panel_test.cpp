@@ -1,14 +1,14 @@
-#include "app/scripted_interaction.h"
 #include "app_delegate.h"
+#include "base/scripted_interaction.h"
 #include "chain/chainable_master.h"
 #include "chain/picker_popup.h"
 #include "chain/settable.h"
 #include "db/database_panel.h"
 #include "db/db_panel_views.h"
-#include "db/db_table.h"
 #include "main_window.h"
 #include "project/bin.h"
 #include "shell_test_support.h"
+#include "tables/db_table.h"
 #include "tool_panels.h"
 
 #include <QAbstractItemModelTester>
@@ -29,7 +29,7 @@
 #include <QUrl>
 #include <memory>
 
-using lumbra::app::ScriptedInteraction;
+using lumbra::base::ScriptedInteraction;
 using lumbra::shell::AppDelegate;
 using lumbra::shell::DatabasePanel;
 using lumbra::shell::DBDisplayTextField;
@@ -129,10 +129,10 @@ void answerFilePanel(const QStringList& paths, QFileDialog::FileMode mode = QFil
     poll->start();
 }
 
-lumbra::import::CsvOptions commaOptions() {
-    lumbra::import::CsvOptions options;
+lumbra::base::CsvOptions commaOptions() {
+    lumbra::base::CsvOptions options;
     options.separator = U',';
-    options.first_line = lumbra::import::FirstLineStyle::first;
+    options.first_line = lumbra::base::FirstLineStyle::first;
     return options;
 }
 
@@ -264,7 +264,7 @@ private slots:
         QCOMPARE(columnsOf(rows), (QStringList{"Name", "Path", "Size"}));
         QCOMPARE(rows.rowCount(), 3);
         QCOMPARE(rowOf(rows, 2), (QStringList{"B001C002", "clip.0012.exr", "5"}));
-        lumbra::db::DBTable& plates = *panel->selectedTable();
+        lumbra::tables::DBTable& plates = *panel->selectedTable();
 
         // Widths: a column with long paths widens to seven times the longest length, 25 characters.
         QHeaderView& header = *panel->displayTable()->horizontalHeader();
@@ -388,11 +388,11 @@ private slots:
     // The database picker's "< Load from File >" reads through the reader the panels install.
     void pickerReadsADatabaseFile() {
         struct Caller : lumbra::shell::DBSettable {
-            void setDB(const std::shared_ptr<lumbra::db::DBTable>& database, int tag) override {
+            void setDB(const std::shared_ptr<lumbra::tables::DBTable>& database, int tag) override {
                 received = database;
                 receivedTag = tag;
             }
-            std::shared_ptr<lumbra::db::DBTable> received;
+            std::shared_ptr<lumbra::tables::DBTable> received;
             int receivedTag = 0;
         } caller;
         lumbra::project::SharedStuff project(m_interaction);

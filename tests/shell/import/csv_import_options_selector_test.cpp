@@ -13,8 +13,8 @@
 #include <QTest>
 #include <QTimer>
 
-using lumbra::import::CsvOptions;
-using lumbra::import::FirstLineStyle;
+using lumbra::base::CsvOptions;
+using lumbra::base::FirstLineStyle;
 using lumbra::shell::CsvImportOptionsSelector;
 
 namespace {

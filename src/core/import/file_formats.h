@@ -1,7 +1,8 @@
 #pragma once
 
+#include "base/csv_layout.h"
+#include "base/notification.h"
 #include "tables/ale_table.h"
-#include "tables/notification.h"
 
 #include <memory>
 #include <span>
@@ -9,14 +10,13 @@
 #include <string_view>
 #include <vector>
 
-namespace lumbra::app {
+namespace lumbra::base {
 class UserInteraction;
 }
-namespace lumbra::import {
-struct CsvOptions;
-}
 
-namespace lumbra::tables {
+namespace lumbra::import {
+
+using tables::ALETable;
 
 // How a table is written: the columns to put out (empty: all) and the heading choices.
 struct WriteOptions {
@@ -32,15 +32,15 @@ struct FileFormat {
     // Lower case, with its dot.
     std::string_view suffix;
     // Always gives a table; its `state` tells whether the read was good.
-    std::unique_ptr<ALETable> (*read)(const std::string& path, Notifications* notifications);
+    std::unique_ptr<ALETable> (*read)(const std::string& path, base::Notifications* notifications);
     // False (with the writer's message printed) when the file could not be written.
     bool (*write)(const ALETable& table, const std::string& path, const WriteOptions& options);
     // Delimited text only: the read with the layout given, or else asked through the interaction (the
     // suffix's usual layout when both are null). Its table's `state` is false when the file could not
     // be read or the question was cancelled.
-    std::unique_ptr<ALETable> (*readDelimited)(const std::string& path, const import::CsvOptions* options,
-                                               app::UserInteraction* interaction,
-                                               Notifications* notifications) = nullptr;
+    std::unique_ptr<ALETable> (*readDelimited)(const std::string& path, const base::CsvOptions* options,
+                                               base::UserInteraction* interaction,
+                                               base::Notifications* notifications) = nullptr;
 };
 
 // Every format, in the order the user is shown them.
@@ -50,4 +50,4 @@ struct FileFormat {
 // The path's suffix as written, with its dot; "" when the file name has none.
 [[nodiscard]] std::string_view pathSuffix(std::string_view path);
 
-} // namespace lumbra::tables
+} // namespace lumbra::import

@@ -1,4 +1,4 @@
-#include "tables/text_helpers.h"
+#include "base/text_helpers.h"
 
 #include <algorithm>
 #include <charconv>
@@ -8,7 +8,7 @@
 #include <unicode/unistr.h>
 #include <utility>
 
-namespace lumbra::tables {
+namespace lumbra::base {
 
 namespace {
 
@@ -290,4 +290,4 @@ std::string quotifyField(std::string_view value, std::string_view separator) {
     return out;
 }
 
-} // namespace lumbra::tables
+} // namespace lumbra::base

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace lumbra::tables {
+namespace lumbra::base {
 
 // The order of text everywhere in the program: by Unicode scalar value after canonical (NFC)
 // normalisation, case-sensitive, digits without numeric order.
@@ -18,4 +18,4 @@ namespace lumbra::tables {
 // True when the text is NFC already and can serve as its own sort key.
 [[nodiscard]] bool isSortKey(std::string_view text);
 
-} // namespace lumbra::tables
+} // namespace lumbra::base

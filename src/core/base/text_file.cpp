@@ -1,7 +1,7 @@
-#include "tables/text_file.h"
+#include "base/text_file.h"
 
-#include "tables/console.h"
-#include "tables/text_helpers.h"
+#include "base/console.h"
+#include "base/text_helpers.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -11,7 +11,7 @@
 #include <random>
 #include <unistd.h>
 
-namespace lumbra::tables {
+namespace lumbra::base {
 
 namespace {
 
@@ -209,4 +209,4 @@ void setWriteFailureHook(std::function<bool(const std::string& path)> hook) {
     failureHook() = std::move(hook);
 }
 
-} // namespace lumbra::tables
+} // namespace lumbra::base

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/user_defaults.h"
-#include "app/user_interaction.h"
+#include "base/user_defaults.h"
+#include "base/user_interaction.h"
 
 #include <filesystem>
 #include <optional>
@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace lumbra::app {
+namespace lumbra::project {
 
 // The file whose presence makes a folder a project.
 inline constexpr const char* kProjectFileName = "tarelproject";
@@ -31,7 +31,7 @@ enum class FolderType { Local = 0, Shared = 1, External = 2 };
 class ProjectCatalogue {
 public:
     // A folder type without a stored folder falls back to homeFolder.
-    ProjectCatalogue(UserDefaults& defaults, std::filesystem::path homeFolder);
+    ProjectCatalogue(base::UserDefaults& defaults, std::filesystem::path homeFolder);
 
     [[nodiscard]] int currentFolderType() const noexcept { return m_currentFolderType; }
     // Selects the type and lists its folder again.
@@ -55,17 +55,17 @@ public:
     [[nodiscard]] std::optional<std::filesystem::path> selectedProjectFolder() const;
 
     // Asks "Delete Project?", then removes the folder; false when cancelled or when removal failed (printed).
-    bool deleteProject(int index, UserInteraction& interaction);
+    bool deleteProject(int index, base::UserInteraction& interaction);
     // Asks for a new name, then moves the folder in the same parent; false when cancelled or on failure
     // (printed).
-    bool renameProject(int index, UserInteraction& interaction);
+    bool renameProject(int index, base::UserInteraction& interaction);
 
 private:
-    UserDefaults& m_defaults;
+    base::UserDefaults& m_defaults;
     std::filesystem::path m_homeFolder;
     int m_currentFolderType = static_cast<int>(FolderType::Local);
     std::vector<std::string> m_availableProjects;
     std::optional<int> m_selected;
 };
 
-} // namespace lumbra::app
+} // namespace lumbra::project

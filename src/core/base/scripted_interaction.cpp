@@ -1,8 +1,8 @@
-#include "app/scripted_interaction.h"
+#include "base/scripted_interaction.h"
 
 #include <algorithm>
 
-namespace lumbra::app {
+namespace lumbra::base {
 
 AlertAnswer ScriptedInteraction::alert(const AlertRequest& request) {
     m_alerts.push_back(request);
@@ -48,27 +48,26 @@ std::optional<std::filesystem::path> ScriptedInteraction::chooseFolder(const Fol
     return answer;
 }
 
-import::CsvOptions ScriptedInteraction::askCsvOptions(const std::string& text,
-                                                     const import::CsvOptions& initial) {
+CsvOptions ScriptedInteraction::askCsvOptions(const std::string& text, const CsvOptions& initial) {
     m_csvRequests.emplace_back(text, initial);
     if (m_csvAnswers.empty()) {
         ++m_unexpected;
-        import::CsvOptions cancelled = initial;
+        CsvOptions cancelled = initial;
         cancelled.user_aborted = true;
         return cancelled;
     }
-    import::CsvOptions answer = m_csvAnswers.front();
+    CsvOptions answer = m_csvAnswers.front();
     m_csvAnswers.pop_front();
     return answer;
 }
 
 void ScriptedInteraction::addLog(const std::string& text, bool notify, const std::string& title,
-                                 tables::NotificationType kind) {
+                                 base::NotificationType kind) {
     m_logLines.push_back({text, notify, title, kind});
 }
 
-void ScriptedInteraction::notify(const tables::Notifications& notifications) {
+void ScriptedInteraction::notify(const base::Notifications& notifications) {
     m_notifications.insert(m_notifications.end(), notifications.begin(), notifications.end());
 }
 
-} // namespace lumbra::app
+} // namespace lumbra::base

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "app/user_interaction.h"
+#include "base/user_interaction.h"
 
 #include <deque>
 
-namespace lumbra::app {
+namespace lumbra::base {
 
 // A UserInteraction for tests: answers are queued in advance, every question is recorded.
 // A question with no queued answer is counted as unexpected and gets the cancelling answer:
@@ -15,7 +15,7 @@ public:
         std::string text;
         bool notify = false;
         std::string title;
-        tables::NotificationType kind = tables::NotificationType::OK;
+        base::NotificationType kind = base::NotificationType::OK;
 
         bool operator==(const LogLine&) const = default;
     };
@@ -31,16 +31,16 @@ public:
     void queueFolder(std::optional<std::filesystem::path> answer) {
         m_folderAnswers.push_back(std::move(answer));
     }
-    void queueCsvOptions(import::CsvOptions answer) { m_csvAnswers.push_back(answer); }
+    void queueCsvOptions(CsvOptions answer) { m_csvAnswers.push_back(answer); }
 
     AlertAnswer alert(const AlertRequest& request) override;
     std::optional<std::string> askText(const TextRequest& request) override;
     std::optional<std::filesystem::path> chooseFolder(const FolderRequest& request) override;
     void addLog(const std::string& text, bool notify, const std::string& title,
-                tables::NotificationType kind) override;
-    void notify(const tables::Notifications& notifications) override;
+                base::NotificationType kind) override;
+    void notify(const base::Notifications& notifications) override;
     // Unexpected without a queued answer, which cancels: user_aborted set.
-    import::CsvOptions askCsvOptions(const std::string& text, const import::CsvOptions& initial) override;
+    CsvOptions askCsvOptions(const std::string& text, const CsvOptions& initial) override;
 
     [[nodiscard]] const std::vector<AlertRequest>& alerts() const noexcept { return m_alerts; }
     [[nodiscard]] const std::vector<TextRequest>& textRequests() const noexcept { return m_textRequests; }
@@ -48,11 +48,11 @@ public:
         return m_folderRequests;
     }
     // The texts the options question was asked on, with the options it started from.
-    [[nodiscard]] const std::vector<std::pair<std::string, import::CsvOptions>>& csvRequests() const noexcept {
+    [[nodiscard]] const std::vector<std::pair<std::string, CsvOptions>>& csvRequests() const noexcept {
         return m_csvRequests;
     }
     [[nodiscard]] const std::vector<LogLine>& logLines() const noexcept { return m_logLines; }
-    [[nodiscard]] const tables::Notifications& notifications() const noexcept { return m_notifications; }
+    [[nodiscard]] const base::Notifications& notifications() const noexcept { return m_notifications; }
     // Questions asked with no answer queued, and answers that named a button the alert did not have.
     [[nodiscard]] int unexpected() const noexcept { return m_unexpected; }
     // Answers queued but never asked for.
@@ -71,14 +71,14 @@ private:
     std::deque<QueuedAlert> m_alertAnswers;
     std::deque<std::optional<std::string>> m_textAnswers;
     std::deque<std::optional<std::filesystem::path>> m_folderAnswers;
-    std::deque<import::CsvOptions> m_csvAnswers;
-    std::vector<std::pair<std::string, import::CsvOptions>> m_csvRequests;
+    std::deque<CsvOptions> m_csvAnswers;
+    std::vector<std::pair<std::string, CsvOptions>> m_csvRequests;
     std::vector<AlertRequest> m_alerts;
     std::vector<TextRequest> m_textRequests;
     std::vector<FolderRequest> m_folderRequests;
     std::vector<LogLine> m_logLines;
-    tables::Notifications m_notifications;
+    base::Notifications m_notifications;
     int m_unexpected = 0;
 };
 
-} // namespace lumbra::app
+} // namespace lumbra::base

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "tables/notification.h"
+#include "base/notification.h"
 
 #include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 
-namespace lumbra::tables {
+namespace lumbra::base {
 
 // Bytes to UTF-8 text as a file reader sees it: byte order marks of UTF-8, UTF-16 and UTF-32
 // are known, anything else must be UTF-8; carriage return and line feed pairs become line feeds.
@@ -34,4 +34,4 @@ void collapseCrLf(std::string& text);
 // to fail. Cleared by passing an empty function.
 void setWriteFailureHook(std::function<bool(const std::string& path)> hook);
 
-} // namespace lumbra::tables
+} // namespace lumbra::base

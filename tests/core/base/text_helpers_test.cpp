@@ -1,7 +1,7 @@
-#include "table_test_support.h"
-#include "tables/console.h"
-#include "tables/text_file.h"
-#include "tables/text_helpers.h"
+#include "base/console.h"
+#include "base/text_file.h"
+#include "base/text_helpers.h"
+#include "core/tables/table_test_support.h"
 
 #include <gtest/gtest.h>
 
@@ -42,7 +42,7 @@ TEST(Tokenise, SplitsQuotesAndSeparators) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        EXPECT_EQ(tokenise(c.text, c.separators), c.expected);
+        EXPECT_EQ(base::tokenise(c.text, c.separators), c.expected);
     }
 }
 
@@ -66,7 +66,7 @@ TEST(QuotifyField, QuotesOnlyWhatWouldSplitTheRecord) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        EXPECT_EQ(quotifyField(c.value, c.separator), c.expected);
+        EXPECT_EQ(base::quotifyField(c.value, c.separator), c.expected);
     }
 }
 
@@ -94,8 +94,8 @@ TEST(Trim, DropsListedCharactersAtOneEnd) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        EXPECT_EQ(trimLeft(c.text, c.characters), c.left);
-        EXPECT_EQ(trimRight(c.text, c.characters), c.right);
+        EXPECT_EQ(base::trimLeft(c.text, c.characters), c.left);
+        EXPECT_EQ(base::trimRight(c.text, c.characters), c.right);
     }
 }
 
@@ -103,12 +103,12 @@ TEST(ParseTimecode, NeedsFourDecimalParts) {
     struct Case {
         const char* name;
         std::string text;
-        std::optional<Timecode> expected;
+        std::optional<base::Timecode> expected;
     };
     const Case cases[] = {
-        {"plain", "01:02:03:04", Timecode{1, 2, 3, 4}},
-        {"single digits", "1:2:3:4", Timecode{1, 2, 3, 4}},
-        {"a fifth part is ignored", "10:20:30:40:xx", Timecode{10, 20, 30, 40}},
+        {"plain", "01:02:03:04", base::Timecode{1, 2, 3, 4}},
+        {"single digits", "1:2:3:4", base::Timecode{1, 2, 3, 4}},
+        {"a fifth part is ignored", "10:20:30:40:xx", base::Timecode{10, 20, 30, 40}},
         {"three parts", "01:02:03", std::nullopt},
         {"letters", "01:02:xx:04", std::nullopt},
         {"empty part", "01::03:04", std::nullopt},
@@ -119,7 +119,7 @@ TEST(ParseTimecode, NeedsFourDecimalParts) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        EXPECT_EQ(parseTimecode(c.text), c.expected);
+        EXPECT_EQ(base::parseTimecode(c.text), c.expected);
     }
 }
 
@@ -148,20 +148,20 @@ TEST(ParseNumbers, OneOptionalSignAndNothingAround) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
-        EXPECT_EQ(parseInteger(c.text), c.integer);
-        EXPECT_EQ(parseDecimal(c.text), c.decimal);
+        EXPECT_EQ(base::parseInteger(c.text), c.integer);
+        EXPECT_EQ(base::parseDecimal(c.text), c.decimal);
     }
-    EXPECT_EQ(parseTimecode("+-1:00:00:00"), std::nullopt);
+    EXPECT_EQ(base::parseTimecode("+-1:00:00:00"), std::nullopt);
 }
 
 TEST(TextHelpers, CaseMapping) {
-    EXPECT_EQ(lowercased("HEADING"), "heading");
-    EXPECT_EQ(lowercased("\xC3\x89"
-                         "COLE"),
+    EXPECT_EQ(base::lowercased("HEADING"), "heading");
+    EXPECT_EQ(base::lowercased("\xC3\x89"
+                               "COLE"),
               "\xC3\xA9"
               "cole");
-    EXPECT_EQ(uppercased("tabs"), "TABS");
-    EXPECT_EQ(uppercased("\xC3\xA9t\xC3\xA9"), "\xC3\x89T\xC3\x89");
+    EXPECT_EQ(base::uppercased("tabs"), "TABS");
+    EXPECT_EQ(base::uppercased("\xC3\xA9t\xC3\xA9"), "\xC3\x89T\xC3\x89");
 }
 
 TEST(TextHelpers, Utf8Validity) {
@@ -187,7 +187,7 @@ TEST(TextHelpers, Utf8Validity) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        EXPECT_EQ(isValidUtf8(c.bytes), c.valid);
+        EXPECT_EQ(base::isValidUtf8(c.bytes), c.valid);
     }
 }
 
@@ -220,7 +220,7 @@ TEST(DecodeText, ByteOrderMarksAndLineEnds) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         std::string bytes = c.bytes;
-        bool ok = decodeText(bytes);
+        bool ok = base::decodeText(bytes);
         EXPECT_EQ(ok, c.expected.has_value());
         // A refusal leaves the bytes as they were.
         EXPECT_EQ(bytes, c.expected.value_or(c.bytes));
@@ -230,11 +230,11 @@ TEST(DecodeText, ByteOrderMarksAndLineEnds) {
 TEST(ReadTextFile, FallsBackToLatin1WithoutTouchingLineEnds) {
     testing::TempDir dir;
     auto latin = dir.write("latin.txt", "caf\xE9\r\nna\xEFve\r");
-    EXPECT_EQ(readTextFile(latin), "caf\xC3\xA9\r\nna\xC3\xAFve\r");
+    EXPECT_EQ(base::readTextFile(latin), "caf\xC3\xA9\r\nna\xC3\xAFve\r");
     auto utf8 = dir.write("utf8.txt", "caf\xC3\xA9\r\nx");
-    EXPECT_EQ(readTextFile(utf8), "caf\xC3\xA9\nx");
+    EXPECT_EQ(base::readTextFile(utf8), "caf\xC3\xA9\nx");
     auto empty = dir.write("empty.txt", "");
-    EXPECT_EQ(readTextFile(empty), "");
+    EXPECT_EQ(base::readTextFile(empty), "");
 }
 
 TEST(ReadTextFile, UnreadablePathPrintsAndNotifies) {
@@ -249,17 +249,17 @@ TEST(ReadTextFile, UnreadablePathPrintsAndNotifies) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        PrintCapture capture;
-        Notifications notes;
-        EXPECT_EQ(readTextFile(c.path, &notes), std::nullopt);
+        base::PrintCapture capture;
+        base::Notifications notes;
+        EXPECT_EQ(base::readTextFile(c.path, &notes), std::nullopt);
         EXPECT_EQ(capture.lines(), std::vector<std::string>{"ERROR reading " + c.path});
         ASSERT_EQ(notes.size(), 1u);
         EXPECT_EQ(notes[0].title, "Reading error");
         EXPECT_EQ(notes[0].body, "Error reading file " + c.path);
-        EXPECT_EQ(notes[0].type, NotificationType::KO);
+        EXPECT_EQ(notes[0].type, base::NotificationType::KO);
 
-        PrintCapture quiet;
-        EXPECT_EQ(readTextFile(c.path), std::nullopt);
+        base::PrintCapture quiet;
+        EXPECT_EQ(base::readTextFile(c.path), std::nullopt);
     }
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tables/notification.h"
+#include "base/notification.h"
 
 #include <optional>
 #include <string>
@@ -8,9 +8,9 @@
 #include <unordered_map>
 #include <vector>
 
-namespace lumbra::project {
+namespace lumbra::base {
 
-using tables::Notifications;
+using base::Notifications;
 
 // Colour tag of a saveable or a row; ordering by tag compares the numbers.
 enum class Tag { none = 0, red = 1, green = 2, blue = 3, yellow = 4, pink = 5, purple = 6 };
@@ -73,4 +73,4 @@ folderIndex(const std::string& under, std::vector<std::string>* direct = nullptr
 [[nodiscard]] std::optional<std::string> findFile(const std::string& folder, std::string_view suffix,
                                                   Notifications* notifications, bool warn);
 
-} // namespace lumbra::project
+} // namespace lumbra::base

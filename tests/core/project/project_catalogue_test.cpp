@@ -1,7 +1,7 @@
-#include "app/project_catalogue.h"
-#include "app/scripted_interaction.h"
+#include "base/console.h"
+#include "base/scripted_interaction.h"
 #include "core/project/project_test_support.h"
-#include "tables/console.h"
+#include "project/project_catalogue.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
@@ -33,14 +33,14 @@ TEST(ListProjects, ListsExactlyTheDirectSubfoldersHoldingTheProjectFile) {
     // A folder named tarelproject inside a project folder is one of its names too.
     fs::create_directories(root.path / "Odd" / "tarelproject");
 
-    EXPECT_EQ(listProjects(root.path), (std::vector<std::string>{"Feature", "Odd", "Short film"}));
+    EXPECT_EQ(project::listProjects(root.path), (std::vector<std::string>{"Feature", "Odd", "Short film"}));
 }
 
 TEST(ListProjects, AMissingFolderListsNothingAndSaysSo) {
     TempFolder root;
     const fs::path missing = root.path / "gone";
-    tables::PrintCapture capture;
-    EXPECT_TRUE(listProjects(missing).empty());
+    base::PrintCapture capture;
+    EXPECT_TRUE(project::listProjects(missing).empty());
     EXPECT_TRUE(capture.contains("ERROR: cannot get projects list from folder " + missing.string()));
 }
 
@@ -55,8 +55,8 @@ TEST(ListProjects, AnUnreadableSubfolderIsSkippedAndTheRestListed) {
         fs::permissions(root.path / "Closed", fs::perms::owner_all);
         GTEST_SKIP() << "permissions do not apply to this user";
     }
-    tables::PrintCapture capture;
-    EXPECT_EQ(listProjects(root.path), (std::vector<std::string>{"Open"}));
+    base::PrintCapture capture;
+    EXPECT_EQ(project::listProjects(root.path), (std::vector<std::string>{"Open"}));
     EXPECT_TRUE(capture.contains("ERROR: cannot list content of folder " + (root.path / "Closed").string()));
     fs::permissions(root.path / "Closed", fs::perms::owner_all);
 }
@@ -66,9 +66,9 @@ TEST(ProjectCatalogue, EachTypeReadsItsOwnKeyAndFallsBackToHome) {
     TempFolder shared;
     touch(home.path / "At home" / "tarelproject");
     touch(shared.path / "On the server" / "tarelproject");
-    MemoryUserDefaults defaults;
+    base::MemoryUserDefaults defaults;
     defaults.setString("sharedfolder", shared.path.string());
-    ProjectCatalogue catalogue(defaults, home.path);
+    project::ProjectCatalogue catalogue(defaults, home.path);
 
     struct Case {
         const char* name;
@@ -95,8 +95,8 @@ TEST(ProjectCatalogue, SetFolderStoresUnderTheCurrentTypeOnly) {
     TempFolder home;
     TempFolder external;
     touch(external.path / "Drive project" / "tarelproject");
-    MemoryUserDefaults defaults;
-    ProjectCatalogue catalogue(defaults, home.path);
+    base::MemoryUserDefaults defaults;
+    project::ProjectCatalogue catalogue(defaults, home.path);
     catalogue.setFolderType(2);
     catalogue.setFolder(external.path);
     EXPECT_EQ(defaults.stringValue("externalfolder"), external.path.string());
@@ -108,10 +108,10 @@ TEST(ProjectCatalogue, SetFolderStoresUnderTheCurrentTypeOnly) {
 TEST(ProjectCatalogue, AMissingFolderListsNothingAndRefusesNewProjects) {
     TempFolder home;
     touch(home.path / "Kept" / "tarelproject");
-    MemoryUserDefaults defaults;
+    base::MemoryUserDefaults defaults;
     defaults.setString("localfolder", (home.path / "unplugged").string());
-    ProjectCatalogue catalogue(defaults, home.path);
-    tables::PrintCapture capture;
+    project::ProjectCatalogue catalogue(defaults, home.path);
+    base::PrintCapture capture;
     catalogue.refresh();
     EXPECT_TRUE(catalogue.availableProjects().empty());
     EXPECT_FALSE(catalogue.canCreateProject());
@@ -125,8 +125,8 @@ TEST(ProjectCatalogue, SelectionFollowsTheTagAndRefreshClearsIt) {
     TempFolder home;
     touch(home.path / "A" / "tarelproject");
     touch(home.path / "B" / "tarelproject");
-    MemoryUserDefaults defaults;
-    ProjectCatalogue catalogue(defaults, home.path);
+    base::MemoryUserDefaults defaults;
+    project::ProjectCatalogue catalogue(defaults, home.path);
     catalogue.refresh();
     catalogue.select(1);
     EXPECT_EQ(catalogue.selectedProjectFolder(), home.path / "B");
@@ -147,10 +147,10 @@ protected:
     }
 
     TempFolder home;
-    MemoryUserDefaults defaults;
-    ProjectCatalogue catalogue{defaults, home.path};
-    ScriptedInteraction interaction;
-    tables::PrintCapture capture;
+    base::MemoryUserDefaults defaults;
+    project::ProjectCatalogue catalogue{defaults, home.path};
+    base::ScriptedInteraction interaction;
+    base::PrintCapture capture;
 };
 
 TEST_F(CatalogueEditTest, DeleteConfirmedRemovesTheWholeFolder) {
@@ -178,7 +178,7 @@ TEST_F(CatalogueEditTest, RenameMovesTheFolderAndKeepsItsContent) {
     interaction.queueText("Beta 2");
     EXPECT_TRUE(catalogue.renameProject(1, interaction));
     ASSERT_EQ(interaction.textRequests().size(), 1u);
-    const TextRequest& asked = interaction.textRequests()[0];
+    const base::TextRequest& asked = interaction.textRequests()[0];
     EXPECT_EQ(asked.title, "Rename project");
     EXPECT_EQ(asked.text, "Insert a new name for project \"Beta\"");
     EXPECT_EQ(asked.defaultValue, "Beta");

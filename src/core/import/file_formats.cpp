@@ -1,18 +1,18 @@
-#include "tables/file_formats.h"
+#include "import/file_formats.h"
 
+#include "base/text_helpers.h"
 #include "import/ccc_parser.h"
 #include "import/csv_parser.h"
 #include "import/edl_parser.h"
 #include "import/mhl_parser.h"
-#include "tables/text_helpers.h"
 
 #include <array>
 
-namespace lumbra::tables {
+namespace lumbra::import {
 
 namespace {
 
-std::unique_ptr<ALETable> readALE(const std::string& path, Notifications* notifications) {
+std::unique_ptr<ALETable> readALE(const std::string& path, base::Notifications* notifications) {
     return std::make_unique<ALETable>(path, notifications);
 }
 
@@ -56,7 +56,7 @@ std::string_view pathSuffix(std::string_view path) {
 }
 
 const FileFormat* formatForPath(std::string_view path) {
-    std::string suffix = lowercased(pathSuffix(path));
+    std::string suffix = base::lowercased(pathSuffix(path));
     for (const auto& format : formats) {
         if (format.suffix == suffix)
             return &format;
@@ -64,4 +64,4 @@ const FileFormat* formatForPath(std::string_view path) {
     return nullptr;
 }
 
-} // namespace lumbra::tables
+} // namespace lumbra::import

@@ -1,4 +1,4 @@
-#include "tables/file_formats.h"
+#include "import/file_formats.h"
 
 #include <gtest/gtest.h>
 
@@ -24,7 +24,7 @@ TEST(FileFormats, FormatIsChosenBySuffixInAnyCase) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        const FileFormat* format = formatForPath(c.path);
+        const import::FileFormat* format = import::formatForPath(c.path);
         EXPECT_EQ(format ? std::string(format->name) : std::string(), c.expectedFormat);
     }
 }

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace lumbra::tables {
+namespace lumbra::base {
 
 // The level of a notification, also the kind of a log line.
 enum class NotificationType { OK = 0, WARNING = 1, KO = 2 };
@@ -30,4 +30,4 @@ struct NotificationData {
 
 using Notifications = std::vector<NotificationData>;
 
-} // namespace lumbra::tables
+} // namespace lumbra::base

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "project/saveable.h"
+#include "base/saveable.h"
 #include "tables/ale_table.h"
 #include "tables/row_data.h"
 
@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-namespace lumbra::db {
+namespace lumbra::tables {
 
-using tables::Notifications;
+using base::Notifications;
 
 // One row of a lookup table: column name to value, nothing else.
 struct DBEntry {
@@ -22,21 +22,17 @@ struct DBEntry {
 
 // A plain lookup table kept beside the bins: named columns over rows of text, no heading and no
 // layout. Every reader of a non-ALE file gives one; a project keeps its databases as these.
-class DBTable : public project::Saveable {
+class DBTable : public base::Saveable {
 public:
     DBTable() = default;
     explicit DBTable(std::string name) : name(std::move(name)) {}
 
     // Prints "saving db <name>", saves the details, then writes `<folder>/<name>.csv` tab-separated;
     // a failed write adds "DB saving error" and leaves the table changed.
-    bool save(const std::string& folder, bool isCopy, Notifications* notifications) override;
-    // Reads the details, then the folder's ".csv" file into `name`, `cols` and `data`. False when the
-    // folder holds no ".csv"; an unreadable file prints and leaves the table empty, which is no failure.
-    bool load(const std::string& folder, Notifications* notifications) override;
-    // Reads a database file (tab-separated, double quotes, the line of column names found as the CSV
-    // reader finds it) into `name` (the file's name less its last four characters), `cols` and `data`.
-    // False, with "ERROR WHILE READING FROM <path>" printed and the table emptied, when it cannot be read.
-    bool readFile(const std::string& path, Notifications* notifications);
+    bool save(const std::string& folder, bool isCopy, base::Notifications* notifications) override;
+    // Reads the details; the rows come from the folder's ".csv" file through the project's database
+    // loader, which knows the file's layout. False when the folder holds no ".csv".
+    bool load(const std::string& folder, base::Notifications* notifications) override;
     // `<name> - <uuid>`, the folder of the table under the project's `db` folder.
     [[nodiscard]] std::string folderName();
     // `<name>.csv`, the file in that folder.
@@ -83,4 +79,4 @@ public:
     using DBTable::DBTable;
 };
 
-} // namespace lumbra::db
+} // namespace lumbra::tables

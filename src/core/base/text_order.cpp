@@ -1,11 +1,11 @@
-#include "tables/text_order.h"
+#include "base/text_order.h"
 
-#include "tables/text_helpers.h"
+#include "base/text_helpers.h"
 
 #include <unicode/normalizer2.h>
 #include <unicode/unistr.h>
 
-namespace lumbra::tables {
+namespace lumbra::base {
 
 namespace {
 
@@ -57,4 +57,4 @@ int compareText(std::string_view a, std::string_view b) {
     return byteCompare(sortKey(a), sortKey(b));
 }
 
-} // namespace lumbra::tables
+} // namespace lumbra::base

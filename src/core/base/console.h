@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace lumbra::tables {
+namespace lumbra::base {
 
 // Writes one line to the program's log, standard output unless a capture is active.
 void printLine(std::string_view line);
@@ -27,4 +27,4 @@ private:
     friend void printLine(std::string_view line);
 };
 
-} // namespace lumbra::tables
+} // namespace lumbra::base

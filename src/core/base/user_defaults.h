@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-namespace lumbra::app {
+namespace lumbra::base {
 
 // The few values the application keeps outside any project; the shell stores them in its settings.
 class UserDefaults {
@@ -30,4 +30,4 @@ private:
     std::map<std::string, std::string> m_values;
 };
 
-} // namespace lumbra::app
+} // namespace lumbra::base

@@ -1,9 +1,9 @@
-#include "tables/console.h"
+#include "base/console.h"
 
 #include <algorithm>
 #include <cstdio>
 
-namespace lumbra::tables {
+namespace lumbra::base {
 
 namespace {
 PrintCapture* activeCapture = nullptr;
@@ -30,4 +30,4 @@ bool PrintCapture::contains(std::string_view line) const {
     return std::find(m_lines.begin(), m_lines.end(), line) != m_lines.end();
 }
 
-} // namespace lumbra::tables
+} // namespace lumbra::base

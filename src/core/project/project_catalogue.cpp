@@ -1,12 +1,12 @@
-#include "app/project_catalogue.h"
+#include "project/project_catalogue.h"
 
-#include "tables/console.h"
-#include "tables/text_order.h"
+#include "base/console.h"
+#include "base/text_order.h"
 
 #include <algorithm>
 #include <system_error>
 
-namespace lumbra::app {
+namespace lumbra::project {
 
 namespace fs = std::filesystem;
 
@@ -23,7 +23,7 @@ bool holdsProjectFile(const fs::path& folder) {
     std::error_code error;
     fs::directory_iterator it(folder, error);
     if (error) {
-        tables::printLine("ERROR: cannot list content of folder " + folder.string());
+        base::printLine("ERROR: cannot list content of folder " + folder.string());
         return false;
     }
     for (const fs::directory_iterator end; it != end; it.increment(error)) {
@@ -32,7 +32,7 @@ bool holdsProjectFile(const fs::path& folder) {
         }
     }
     if (error) {
-        tables::printLine("ERROR: cannot list content of folder " + folder.string());
+        base::printLine("ERROR: cannot list content of folder " + folder.string());
     }
     return false;
 }
@@ -61,7 +61,7 @@ std::vector<std::string> listProjects(const fs::path& folder) {
     std::error_code error;
     fs::directory_iterator it(folder, error);
     if (error) {
-        tables::printLine("ERROR: cannot get projects list from folder " + folder.string());
+        base::printLine("ERROR: cannot get projects list from folder " + folder.string());
         return names;
     }
     for (const fs::directory_iterator end; it != end; it.increment(error)) {
@@ -73,15 +73,15 @@ std::vector<std::string> listProjects(const fs::path& folder) {
         names.push_back(entry.filename().string());
     }
     if (error) {
-        tables::printLine("ERROR: cannot get projects list from folder " + folder.string());
+        base::printLine("ERROR: cannot get projects list from folder " + folder.string());
         return {};
     }
     // The platform lists a folder in no promised order; the grid reads better sorted.
-    std::sort(names.begin(), names.end(), tables::textLess);
+    std::sort(names.begin(), names.end(), base::textLess);
     return names;
 }
 
-ProjectCatalogue::ProjectCatalogue(UserDefaults& defaults, fs::path homeFolder)
+ProjectCatalogue::ProjectCatalogue(base::UserDefaults& defaults, fs::path homeFolder)
     : m_defaults(defaults), m_homeFolder(std::move(homeFolder)) {
 }
 
@@ -133,32 +133,32 @@ std::optional<fs::path> ProjectCatalogue::selectedProjectFolder() const {
     return folder() / m_availableProjects[static_cast<std::size_t>(*m_selected)];
 }
 
-bool ProjectCatalogue::deleteProject(int index, UserInteraction& interaction) {
+bool ProjectCatalogue::deleteProject(int index, base::UserInteraction& interaction) {
     select(index);
     const std::optional<fs::path> path = selectedProjectFolder();
     if (!path) {
         return false;
     }
     const std::string name = m_availableProjects[static_cast<std::size_t>(index)];
-    const AlertAnswer answer = interaction.alert({"Delete Project?",
-                                                  "Project \"" + name + "\" will be deleted.",
-                                                  AlertStyle::Warning,
-                                                  {"Confirm", "Cancel"},
-                                                  false});
+    const base::AlertAnswer answer = interaction.alert({"Delete Project?",
+                                                        "Project \"" + name + "\" will be deleted.",
+                                                        base::AlertStyle::Warning,
+                                                        {"Confirm", "Cancel"},
+                                                        false});
     if (answer.button != 0) {
         return false;
     }
-    tables::printLine("removing " + path->string());
+    base::printLine("removing " + path->string());
     std::error_code error;
     fs::remove_all(*path, error);
     if (error) {
-        tables::printLine("Error removing folder " + path->string());
+        base::printLine("Error removing folder " + path->string());
     }
     refresh();
     return !error;
 }
 
-bool ProjectCatalogue::renameProject(int index, UserInteraction& interaction) {
+bool ProjectCatalogue::renameProject(int index, base::UserInteraction& interaction) {
     select(index);
     const std::optional<fs::path> path = selectedProjectFolder();
     if (!path) {
@@ -171,7 +171,7 @@ bool ProjectCatalogue::renameProject(int index, UserInteraction& interaction) {
     if (!newName) {
         return false;
     }
-    tables::printLine("renaming project from \"" + oldName + "\" to \"" + *newName + "\"");
+    base::printLine("renaming project from \"" + oldName + "\" to \"" + *newName + "\"");
     const fs::path target = path->parent_path() / *newName;
     std::error_code error;
     // A name that would leave the folder, or take an existing one, fails like any other move.
@@ -181,10 +181,10 @@ bool ProjectCatalogue::renameProject(int index, UserInteraction& interaction) {
         fs::rename(*path, target, error);
     }
     if (error) {
-        tables::printLine("Error renaming folder " + path->string());
+        base::printLine("Error renaming folder " + path->string());
     }
     refresh();
     return !error;
 }
 
-} // namespace lumbra::app
+} // namespace lumbra::project

@@ -1,25 +1,29 @@
-#include "db/db_saver.h"
+#include "project/db_saver.h"
 
+#include "base/console.h"
+#include "base/text_file.h"
+#include "base/text_helpers.h"
+#include "import/csv_parser.h"
 #include "project/bins_tree_loader.h"
 #include "project/shared_stuff.h"
-#include "tables/console.h"
-#include "tables/text_helpers.h"
 
 #include <algorithm>
 #include <filesystem>
 
-namespace lumbra::db {
+namespace lumbra::project {
 
 namespace fs = std::filesystem;
-using tables::NotificationType;
-using tables::printLine;
+using base::NotificationType;
+using base::printLine;
+using tables::CSVTable;
+using tables::DBTable;
 
 namespace {
 
 bool holdsCsvFile(const fs::path& folder) {
     std::error_code error;
     for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
-        std::string lower = tables::lowercased(it->path().filename().string());
+        std::string lower = base::lowercased(it->path().filename().string());
         if (lower.size() >= 4 && lower.compare(lower.size() - 4, 4, ".csv") == 0)
             return true;
     }
@@ -39,10 +43,10 @@ std::optional<std::string> DBSaver::folderUrl(DBTable& table) const {
     return (fs::path(m_baseUrl) / table.folderName()).string();
 }
 
-bool DBSaver::saveAll(const std::vector<std::shared_ptr<project::Saveable>>& itemsToRemove,
-                      Notifications* notifications) {
+bool DBSaver::saveAll(const std::vector<std::shared_ptr<base::Saveable>>& itemsToRemove,
+                      base::Notifications* notifications) {
     // One walk of the folder answers where every table was last saved.
-    auto folders = project::folderIndex(m_baseUrl);
+    auto folders = base::folderIndex(m_baseUrl);
     bool result = true;
     for (const auto& table : m_sharedstuff.db) {
         if (!saveItem(*table, folders, notifications)) {
@@ -64,7 +68,7 @@ bool DBSaver::saveAll(const std::vector<std::shared_ptr<project::Saveable>>& ite
     return result;
 }
 
-bool DBSaver::saveItem(DBTable& table, Notifications* notifications) {
+bool DBSaver::saveItem(DBTable& table, base::Notifications* notifications) {
     if (!folderUrl(table)) {
         printLine("ERROR: cannot save item that is outside this tree");
         if (notifications)
@@ -74,13 +78,13 @@ bool DBSaver::saveItem(DBTable& table, Notifications* notifications) {
         return false;
     }
     std::unordered_map<std::string, std::string> folders;
-    if (auto old = project::findFolder(table.uuid(), m_baseUrl))
+    if (auto old = base::findFolder(table.uuid(), m_baseUrl))
         folders.emplace(table.uuid(), *old);
     return saveItem(table, folders, notifications);
 }
 
 bool DBSaver::saveItem(DBTable& table, std::unordered_map<std::string, std::string>& folders,
-                       Notifications* notifications) {
+                       base::Notifications* notifications) {
     const std::string folder = (fs::path(m_baseUrl) / table.folderName()).string();
     auto old = folders.find(table.uuid());
     const bool onDisk = old != folders.end();
@@ -108,7 +112,30 @@ bool DBSaver::saveItem(DBTable& table, std::unordered_map<std::string, std::stri
     return true;
 }
 
-std::optional<std::vector<std::shared_ptr<DBTable>>> DBLoader::loadAll(Notifications* notifications) const {
+bool readDatabaseFile(const std::string& path, DBTable& table, base::Notifications* notifications) {
+    auto text = base::readTextFile(path, notifications);
+    if (!text) {
+        printLine("ERROR WHILE READING FROM " + path);
+        table.cols.clear();
+        table.data.clear();
+        return false;
+    }
+    base::CsvOptions options;
+    options.separator = U'\t';
+    options.delimiter = U'"';
+    options.first_line = base::FirstLineStyle::auto_;
+    options.first_line_number = 0;
+    options.ignore_oriented_quotes = false;
+    auto parsed =
+        import::parseCSVText(std::move(*text), options, fs::path(path).filename().string(), nullptr);
+    table.name = std::move(parsed->name);
+    table.cols = std::move(parsed->cols);
+    table.data = std::move(parsed->data);
+    return true;
+}
+
+std::optional<std::vector<std::shared_ptr<DBTable>>>
+DBLoader::loadAll(base::Notifications* notifications) const {
     std::error_code error;
     fs::directory_iterator it(m_baseUrl, error);
     if (error)
@@ -128,7 +155,11 @@ std::optional<std::vector<std::shared_ptr<DBTable>>> DBLoader::loadAll(Notificat
         if (!holdsCsvFile(folder))
             continue;
         auto table = std::make_shared<CSVTable>(project::nameOfFolder(folder.string()));
-        table->load(folder.string(), notifications);
+        if (table->load(folder.string(), notifications)) {
+            if (auto file = base::findFile(folder.string(), ".csv", notifications, false))
+                readDatabaseFile(*file, *table, notifications);
+            table->hasChanged = false;
+        }
         tables.push_back(std::move(table));
     }
     return tables;
@@ -136,7 +167,7 @@ std::optional<std::vector<std::shared_ptr<DBTable>>> DBLoader::loadAll(Notificat
 
 project::LegacyRead DBLoader::loadLegacy(const std::string& folder,
                                          std::vector<std::shared_ptr<DBTable>>& tables,
-                                         Notifications* notifications) {
+                                         base::Notifications* notifications) {
     std::error_code error;
     std::vector<fs::path> files;
     for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
@@ -152,7 +183,7 @@ project::LegacyRead DBLoader::loadLegacy(const std::string& folder,
     auto read = project::LegacyRead::complete;
     for (const auto& file : files) {
         auto table = std::make_shared<CSVTable>();
-        if (!table->readFile(file.string(), notifications)) {
+        if (!readDatabaseFile(file.string(), *table, notifications)) {
             read = project::LegacyRead::partial;
             continue;
         }
@@ -161,4 +192,4 @@ project::LegacyRead DBLoader::loadLegacy(const std::string& folder,
     return read;
 }
 
-} // namespace lumbra::db
+} // namespace lumbra::project

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "import/csv_options.h"
-#include "tables/notification.h"
+#include "base/csv_layout.h"
+#include "base/notification.h"
 
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
-namespace lumbra::app {
+namespace lumbra::base {
 
 // How an alert presents itself; the shell picks the matching icon.
 enum class AlertStyle { Informational = 0, Warning = 1, Critical = 2 };
@@ -67,14 +67,12 @@ public:
     virtual std::optional<std::filesystem::path> chooseFolder(const FolderRequest& request) = 0;
     // One line of the log; with notify it also becomes a notification with that title.
     virtual void addLog(const std::string& text, bool notify, const std::string& title,
-                        tables::NotificationType kind) = 0;
+                        base::NotificationType kind) = 0;
     // Hands the collected notices of an operation to the user.
-    virtual void notify(const tables::Notifications& notifications) = 0;
+    virtual void notify(const base::Notifications& notifications) = 0;
     // How a delimited text is laid out, asked on its text with a preview and starting from `initial`;
     // the answer has user_aborted set when the user cancels. With nobody to ask, `initial` stands.
-    virtual import::CsvOptions askCsvOptions(const std::string& text, const import::CsvOptions& initial) {
-        return initial;
-    }
+    virtual CsvOptions askCsvOptions(const std::string& text, const CsvOptions& initial) { return initial; }
 
     // A single-button message; the common case of alert.
     void showInfo(const std::string& title, const std::string& text,
@@ -83,4 +81,4 @@ public:
     }
 };
 
-} // namespace lumbra::app
+} // namespace lumbra::base

@@ -1,8 +1,8 @@
-#include "project/saveable.h"
+#include "base/saveable.h"
 
-#include "tables/console.h"
-#include "tables/text_file.h"
-#include "tables/text_helpers.h"
+#include "base/console.h"
+#include "base/text_file.h"
+#include "base/text_helpers.h"
 
 #include <array>
 #include <charconv>
@@ -10,11 +10,11 @@
 #include <filesystem>
 #include <random>
 
-namespace lumbra::project {
+namespace lumbra::base {
 
 namespace fs = std::filesystem;
-using tables::NotificationType;
-using tables::printLine;
+using base::NotificationType;
+using base::printLine;
 
 namespace {
 
@@ -31,7 +31,7 @@ const char* tagName(Tag tag) noexcept {
 }
 
 Tag tagFromName(std::string_view name) {
-    std::string lower = tables::lowercased(name);
+    std::string lower = base::lowercased(name);
     constexpr std::array<std::pair<const char*, Tag>, 6> known = {{{"red", Tag::red},
                                                                    {"blue", Tag::blue},
                                                                    {"green", Tag::green},
@@ -94,7 +94,7 @@ bool Saveable::writeDetails(const std::string& folder, Notifications* notificati
     std::string path = joinPath(folder, detailsFileName);
     std::string text = uuid() + "\n" + formatDecimal(created) + "\n" + formatDecimal(modified) + "\n" +
                        tagName(tag) + "\n" + LUMBRA_BUILD;
-    if (!tables::writeFileAtomically(path, text)) {
+    if (!base::writeFileAtomically(path, text)) {
         printLine("Error while writing to " + path);
         if (notifications)
             notifications->emplace_back("UUID file writing", "Error writing to " + path,
@@ -134,7 +134,7 @@ bool Saveable::load(const std::string& folder, Notifications* notifications) {
     }
     auto date = [&](std::size_t line, double& field) {
         if (auto text = readDetailsLine(folder, line)) {
-            auto value = tables::parseDecimal(*text);
+            auto value = base::parseDecimal(*text);
             field = value ? *value : nowSeconds();
         }
     };
@@ -151,13 +151,13 @@ std::optional<std::string> readDetailsLine(const std::string& folder, std::size_
     std::error_code ec;
     if (n == 0 || !fs::is_regular_file(path, ec))
         return std::nullopt;
-    auto text = tables::readTextFile(path);
+    auto text = base::readTextFile(path);
     if (!text)
         return std::nullopt;
-    auto lines = tables::tokenise(*text, "\n");
+    auto lines = base::tokenise(*text, "\n");
     if (lines.size() < n)
         return std::nullopt;
-    std::string line = tables::trimRight(tables::trimLeft(lines[n - 1], " \n\r"), " \n\r");
+    std::string line = base::trimRight(base::trimLeft(lines[n - 1], " \n\r"), " \n\r");
     if (line.empty())
         return std::nullopt;
     return line;
@@ -222,7 +222,7 @@ std::optional<std::string> findFile(const std::string& folder, std::string_view 
     }
     for (const auto& entry : it) {
         std::string path = entry.path().string();
-        std::string lower = tables::lowercased(path);
+        std::string lower = base::lowercased(path);
         if (lower.size() >= suffix.size() &&
             lower.compare(lower.size() - suffix.size(), suffix.size(), suffix) == 0)
             return path;
@@ -236,4 +236,4 @@ std::optional<std::string> findFile(const std::string& folder, std::string_view 
     return std::nullopt;
 }
 
-} // namespace lumbra::project
+} // namespace lumbra::base

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace lumbra::tables {
+namespace lumbra::base {
 
 // Character lists are given as UTF-8 text whose every character is one member of the list.
 
@@ -47,4 +47,4 @@ struct Timecode {
 // A decimal number ("25", "23.976", "-1e2"), nothing around it.
 [[nodiscard]] std::optional<double> parseDecimal(std::string_view text) noexcept;
 
-} // namespace lumbra::tables
+} // namespace lumbra::base

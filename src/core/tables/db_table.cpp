@@ -1,20 +1,19 @@
-#include "db/db_table.h"
+#include "tables/db_table.h"
 
-#include "import/csv_parser.h"
-#include "tables/console.h"
-#include "tables/text_file.h"
-#include "tables/text_helpers.h"
+#include "base/console.h"
+#include "base/text_file.h"
+#include "base/text_helpers.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 
-namespace lumbra::db {
+namespace lumbra::tables {
 
 namespace fs = std::filesystem;
-using tables::NotificationType;
-using tables::printLine;
+using base::NotificationType;
+using base::printLine;
 
 namespace {
 
@@ -26,7 +25,7 @@ std::string diskName(std::string_view name) {
 }
 
 bool endsWithLowered(const fs::path& path, std::string_view suffix) {
-    std::string lower = tables::lowercased(path.filename().string());
+    std::string lower = base::lowercased(path.filename().string());
     return lower.size() >= suffix.size() &&
            lower.compare(lower.size() - suffix.size(), suffix.size(), suffix) == 0;
 }
@@ -48,7 +47,7 @@ void DBTable::deleteColumn(const std::string& column) {
     cols.erase(it);
     for (auto& entry : data)
         entry.data.erase(column);
-    modified = project::nowSeconds();
+    modified = base::nowSeconds();
     hasChanged = true;
 }
 
@@ -58,7 +57,7 @@ std::string DBTable::tableText(const std::string& separator) const {
         for (std::size_t c = 0; c < cols.size(); ++c) {
             if (c > 0)
                 text += separator;
-            text += tables::quotifyField(valueOf(cols[c]), separator);
+            text += base::quotifyField(valueOf(cols[c]), separator);
         }
     };
     appendRecord([](const std::string& column) -> const std::string& { return column; });
@@ -78,7 +77,7 @@ bool DBTable::saveFile(const std::string& path, const std::string& separator) co
     std::error_code error;
     std::filesystem::create_directories(std::filesystem::path(path).parent_path(), error);
     if (error) {
-        tables::printLine("ERROR: couldn't crete directory " + path);
+        base::printLine("ERROR: couldn't crete directory " + path);
         return false;
     }
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
@@ -86,7 +85,7 @@ bool DBTable::saveFile(const std::string& path, const std::string& separator) co
     out.write(text.data(), static_cast<std::streamsize>(text.size()));
     out.close();
     if (!out) {
-        tables::printLine("ERROR: couldn't crete directory " + path);
+        base::printLine("ERROR: couldn't crete directory " + path);
         return false;
     }
     return true;
@@ -100,8 +99,8 @@ std::string DBTable::fileName() const {
     return diskName(name) + ".csv";
 }
 
-bool DBTable::save(const std::string& folder, bool isCopy, Notifications* notifications) {
-    printLine("saving db " + name);
+bool DBTable::save(const std::string& folder, bool isCopy, base::Notifications* notifications) {
+    base::printLine("saving db " + name);
     const bool wasChanged = hasChanged;
     if (!Saveable::save(folder, isCopy, notifications))
         return false;
@@ -111,7 +110,7 @@ bool DBTable::save(const std::string& folder, bool isCopy, Notifications* notifi
         hasChanged = wasChanged || !isCopy;
         if (notifications)
             notifications->emplace_back("DB saving error", "Error saving " + path.string(),
-                                        NotificationType::KO);
+                                        base::NotificationType::KO);
         return false;
     }
     // A renamed table leaves its old file behind; the loader takes the first ".csv" it meets, so only
@@ -126,36 +125,11 @@ bool DBTable::save(const std::string& folder, bool isCopy, Notifications* notifi
     return true;
 }
 
-bool DBTable::readFile(const std::string& path, Notifications* notifications) {
-    auto text = tables::readTextFile(path, notifications);
-    if (!text) {
-        printLine("ERROR WHILE READING FROM " + path);
-        cols.clear();
-        data.clear();
-        return false;
-    }
-    import::CsvOptions options;
-    options.separator = U'\t';
-    options.delimiter = U'"';
-    options.first_line = import::FirstLineStyle::auto_;
-    options.first_line_number = 0;
-    options.ignore_oriented_quotes = false;
-    auto parsed =
-        import::parseCSVText(std::move(*text), options, fs::path(path).filename().string(), nullptr);
-    name = std::move(parsed->name);
-    cols = std::move(parsed->cols);
-    data = std::move(parsed->data);
-    return true;
-}
-
-bool DBTable::load(const std::string& folder, Notifications* notifications) {
+bool DBTable::load(const std::string& folder, base::Notifications* notifications) {
     Saveable::load(folder, notifications);
-    auto file = project::findFile(folder, ".csv", notifications, false);
-    if (!file)
-        return false;
-    readFile(*file, notifications);
+    const auto file = base::findFile(folder, ".csv", notifications, false);
     hasChanged = false;
-    return true;
+    return file.has_value();
 }
 
 void DBTable::addNumberedColumn() {
@@ -190,4 +164,4 @@ std::unique_ptr<tables::ALETable> DBTable::toALETable() && {
     return table;
 }
 
-} // namespace lumbra::db
+} // namespace lumbra::tables
