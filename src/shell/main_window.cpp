@@ -226,6 +226,10 @@ project::BinImportResult MainWindowViewController::addBinsFromFiles(const std::v
     QApplication::setOverrideCursor(Qt::WaitCursor);
     project::BinImportResult result = project::addBinsFromFiles(*m_sharedstuff, paths, target);
     QApplication::restoreOverrideCursor();
+    // The cards say how many; the log keeps which, one line per file that became a bin.
+    for (const project::Bin* bin : result.bins) {
+        addLog("Successfully loaded " + bin->table()->tablename, false, "", tables::NotificationType::OK);
+    }
     reloadBinsLists();
     return result;
 }
@@ -334,7 +338,15 @@ std::string MainWindowViewController::projectName() const {
 }
 
 bool MainWindowViewController::save() {
-    return m_sharedstuff->save();
+    const bool saved = m_sharedstuff->save();
+    if (saved) {
+        m_sharedstuff->something_to_save = false;
+    }
+    return saved;
+}
+
+bool MainWindowViewController::hasUnsavedChanges() const {
+    return m_sharedstuff->something_to_save;
 }
 
 void MainWindowViewController::setPythonFlags(app::PythonFlags flags) {
@@ -358,7 +370,8 @@ void MainWindowViewController::refreshOpenBoxes() {
 }
 
 void MainWindowViewController::refreshTitle() {
-    setWindowTitle(tr("Lumbra (%1) - %2").arg(QCoreApplication::applicationVersion(), toQt(projectName())));
+    // The project alone: the application's display name follows it on screen.
+    setWindowTitle(toQt(projectName()));
     setWindowFilePath(toQt(m_sharedstuff->projectPath().value_or(std::string())));
 }
 
@@ -404,7 +417,8 @@ void MainWindowViewController::showNotification(const tables::NotificationData& 
 void MainWindowViewController::editLayout() {
     project::Bin* bin = m_sharedstuff->activeBin;
     if (bin == nullptr) {
-        addLog("Select a bin first", true, "", tables::NotificationType::WARNING);
+        statusBar()->showMessage(tr("No active bin"), 5000);
+        addLog("No active bin", true, "", tables::NotificationType::WARNING);
         return;
     }
     if (openLayoutEditor(*m_sharedstuff, bin, this) && bin->box() != nullptr) {
@@ -491,7 +505,7 @@ void MainWindowViewController::saveBinAsALE() {
     m_sharedstuff->addLog("Saving bin " + bin->table()->tablename, false, "", tables::NotificationType::OK);
     setFog(true);
     const BinSaveChoice choice =
-        askAleSavePath(this, toQt(bin->table()->tablename), m_sharedstuff->film_format.has_value(),
+        askAleSavePath(this, toQt(bin->table()->tablename), app::offersFilmFormat(*m_sharedstuff),
                        m_sharedstuff->saving_film_format);
     setFog(false);
     if (choice.filmFormat) {
@@ -536,8 +550,9 @@ void MainWindowViewController::openProjectMetadataWindow() {
 }
 
 void MainWindowViewController::showProjectInFileManager() {
-    if (const auto path = m_sharedstuff->projectPath()) {
-        QDesktopServices::openUrl(QUrl::fromLocalFile(toQt(*path)));
+    const auto path = m_sharedstuff->projectPath();
+    if (path && !QDesktopServices::openUrl(QUrl::fromLocalFile(toQt(*path)))) {
+        addLog("No file manager opened the project folder " + *path, true, "", tables::NotificationType::KO);
     }
 }
 

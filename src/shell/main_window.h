@@ -78,6 +78,7 @@ public:
     // app::ProjectWindow
     [[nodiscard]] std::string projectName() const override;
     bool save() override;
+    [[nodiscard]] bool hasUnsavedChanges() const override;
     void setPythonFlags(app::PythonFlags flags) override;
 
     // project::MainWindowLink
