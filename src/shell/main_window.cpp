@@ -198,7 +198,7 @@ void MainWindowViewController::buildCentre() {
     splitter->setStretchFactor(0, 0);
     splitter->setStretchFactor(1, 1);
     splitter->setStretchFactor(2, 0);
-    splitter->setSizes({340, 660, 280});
+    splitter->setSizes({400, 600, 280});
     setCentralWidget(splitter);
 
     m_fogView = new QWidget(this);

@@ -300,6 +300,7 @@ private slots:
         auto* main = topLevel<MainWindowViewController>("mainwindow");
         QVERIFY(main != nullptr);
         QFile::remove(m_projects->path() + QStringLiteral("/Film/.selectionlist"));
+        main->sharedstuff().something_to_save = true; // a change not saved yet, or nothing would be asked
         m_interaction->queueAlert(std::string("Save"));
         QAction* quit = main->findChild<QAction*>(QStringLiteral("quitAction"));
         QCOMPARE(quit->shortcut(), QKeySequence(QStringLiteral("Ctrl+Q")));
@@ -314,6 +315,7 @@ private slots:
         openHandMadeProject();
         QPointer<MainWindowViewController> main = topLevel<MainWindowViewController>("mainwindow");
         QVERIFY(main);
+        main->sharedstuff().something_to_save = true;
         m_interaction->queueAlert(std::string("Cancel"));
         main->findChild<QAction*>(QStringLiteral("closeProjectAction"))->trigger();
         QVERIFY(main->isVisible());
