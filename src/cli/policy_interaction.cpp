@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <string_view>
 
 namespace lumbra::cli {
 
@@ -32,6 +33,14 @@ std::string shownTitle(const base::NotificationData& notification) {
         break;
     }
     return "Operation not executed";
+}
+
+// The invitation a window card ends with; on a terminal nothing can be clicked, so it is left out.
+std::string_view printedBody(std::string_view body) {
+    constexpr std::string_view clickHint = " Click here to view/correct";
+    if (body.ends_with(clickHint))
+        body.remove_suffix(clickHint.size());
+    return body;
 }
 
 } // namespace
@@ -88,7 +97,7 @@ void PolicyInteraction::addLog(const std::string& text, bool notify, const std::
 void PolicyInteraction::notify(const base::Notifications& notifications) {
     for (const auto& notification : notifications)
         std::cout << '[' << kindName(notification.type) << "] " << shownTitle(notification) << ": "
-                  << notification.body << '\n';
+                  << printedBody(notification.body) << '\n';
 }
 
 } // namespace lumbra::cli

@@ -33,11 +33,6 @@ AppDelegate::AppDelegate(std::unique_ptr<base::UserInteraction> interaction,
     }
     m_lifecycle = std::make_unique<app::AppLifecycle>(*m_interaction, *this);
 
-    m_projectSelectorMenuItem =
-        new QAction(QIcon::fromTheme(QStringLiteral("folder")), tr("Open Project Chooser…"), this);
-    m_projectSelectorMenuItem->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
-    connect(m_projectSelectorMenuItem, &QAction::triggered, this, &AppDelegate::openProjectChooser);
-
     m_quitAction = new QAction(QIcon::fromTheme(QStringLiteral("application-exit")), tr("&Quit"), this);
     // The platform key for Quit is empty on some desktops; Ctrl+Q is what Linux users expect.
     m_quitAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
@@ -70,8 +65,6 @@ void AppDelegate::start() {
 void AppDelegate::installMenus(QMainWindow& window) {
     QMenuBar* bar = window.menuBar();
     QMenu* file = bar->addMenu(tr("&File"));
-    file->addAction(m_projectSelectorMenuItem);
-    file->addSeparator();
     file->addAction(m_quitAction);
     QMenu* help = bar->addMenu(tr("&Help"));
     help->addAction(m_aboutAction);

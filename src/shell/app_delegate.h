@@ -39,8 +39,7 @@ public:
     [[nodiscard]] base::UserInteraction& interaction() noexcept { return *m_interaction; }
     [[nodiscard]] ProjectChooserWindow* projectChooser() const;
     // The menu entry that opens the project chooser.
-    [[nodiscard]] QAction* projectSelectorMenuItem() const noexcept { return m_projectSelectorMenuItem; }
-    // Gives a window the application's menus.
+    // Gives the chooser the application's menus; opening the chooser is offered from project windows.
     void installMenus(QMainWindow& window);
     // The main window of a project, which owns it from now on; shown by the caller.
     MainWindowViewController* makeProjectWindow(std::unique_ptr<project::SharedStuff> sharedstuff);
@@ -64,7 +63,6 @@ private:
     std::unique_ptr<base::UserDefaults> m_defaults;
     std::unique_ptr<app::AppLifecycle> m_lifecycle;
     QPointer<ProjectChooserWindow> m_chooser;
-    QAction* m_projectSelectorMenuItem = nullptr;
     QAction* m_quitAction = nullptr;
     QAction* m_aboutAction = nullptr;
 };

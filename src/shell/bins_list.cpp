@@ -47,12 +47,9 @@ BinsList::BinsList(project::SharedStuff& sharedstuff, std::function<project::Bin
     header()->setSectionResizeMode(BinsTreeModel::NameColumn, QHeaderView::Stretch);
     header()->setSectionResizeMode(BinsTreeModel::TagColumn, QHeaderView::Fixed);
     header()->resizeSection(BinsTreeModel::TagColumn, 36);
-    // Dates take the width of a day; the full time is in their tool tips, the name gets the rest.
-    header()->setSectionResizeMode(BinsTreeModel::ModifiedColumn, QHeaderView::Interactive);
-    header()->setSectionResizeMode(BinsTreeModel::CreatedColumn, QHeaderView::Interactive);
-    const int dateWidth = fontMetrics().horizontalAdvance(QStringLiteral("0000-00-00")) + 16;
-    header()->resizeSection(BinsTreeModel::ModifiedColumn, dateWidth);
-    header()->resizeSection(BinsTreeModel::CreatedColumn, dateWidth);
+    // Dates take the width of their text; the full time is in their tool tips, the name gets the rest.
+    header()->setSectionResizeMode(BinsTreeModel::ModifiedColumn, QHeaderView::ResizeToContents);
+    header()->setSectionResizeMode(BinsTreeModel::CreatedColumn, QHeaderView::ResizeToContents);
     header()->setMinimumSectionSize(24);
     header()->setSectionsClickable(true);
     header()->setSortIndicatorShown(false);

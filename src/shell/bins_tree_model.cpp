@@ -176,7 +176,8 @@ QVariant BinsTreeModel::data(const QModelIndex& index, int role) const {
         const QDateTime date =
             dateOf(index.column() == ModifiedColumn ? identity.modified : identity.created);
         if (role == Qt::DisplayRole) {
-            return date.toString(QStringLiteral("yyyy-MM-dd"));
+            // Two-digit years keep the dates narrow, so the names have the room; the tool tip is in full.
+            return date.toString(QStringLiteral("yy-MM-dd"));
         }
         if (role == Qt::ToolTipRole) {
             return date.toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));

@@ -199,7 +199,7 @@ void MainWindowViewController::buildCentre() {
     splitter->setStretchFactor(0, 0);
     splitter->setStretchFactor(1, 1);
     splitter->setStretchFactor(2, 0);
-    splitter->setSizes({340, 660, 280});
+    splitter->setSizes({400, 600, 280});
     setCentralWidget(splitter);
 
     m_fogView = new QWidget(this);
@@ -227,6 +227,10 @@ project::BinImportResult MainWindowViewController::addBinsFromFiles(const std::v
     QApplication::setOverrideCursor(Qt::WaitCursor);
     project::BinImportResult result = project::addBinsFromFiles(*m_sharedstuff, paths, target);
     QApplication::restoreOverrideCursor();
+    // The cards say how many; the log keeps which, one line per file that became a bin.
+    for (const project::Bin* bin : result.bins) {
+        addLog("Successfully loaded " + bin->table()->tablename, false, "", base::NotificationType::OK);
+    }
     reloadBinsLists();
     return result;
 }
@@ -335,7 +339,15 @@ std::string MainWindowViewController::projectName() const {
 }
 
 bool MainWindowViewController::save() {
-    return m_sharedstuff->save();
+    const bool saved = m_sharedstuff->save();
+    if (saved) {
+        m_sharedstuff->something_to_save = false;
+    }
+    return saved;
+}
+
+bool MainWindowViewController::hasUnsavedChanges() const {
+    return m_sharedstuff->something_to_save;
 }
 
 void MainWindowViewController::setPythonFlags(app::PythonFlags flags) {
@@ -359,7 +371,8 @@ void MainWindowViewController::refreshOpenBoxes() {
 }
 
 void MainWindowViewController::refreshTitle() {
-    setWindowTitle(tr("Lumbra (%1) - %2").arg(QCoreApplication::applicationVersion(), toQt(projectName())));
+    // The project alone: the application's display name follows it on screen.
+    setWindowTitle(toQt(projectName()));
     setWindowFilePath(toQt(m_sharedstuff->projectPath().value_or(std::string())));
 }
 
@@ -405,7 +418,8 @@ void MainWindowViewController::showNotification(const base::NotificationData& no
 void MainWindowViewController::editLayout() {
     project::Bin* bin = m_sharedstuff->activeBin;
     if (bin == nullptr) {
-        addLog("Select a bin first", true, "", base::NotificationType::WARNING);
+        statusBar()->showMessage(tr("No active bin"), 5000);
+        addLog("No active bin", true, "", base::NotificationType::WARNING);
         return;
     }
     if (openLayoutEditor(*m_sharedstuff, bin, this) && bin->box() != nullptr) {
@@ -492,7 +506,7 @@ void MainWindowViewController::saveBinAsALE() {
     m_sharedstuff->addLog("Saving bin " + bin->table()->tablename, false, "", base::NotificationType::OK);
     setFog(true);
     const BinSaveChoice choice =
-        askAleSavePath(this, toQt(bin->table()->tablename), m_sharedstuff->film_format.has_value(),
+        askAleSavePath(this, toQt(bin->table()->tablename), app::offersFilmFormat(*m_sharedstuff),
                        m_sharedstuff->saving_film_format);
     setFog(false);
     if (choice.filmFormat) {
@@ -537,8 +551,9 @@ void MainWindowViewController::openProjectMetadataWindow() {
 }
 
 void MainWindowViewController::showProjectInFileManager() {
-    if (const auto path = m_sharedstuff->projectPath()) {
-        QDesktopServices::openUrl(QUrl::fromLocalFile(toQt(*path)));
+    const auto path = m_sharedstuff->projectPath();
+    if (path && !QDesktopServices::openUrl(QUrl::fromLocalFile(toQt(*path)))) {
+        addLog("No file manager opened the project folder " + *path, true, "", base::NotificationType::KO);
     }
 }
 

@@ -77,6 +77,7 @@ public:
     // app::ProjectWindow
     [[nodiscard]] std::string projectName() const override;
     bool save() override;
+    [[nodiscard]] bool hasUnsavedChanges() const override;
     void setPythonFlags(app::PythonFlags flags) override;
 
     // project::MainWindowLink

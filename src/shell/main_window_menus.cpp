@@ -139,8 +139,14 @@ void MainWindowViewController::buildMenus() {
     connect(metadata, &QAction::triggered, this, &MainWindowViewController::openProjectMetadataWindow);
     QAction* folder =
         file->addAction(QIcon::fromTheme(QStringLiteral("folder-open")), tr("Show Project &Folder"));
+    folder->setObjectName(QStringLiteral("showProjectFolderAction"));
     connect(folder, &QAction::triggered, this, &MainWindowViewController::showProjectInFileManager);
     file->addSeparator();
+    QAction* chooser =
+        file->addAction(QIcon::fromTheme(QStringLiteral("folder")), tr("Open Project Chooser…"));
+    chooser->setObjectName(QStringLiteral("projectChooserAction"));
+    chooser->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
+    connect(chooser, &QAction::triggered, this, [this] { m_windows.openProjectChooser(); });
     QAction* close = file->addAction(QIcon::fromTheme(QStringLiteral("window-close")), tr("&Close Project"));
     close->setObjectName(QStringLiteral("closeProjectAction"));
     close->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));

@@ -81,8 +81,12 @@ NewProjectWindow::NewProjectWindow(AppDelegate& delegate, std::filesystem::path 
     m_projectNameText->setObjectName(QStringLiteral("projectNameText"));
     m_projectNameText->setPlaceholderText(tr("Project name"));
     connect(m_projectNameText, &QLineEdit::textEdited, this, &NewProjectWindow::hideWarningLabel);
+    m_nameHint = new QLabel(tr("Type a name to create the project"), this);
+    m_nameHint->setObjectName(QStringLiteral("nameHint"));
+    m_nameHint->setForegroundRole(QPalette::PlaceholderText);
     auto* nameForm = new QFormLayout;
     nameForm->addRow(tr("Name:"), m_projectNameText);
+    nameForm->addRow(QString(), m_nameHint);
     layout->addLayout(nameForm);
     layout->addWidget(where);
 
@@ -156,6 +160,14 @@ NewProjectWindow::NewProjectWindow(AppDelegate& delegate, std::filesystem::path 
     connect(m_createButton, &QPushButton::clicked, this, &NewProjectWindow::createButtonPressed);
     connect(m_cancelButton, &QPushButton::clicked, this, &NewProjectWindow::cancelButtonPressed);
     layout->addWidget(buttons);
+    // Without a name there is nothing to create: the button waits, and says why.
+    auto named = [this](const QString& text) {
+        m_createButton->setEnabled(!text.isEmpty());
+        m_createButton->setToolTip(text.isEmpty() ? m_nameHint->text() : QString());
+        m_nameHint->setVisible(text.isEmpty());
+    };
+    connect(m_projectNameText, &QLineEdit::textChanged, this, named);
+    named(m_projectNameText->text());
 
     showSettings();
     resize(720, 460);

@@ -60,6 +60,7 @@ private:
     QPushButton* m_createButton = nullptr;
     QPushButton* m_cancelButton = nullptr;
     QLabel* m_warningsLabel = nullptr;
+    QLabel* m_nameHint = nullptr;
     QCheckBox* m_archiveOriginalDataCheckbox = nullptr;
     QLineEdit* m_tapeidText = nullptr;
     QComboBox* m_fpsButton = nullptr;

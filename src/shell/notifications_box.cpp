@@ -94,14 +94,15 @@ public:
     }
 
     void add(const base::Notifications& added) {
-        if (added.empty()) {
-            return;
-        }
-        beginInsertRows({}, 0, static_cast<int>(added.size()) - 1);
         for (const auto& item : added) {
+            // A card that repeats the newest one says nothing new: a second identical order does not stack.
+            if (!items.empty() && items.front() == item) {
+                continue;
+            }
+            beginInsertRows({}, 0, 0);
             items.push_front(item);
+            endInsertRows();
         }
-        endInsertRows();
     }
 
     void remove(int row) {

@@ -46,7 +46,8 @@ ProjectChooserWindow::ProjectChooserWindow(AppDelegate& delegate, base::UserDefa
     : QMainWindow(parent), m_delegate(delegate), m_interaction(interaction),
       m_catalogue(defaults, QDir::homePath().toStdString()) {
     setObjectName(QStringLiteral("projectselector"));
-    setWindowTitle(tr("Lumbra — Projects"));
+    // The application's display name follows the title on screen.
+    setWindowTitle(tr("Projects"));
     setAttribute(Qt::WA_DeleteOnClose);
 
     auto* central = new QWidget(this);

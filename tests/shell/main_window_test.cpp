@@ -184,23 +184,30 @@ private slots:
         QCOMPARE(top.title, std::string("Load OK"));
         QCOMPARE(top.body, std::string("Successfully loaded 2 bins"));
 
-        // A new group; files dropped on it go inside it.
+        // Each file has its line in the log; the name column is wider than the dates.
+        QVERIFY(m_window->log().lines()[0].ends_with(" - Successfully loaded day2"));
+        QVERIFY(m_window->log().lines()[1].ends_with(" - Successfully loaded day1"));
+        QVERIFY(list.header()->sectionSize(0) > 2 * list.header()->sectionSize(2));
+
+        // A new group lands where it was made, below the bins, and stays there; files dropped on it go
+        // inside.
         m_window->findChild<QAction*>(QStringLiteral("newBinGroupButton"))->trigger();
-        const QModelIndex group = list.model()->index(0, 0);
+        const QModelIndex group = list.model()->index(2, 0);
         QCOMPARE(group.data().toString(), QStringLiteral("Group_01"));
         dropFiles(list, {file("day2.ALE")}, group);
-        QCOMPARE(list.model()->rowCount(list.model()->index(0, 0)), 1);
-        QCOMPARE(list.model()->index(0, 0, list.model()->index(0, 0)).data().toString(),
+        QCOMPARE(list.model()->rowCount(list.model()->index(2, 0)), 1);
+        QCOMPARE(list.model()->index(0, 0, list.model()->index(2, 0)).data().toString(),
                  QStringLiteral("day2_02"));
+        QCOMPARE(list.model()->index(0, 0).data().toString(), QStringLiteral("day1"));
 
         // A double click closes an open bin and opens it again.
-        lumbra::project::Bin* day1 = m_window->sharedstuff().bins->toarray.at(1);
+        lumbra::project::Bin* day1 = m_window->sharedstuff().bins->toarray.at(0);
         QVERIFY(day1->selected());
-        const QModelIndex day1Row = list.model()->index(1, 0);
+        const QModelIndex day1Row = list.model()->index(0, 0);
         QCOMPARE(day1Row.data().toString(), QStringLiteral("day1"));
         doubleClick(list, day1Row);
         QVERIFY(!day1->selected());
-        doubleClick(list, list.model()->index(1, 0));
+        doubleClick(list, list.model()->index(0, 0));
         QVERIFY(day1->selected());
     }
 
@@ -282,9 +289,16 @@ private slots:
         QVERIFY(m_window->log().lines()[0].ends_with(" - CSV Correctly saved"));
         QVERIFY(m_window->log().lines()[1].ends_with(" - Saving bin day1"));
 
+        // A cancelled panel is logged, with no failure card; a project without a film format offers none.
+        const int cards = m_window->notificationsBox()->count();
+        QTimer::singleShot(0, [] {
+            QVERIFY(QApplication::activeModalWidget()->findChild<QCheckBox*>(
+                        QStringLiteral("filmFormatCheckbox")) == nullptr);
+        });
         answerFilePanel(csv, {}, false);
         m_window->findChild<QAction*>(QStringLiteral("saveBinAction"))->trigger();
         QVERIFY(m_window->log().lines()[0].ends_with(" - Operation aborted by user"));
+        QCOMPARE(m_window->notificationsBox()->count(), cards);
 
         const QString ale = file("out/day1.ale");
         answerFilePanel(ale, {}, true);
@@ -303,9 +317,9 @@ private slots:
             titles.append(action->text());
         }
         QVERIFY(titles.contains(QStringLiteral("-- System Default --")));
-        // The project began with its current default, so both entries say they are the default.
+        // The project began with its current default, yet only the default's own entry is marked.
         QCOMPARE(titles[0], QStringLiteral("-- [Default] Default"));
-        QVERIFY(titles.contains(QStringLiteral("-- [Default] -- Project Original Default --")));
+        QCOMPARE(titles.filter(QStringLiteral("[Default]")).size(), 1);
         menu->actions()[titles.indexOf(QStringLiteral("-- System Default --"))]->trigger();
         QCOMPARE(m_window->sharedstuff().projectLayouts.baseLayout->columns.size(), 10u);
         QCOMPARE(m_window->notificationsBox()->item(0).body, std::string("Default layout updated"));
@@ -313,6 +327,9 @@ private slots:
 
     void aDayWithTwoBinsFromImportToReopen() {
         openProject();
+        // The layout editor with no bin active says why nothing opens.
+        m_window->findChild<QAction*>(QStringLiteral("layoutEditorAction"))->trigger();
+        QCOMPARE(m_window->notificationsBox()->item(0).body, std::string("No active bin"));
         dropFiles(*m_window->binsList(), {file("day1.ale"), file("day2.ALE")});
         auto* day1 = dynamic_cast<lumbra::shell::BinBox*>(m_window->sharedstuff().bins->toarray.at(0)->box());
         auto* day2 = dynamic_cast<lumbra::shell::BinBox*>(m_window->sharedstuff().bins->toarray.at(1)->box());
@@ -340,7 +357,9 @@ private slots:
         clickHeader(table, QStringLiteral("Name"));
         QCOMPARE(nameAt(0), QStringLiteral("A001C003"));
         QVERIFY(nameTitle().endsWith(QStringLiteral(" ↑")));
+        // The second order said the same: its card does not stack on the first.
         QCOMPARE(m_window->notificationsBox()->item(0).body, std::string("Ordered by Name"));
+        QVERIFY(m_window->notificationsBox()->item(1).body != std::string("Ordered by Name"));
 
         // A cell edit is stored; in a locked bin the same edit leaves the row as it was.
         const int scene = columnTitled(table, QStringLiteral("Scene"));
@@ -368,9 +387,11 @@ private slots:
         const QByteArray saved = readText(files.next());
         QVERIFY2(saved.contains("A001C003\tA001\t14") || saved.contains("\t14\n"), saved.constData());
 
-        // Closed and opened again: the same bins, open, with the edit and the lock.
-        m_interaction->queueAlert(std::string("Don't save"));
+        // Closed right after the save, with no question; opened again: the same bins, open, with the edit and
+        // the lock.
+        const std::size_t asked = m_interaction->alerts().size();
         QVERIFY(m_window->close());
+        QCOMPARE(m_interaction->alerts().size(), asked);
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         QVERIFY(!m_window);
         openProject();

@@ -137,8 +137,14 @@ private slots:
         auto* create = window->findChild<QPushButton*>(QStringLiteral("createButton"));
         auto* table = window->findChild<QTableWidget*>(QStringLiteral("columnsTable"));
 
+        // Without a name Create waits and says why.
+        QVERIFY(!create->isEnabled());
+        QVERIFY(window->findChild<QLabel*>(QStringLiteral("nameHint"))->isVisible());
+        QCOMPARE(create->toolTip(), QStringLiteral("Type a name to create the project"));
+
         // A colon is refused; an existing folder is refused by name.
         QTest::keyClicks(name, QStringLiteral("Reel:1"));
+        QVERIFY(!window->findChild<QLabel*>(QStringLiteral("nameHint"))->isVisible());
         QTest::mouseClick(create, Qt::LeftButton);
         QVERIFY(warnings->isVisible());
         QCOMPARE(warnings->text(), QStringLiteral("the project name contains forbidden characters"));
@@ -189,8 +195,7 @@ private slots:
         auto* main = topLevel<MainWindowViewController>("mainwindow");
         QVERIFY(main != nullptr);
         QVERIFY(QTest::qWaitForWindowExposed(main));
-        QCOMPARE(main->windowTitle(),
-                 QStringLiteral("Lumbra (%1) - My Film").arg(QCoreApplication::applicationVersion()));
+        QCOMPARE(main->windowTitle(), QStringLiteral("My Film"));
         QVERIFY(topLevel<NewProjectWindow>("newprojectwindow") == nullptr);
         QVERIFY(topLevel<ProjectChooserWindow>("projectselector") == nullptr);
         QVERIFY(main->backupTimer()->isActive());
@@ -261,8 +266,7 @@ private slots:
         openHandMadeProject();
         auto* main = topLevel<MainWindowViewController>("mainwindow");
         QVERIFY(main != nullptr);
-        QCOMPARE(main->windowTitle(),
-                 QStringLiteral("Lumbra (%1) - Film").arg(QCoreApplication::applicationVersion()));
+        QCOMPARE(main->windowTitle(), QStringLiteral("Film"));
         QAbstractItemModel& model = *main->binsList()->model();
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
         QCOMPARE(childNames(model), (QStringList{QStringLiteral("Dailies"), QStringLiteral("Day one")}));
@@ -296,6 +300,7 @@ private slots:
         auto* main = topLevel<MainWindowViewController>("mainwindow");
         QVERIFY(main != nullptr);
         QFile::remove(m_projects->path() + QStringLiteral("/Film/.selectionlist"));
+        main->sharedstuff().something_to_save = true; // a change not saved yet, or nothing would be asked
         m_interaction->queueAlert(std::string("Save"));
         QAction* quit = main->findChild<QAction*>(QStringLiteral("quitAction"));
         QCOMPARE(quit->shortcut(), QKeySequence(QStringLiteral("Ctrl+Q")));
@@ -310,6 +315,7 @@ private slots:
         openHandMadeProject();
         QPointer<MainWindowViewController> main = topLevel<MainWindowViewController>("mainwindow");
         QVERIFY(main);
+        main->sharedstuff().something_to_save = true;
         m_interaction->queueAlert(std::string("Cancel"));
         main->findChild<QAction*>(QStringLiteral("closeProjectAction"))->trigger();
         QVERIFY(main->isVisible());

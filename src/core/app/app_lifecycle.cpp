@@ -1,5 +1,6 @@
 #include "app/app_lifecycle.h"
 
+#include <algorithm>
 #include <thread>
 #include <utility>
 
@@ -71,6 +72,12 @@ TerminateReply AppLifecycle::applicationShouldTerminate() {
 }
 
 bool AppLifecycle::confirmProjectClose(ProjectWindow& window) {
+    // Nothing to lose, nothing to ask: a save just made must not be offered again.
+    const std::vector<ProjectWindow*> projects = m_windows.projectWindows();
+    if (!window.hasUnsavedChanges() &&
+        std::none_of(projects.begin(), projects.end(),
+                     [](const ProjectWindow* p) { return p->hasUnsavedChanges(); }))
+        return true;
     const base::AlertAnswer answer = m_interaction.alert({"Save before you go?",
                                                           "Do you want to Save before closing the project?",
                                                           base::AlertStyle::Informational,

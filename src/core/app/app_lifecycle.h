@@ -31,6 +31,8 @@ public:
     [[nodiscard]] virtual std::string projectName() const = 0;
     // True when the project's folder was written.
     virtual bool save() = 0;
+    // True when something changed since the last save; a window that cannot tell says so.
+    [[nodiscard]] virtual bool hasUnsavedChanges() const { return true; }
     // Takes the probe's result into the project, each time the window becomes key.
     virtual void setPythonFlags(PythonFlags flags) = 0;
 };

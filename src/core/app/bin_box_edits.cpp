@@ -32,10 +32,9 @@ std::vector<project::Bin*> openBinsShowing(const tables::ALEEntry& entry, projec
 void touchBin(project::SharedStuff& sharedstuff, project::Bin& bin) {
     bin.modified = base::nowSeconds();
     bin.hasChanged = true;
-    if (sharedstuff.bins) {
+    // No re-sort: an edited bin stays where the user sees it until a header orders the list again.
+    if (sharedstuff.bins)
         sharedstuff.bins->touch(bin);
-        sharedstuff.bins->resort();
-    }
     for (project::SharedStuffDelegate* delegate : sharedstuff.delegates)
         delegate->reloadBinsLists();
 }

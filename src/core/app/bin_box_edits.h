@@ -15,8 +15,8 @@ class SharedStuff;
 namespace lumbra::app {
 
 // The first half of the change upkeep: the bin and every node on its path in the bins tree are
-// modified now and changed, the tree is sorted again by its own order, and every delegate reloads
-// its bins lists. A bin outside the bins tree (a smart bin) is only marked changed itself.
+// modified now and changed, the tree keeps its order, and every delegate reloads its bins lists. A bin
+// outside the bins tree (a smart bin) is only marked changed itself.
 void touchBin(project::SharedStuff& sharedstuff, project::Bin& bin);
 
 // True for the empty text and for underscores only: typed into a cell, either clears it.

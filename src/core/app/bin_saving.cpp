@@ -24,11 +24,15 @@ std::string rememberedCsvSeparator(project::SharedStuff& sharedstuff) {
     return it->second;
 }
 
+bool offersFilmFormat(const project::SharedStuff& sharedstuff) {
+    return sharedstuff.film_format.has_value() && !sharedstuff.film_format->empty();
+}
+
 bool saveBinAsALE(project::SharedStuff& sharedstuff, const project::Bin& bin, const std::string& path) {
     const tables::ALETable* table = bin.table();
     // The user confirmed the name in the chooser, so an existing file is replaced.
-    const bool saved =
-        table && table->saveALE(path, layoutColumns(bin), true, !sharedstuff.saving_film_format);
+    const bool omitFilmFormat = !(sharedstuff.saving_film_format && offersFilmFormat(sharedstuff));
+    const bool saved = table && table->saveALE(path, layoutColumns(bin), true, omitFilmFormat);
     if (saved)
         sharedstuff.addLog("Bin correctly saved", true, "", NotificationType::OK);
     else
@@ -49,8 +53,10 @@ bool saveBinAsCSV(project::SharedStuff& sharedstuff, const project::Bin& bin, co
 }
 
 void logChooserFailure(project::SharedStuff& sharedstuff, bool cancelled) {
-    sharedstuff.addLog(cancelled ? "Operation aborted by user" : "The file selector returned nil", true, "",
-                       NotificationType::KO);
+    if (cancelled)
+        sharedstuff.addLog("Operation aborted by user", false, "", NotificationType::OK);
+    else
+        sharedstuff.addLog("The file selector returned nil", true, "", NotificationType::KO);
 }
 
 } // namespace lumbra::app

@@ -14,13 +14,16 @@ namespace lumbra::app {
 // The remembered separator title ("csvSeparator"), "," when none was chosen yet; it is then remembered.
 [[nodiscard]] std::string rememberedCsvSeparator(project::SharedStuff& sharedstuff);
 
+// "Export Film Format" is offered only when the project's film format holds a value; an empty one is none.
+[[nodiscard]] bool offersFilmFormat(const project::SharedStuff& sharedstuff);
 // Writes the bin to an ALE file with its layout's columns, the film format line only while the project
-// saves it; the log says how it went.
+// offers and saves it; the log says how it went.
 bool saveBinAsALE(project::SharedStuff& sharedstuff, const project::Bin& bin, const std::string& path);
 // Writes the bin as delimited text with its layout's columns, the heading block when asked.
 bool saveBinAsCSV(project::SharedStuff& sharedstuff, const project::Bin& bin, const std::string& path,
                   const std::string& separatorTitle, bool exportHeaders);
-// A file chooser that gave nothing, or a cancelled one, says so in the log.
+// A file chooser that gave nothing says so in a card; a cancelled one only in the log, as cancel is no
+// failure.
 void logChooserFailure(project::SharedStuff& sharedstuff, bool cancelled);
 
 } // namespace lumbra::app

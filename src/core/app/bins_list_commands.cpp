@@ -78,8 +78,8 @@ project::BinsTreeEntry& addGroup(project::SharedStuff& sharedstuff, project::Bin
         std::make_shared<BinsTreeEntry>(name, nullptr, std::vector<project::TreeNode>{}, &sharedstuff);
     node->setName(name);
     BinsTreeEntry& made = *node;
+    // The list keeps the user's order until a header asks for another: the group stays where it was made.
     targetGroup(tree, target).addChild(std::move(node), target.index);
-    tree.resort();
     tree.rebuildArray();
     sharedstuff.projectChanged();
     reloadLists(sharedstuff);

@@ -22,8 +22,8 @@ void orderBinsTree(project::BinsTreeEntry& tree, project::BinsTreeOrderingMode m
 // An empty bin named "bin_NN" with the project's heading values and default layout, where files
 // dropped at `target` would go; the delegates' lists reload.
 project::Bin& createEmptyBin(project::SharedStuff& sharedstuff, project::ImportTarget target = {});
-// A group "Group_NN" at `target` in the tree (bins or smart bins); the tree is sorted again and the
-// dirty rule runs.
+// A group "Group_NN" at `target` in the tree (bins or smart bins), the rest left in place; the dirty
+// rule runs.
 project::BinsTreeEntry& addGroup(project::SharedStuff& sharedstuff, project::BinsTreeEntry& tree,
                                  project::ImportTarget target = {});
 

@@ -14,8 +14,9 @@ constexpr const char* defaultPrefix = "-- [Default] ";
 std::vector<LayoutMenuItem> layoutMenuItems(project::SharedStuff& sharedstuff) {
     tables::ProjectLayouts& layouts = sharedstuff.projectLayouts;
     std::vector<LayoutMenuItem> items;
+    // Only the default's own entry is marked: entries that merely hold the same columns are other layouts.
     if (layouts.baseLayout)
-        items.push_back({layouts.baseLayout->name, layouts.baseLayout});
+        items.push_back({std::string(defaultPrefix) + layouts.baseLayout->name, layouts.baseLayout});
     if (layouts.projectLayout)
         items.push_back({"-- Project Original Default --", layouts.projectLayout});
     items.push_back({"-- System Default --", layouts.systemLayout()});
@@ -23,12 +24,6 @@ std::vector<LayoutMenuItem> layoutMenuItems(project::SharedStuff& sharedstuff) {
         items.push_back({"-- Active Bin Layout --", sharedstuff.activeBin->layout});
     for (const auto& layout : layouts.layouts)
         items.push_back({layout->name, layout});
-    if (layouts.baseLayout) {
-        for (auto& item : items) {
-            if (*item.layout == *layouts.baseLayout)
-                item.title = defaultPrefix + item.title;
-        }
-    }
     return items;
 }
 

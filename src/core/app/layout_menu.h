@@ -19,7 +19,7 @@ struct LayoutMenuItem {
 };
 
 // The current default, the project's original default, the system layout, the active bin's layout
-// when a bin is active, then every saved layout; the entries equal to the default say so.
+// when a bin is active, then every saved layout; the default's own entry says so.
 [[nodiscard]] std::vector<LayoutMenuItem> layoutMenuItems(project::SharedStuff& sharedstuff);
 
 // The default takes the layout's columns and widths; every bin on the default follows, open

@@ -18,4 +18,9 @@ namespace lumbra::base {
 // True when the text is NFC already and can serve as its own sort key.
 [[nodiscard]] bool isSortKey(std::string_view text);
 
+// The order in which people read names, for lists a person orders: letters before their case, numbers by
+// value ("day2" before "Day10"). Byte order of two keys is that order.
+[[nodiscard]] std::string readingKey(std::string_view text);
+[[nodiscard]] bool readingLess(std::string_view a, std::string_view b);
+
 } // namespace lumbra::base

@@ -94,20 +94,18 @@ bool setCell(project::SharedStuff& sharedstuff, tables::DBTable& table, std::siz
     return true;
 }
 
-double columnWidth(const tables::DBTable& table, const std::string& column, double initial) {
-    if (auto it = table.colwidths.find(column); it != table.colwidths.end())
-        return it->second;
-    double width = initial;
-    auto widen = [&](std::string_view text) {
-        const auto length = static_cast<double>(characterCount(text));
-        if (10.0 * length > width)
-            width = 7.0 * length;
-    };
-    widen(column);
+std::optional<std::size_t> longestCellRow(const tables::DBTable& table, const std::string& column) {
     const tables::ColumnKey key = tables::ColumnNames::key(column);
-    for (const auto& entry : table.data)
-        widen(entry.data.valueOr(key));
-    return width;
+    std::optional<std::size_t> longest;
+    std::size_t longestLength = 0;
+    for (std::size_t row = 0; row < table.data.size(); ++row) {
+        const std::size_t length = characterCount(table.data[row].data.valueOr(key));
+        if (length > longestLength) {
+            longest = row;
+            longestLength = length;
+        }
+    }
+    return longest;
 }
 
 project::Bin& binFromDatabase(project::SharedStuff& sharedstuff, const tables::DBTable& table) {
@@ -119,8 +117,10 @@ project::Bin& binFromDatabase(project::SharedStuff& sharedstuff, const tables::D
     clips->film_format = sharedstuff.film_format;
     if (sharedstuff.tapeId)
         clips->tape = sharedstuff.tapeId;
-    auto bin = std::make_shared<project::Bin>(std::move(clips), &sharedstuff,
-                                              sharedstuff.projectLayouts.baseLayout, true);
+    // The database's own columns, as an imported table with columns of its own gets: the project's base
+    // layout may name none of them, which would show a bin of empty cells.
+    auto layout = std::make_shared<tables::ColumnsLayout>("*" + clips->tablename, clips->cols);
+    auto bin = std::make_shared<project::Bin>(std::move(clips), &sharedstuff, std::move(layout), true);
     project::Bin& made = *bin;
     sharedstuff.addBin(std::move(bin));
     sharedstuff.refreshSmartbins(made, false);

@@ -41,13 +41,14 @@ bool setCell(project::SharedStuff& sharedstuff, tables::DBTable& table, std::siz
 // Marks the table after a tool or a column change, and the project.
 void tableEdited(project::SharedStuff& sharedstuff, tables::DBTable& table);
 
-// The width of a column in the display: the one the user set, else from `initial` up to seven times
-// the length of the name or of a cell, for each one whose ten times exceeds the width so far.
-[[nodiscard]] double columnWidth(const tables::DBTable& table, const std::string& column, double initial);
+// The row holding the column's longest value in characters, the first of equals; absent when every
+// value is empty. The display measures that one text instead of every cell.
+[[nodiscard]] std::optional<std::size_t> longestCellRow(const tables::DBTable& table,
+                                                        const std::string& column);
 
 // A new bin from the table: its name made free among the bins, the project's heading values, the
-// columns and a copy of every row, the project's base layout; added at the top of the bins and
-// opened. The bin.
+// columns and a copy of every row, a layout "*" + name of those columns; added at the top of the bins
+// and opened. The bin.
 project::Bin& binFromDatabase(project::SharedStuff& sharedstuff, const tables::DBTable& table);
 
 } // namespace lumbra::db

@@ -140,7 +140,7 @@ bool BinsTreeEntry::load(const std::string& folder, Notifications* notifications
 bool BinsTreeEntry::isAfter(const BinsTreeEntry& other, BinsTreeOrderingMode mode) const {
     switch (mode) {
     case BinsTreeOrderingMode::alphabetical:
-        return base::textLess(other.name(), name());
+        return base::readingLess(other.name(), name());
     case BinsTreeOrderingMode::bytag:
         return static_cast<int>(other.tag) < static_cast<int>(tag);
     case BinsTreeOrderingMode::lastmodified:
@@ -168,7 +168,7 @@ void BinsTreeEntry::sort(BinsTreeOrderingMode mode, bool ascending) {
         Keyed k{child->bin != nullptr, {}, 0.0, child};
         switch (mode) {
         case BinsTreeOrderingMode::alphabetical:
-            k.text = base::sortKey(child->name());
+            k.text = base::readingKey(child->name());
             break;
         case BinsTreeOrderingMode::bytag:
             k.number = static_cast<double>(child->tag);

@@ -7,6 +7,7 @@
 #include "project/bin.h"
 #include "project/shared_stuff.h"
 #include "qt_text.h"
+#include "table_rows.h"
 
 #include <QEvent>
 #include <QFrame>
@@ -14,7 +15,6 @@
 #include <QIcon>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPointer>
 #include <QScrollBar>
 #include <QShortcut>
 #include <QStyle>
@@ -37,21 +37,13 @@ public:
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
                           const QModelIndex& index) const override {
         QWidget* editor = QStyledItemDelegate::createEditor(parent, option, index);
-        if (auto* line = qobject_cast<QLineEdit*>(editor)) {
+        if (auto* line = qobject_cast<QLineEdit*>(editor))
             connect(line, &QLineEdit::textEdited, this, [this] { m_onTyped(); });
-            m_lastEditor = line;
-        }
         return editor;
-    }
-
-    void selectEditorText() const {
-        if (m_lastEditor)
-            m_lastEditor->selectAll();
     }
 
 private:
     std::function<void()> m_onTyped;
-    mutable QPointer<QLineEdit> m_lastEditor;
 };
 
 QToolButton* makeButton(QWidget* parent, const char* iconName, const QString& text, const QString& tip) {
@@ -131,6 +123,9 @@ void BinBox::buildViews() {
     m_searchField = new QLineEdit(m_searchStrip);
     m_searchField->setPlaceholderText(tr("Search in bin"));
     m_searchField->setClearButtonEnabled(true);
+    m_notFoundLabel = new QLabel(tr("not found"), m_searchStrip);
+    m_notFoundLabel->setObjectName(QStringLiteral("searchNotFound"));
+    m_notFoundLabel->hide();
     m_dataScopeButton = new QToolButton(m_searchStrip);
     m_dataScopeButton->setText(tr("data"));
     m_headersScopeButton = new QToolButton(m_searchStrip);
@@ -141,6 +136,7 @@ void BinBox::buildViews() {
     }
     m_dataScopeButton->setChecked(true);
     searchLayout->addWidget(m_searchField, 1);
+    searchLayout->addWidget(m_notFoundLabel);
     searchLayout->addWidget(new QLabel(tr("in"), m_searchStrip));
     searchLayout->addWidget(m_dataScopeButton);
     searchLayout->addWidget(m_headersScopeButton);
@@ -203,8 +199,7 @@ void BinBox::setUpTable(TablePart& part, bool pinned) {
     part.view->setModel(part.model);
     part.view->setHorizontalHeader(part.header);
     part.view->verticalHeader()->hide();
-    part.view->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    part.view->verticalHeader()->setDefaultSectionSize(part.view->fontMetrics().height() + 8);
+    setClipRowHeight(*part.view);
     part.view->setSelectionBehavior(QAbstractItemView::SelectRows);
     part.view->setSelectionMode(QAbstractItemView::ExtendedSelection);
     part.view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
@@ -468,7 +463,7 @@ void BinBox::clearMarks() {
     m_syncing = false;
 }
 
-void BinBox::showHit(const app::SearchHit& hit, bool edit) {
+void BinBox::showHit(const app::SearchHit& hit) {
     TablePart& part = partOf(hit.inPinned);
     const int column = part.model->columnOf(hit.column);
     if (column < 0)
@@ -483,13 +478,9 @@ void BinBox::showHit(const app::SearchHit& hit, bool edit) {
     } else {
         const QModelIndex cell = part.model->index(hit.row, column);
         selectRowsAlone(hit.row);
+        // The hit is only made current, never edited: a key typed next must not overwrite the clip.
+        part.view->selectionModel()->setCurrentIndex(cell, QItemSelectionModel::NoUpdate);
         part.view->scrollTo(cell);
-        if (edit && (part.model->flags(cell) & Qt::ItemIsEditable)) {
-            part.view->selectionModel()->setCurrentIndex(cell, QItemSelectionModel::NoUpdate);
-            part.view->edit(cell);
-            static_cast<CellDelegate*>(part.view->itemDelegate())->selectEditorText();
-            return;
-        }
     }
     m_searchField->setFocus();
     m_searchField->setCursorPosition(static_cast<int>(m_searchField->text().size()));
@@ -498,6 +489,7 @@ void BinBox::showHit(const app::SearchHit& hit, bool edit) {
 void BinBox::searchAsYouType(const QString& text) {
     const std::string lowered = fromQt(text.toLower());
     clearMarks();
+    m_notFoundLabel->hide();
     if (!lowered.empty() && m_bin.table()) {
         static const std::vector<std::string> noColumns;
         const auto& layoutColumns = m_bin.layout ? m_bin.layout->columns : noColumns;
@@ -505,9 +497,10 @@ void BinBox::searchAsYouType(const QString& text) {
                              ? app::searchHeadersFirst(m_split, lowered)
                              : app::searchDataFirst(*m_bin.table(), m_split, layoutColumns, lowered);
         if (hit) {
-            showHit(*hit, false);
+            showHit(*hit);
             return;
         }
+        m_notFoundLabel->show();
     }
     m_searchField->setFocus();
     m_searchField->setCursorPosition(static_cast<int>(text.size()));
@@ -522,8 +515,9 @@ void BinBox::findNext() {
     const std::string text = fromQt(m_searchField->text());
     const auto hit = m_searchHeaders ? app::searchHeadersNext(m_search, m_split, columns, text)
                                      : app::searchDataNext(m_search, *m_bin.table(), m_split, columns, text);
+    m_notFoundLabel->setVisible(!hit && !text.empty());
     if (hit)
-        showHit(*hit, !m_searchHeaders);
+        showHit(*hit);
 }
 
 void BinBox::setSearchHeaders(bool headers) {

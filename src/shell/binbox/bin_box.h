@@ -104,7 +104,7 @@ private:
     void selectRowsAlone(int row);
     void selectColumnAlone(TablePart& part, int column);
     void clearMarks();
-    void showHit(const app::SearchHit& hit, bool edit);
+    void showHit(const app::SearchHit& hit);
     void searchAsYouType(const QString& text);
     void scrolled();
     void scrollBy(const QPoint& delta);
@@ -142,6 +142,7 @@ private:
     QToolButton* m_layoutButton = nullptr;
     QWidget* m_searchStrip = nullptr;
     QLineEdit* m_searchField = nullptr;
+    QLabel* m_notFoundLabel = nullptr;
     QToolButton* m_dataScopeButton = nullptr;
     QToolButton* m_headersScopeButton = nullptr;
     QLabel* m_statusLabel = nullptr;

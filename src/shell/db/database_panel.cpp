@@ -15,6 +15,7 @@
 #include <QMenu>
 #include <QSplitter>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace lumbra::shell {
 
@@ -168,10 +169,20 @@ void DatabasePanel::rebuildDisplay() {
         m_applyingWidths = false;
         return;
     }
-    const int initial = m_header->defaultSectionSize();
+    // Fitted to the header and the longest value, measured as the view draws them; a dragged width wins.
     for (int section = 0; section < m_tableModel->columnCount(); ++section) {
-        const double width = db::columnWidth(*m_selectedTable, m_tableModel->columnName(section), initial);
-        m_header->resizeSection(section, static_cast<int>(width));
+        const std::string column = m_tableModel->columnName(section);
+        if (const auto kept = m_selectedTable->colwidths.find(column);
+            kept != m_selectedTable->colwidths.end()) {
+            m_header->resizeSection(section, static_cast<int>(kept->second));
+            continue;
+        }
+        int width = m_header->sectionSizeHint(section);
+        if (const auto row = db::longestCellRow(*m_selectedTable, column)) {
+            const QModelIndex cell = m_tableModel->index(static_cast<int>(*row), section);
+            width = std::max(width, m_displayTable->sizeHintForIndex(cell).width());
+        }
+        m_header->resizeSection(section, width);
     }
     m_applyingWidths = false;
 }

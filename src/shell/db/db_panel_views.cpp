@@ -2,6 +2,7 @@
 
 #include "db/database_panel.h"
 #include "db/db_import.h"
+#include "table_rows.h"
 
 #include <QContextMenuEvent>
 #include <QDragEnterEvent>
@@ -95,6 +96,7 @@ DBPanelDisplay::DBPanelDisplay(DatabasePanel& dbpanel, QWidget* parent)
                     QAbstractItemView::AnyKeyPressed);
     setSelectionBehavior(QAbstractItemView::SelectItems);
     setWordWrap(false);
+    setClipRowHeight(*this);
 }
 
 void DBPanelDisplay::contextMenuEvent(QContextMenuEvent* event) {

@@ -20,8 +20,10 @@ public:
         return m_saveSucceeds;
     }
     void setPythonFlags(PythonFlags flags) override { received = flags; }
+    bool hasUnsavedChanges() const override { return unsaved; }
 
     std::optional<PythonFlags> received;
+    bool unsaved = true;
 
 private:
     std::string m_name;
@@ -75,6 +77,7 @@ TEST_F(AppLifecycleTest, QuitAnswers) {
         TerminateReply reply;
         Names saved;
         int chooserOpened;
+        bool unsaved = true;
     };
     // After a save the chooser is left to the next activation; after "Don't save" it opens at once.
     const Case cases[] = {
@@ -84,6 +87,7 @@ TEST_F(AppLifecycleTest, QuitAnswers) {
         {"a later failure names it", {"First", ""}, "", {"Save", "OK"}, Cancel, {"First", ""}, 0},
         {"don't save writes nothing", {"First", "Second"}, nullptr, {"Don't save"}, Now, {}, 1},
         {"cancel changes nothing", {"First"}, nullptr, {"Cancel"}, Cancel, {}, 0},
+        {"nothing unsaved asks nothing", {"First", "Second"}, nullptr, {}, Now, {}, 0, false},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -94,6 +98,8 @@ TEST_F(AppLifecycleTest, QuitAnswers) {
         for (const auto& name : c.projects)
             caseWindows.projects.push_back(
                 std::make_unique<FakeProject>(name, !c.failing || name != c.failing, log));
+        for (const auto& project : caseWindows.projects)
+            project->unsaved = c.unsaved;
         for (const auto& answer : c.answers)
             caseInteraction.queueAlert(answer);
         AppLifecycle caseLifecycle(caseInteraction, caseWindows);

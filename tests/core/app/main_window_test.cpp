@@ -119,15 +119,15 @@ TEST(LayoutMenu, ItemsMarkTheDefault) {
     for (const auto& item : layoutMenuItems(p.s))
         titles.push_back(item.title);
     EXPECT_EQ(titles, (std::vector<std::string>{"-- [Default] Default", "-- Project Original Default --",
-                                                "-- System Default --", "Mine", "-- [Default] Same"}));
+                                                "-- System Default --", "Mine", "Same"}));
 
     project::Bin& bin = p.addBin("b", true);
     p.s.activeBin = &bin;
     titles.clear();
     for (const auto& item : layoutMenuItems(p.s))
         titles.push_back(item.title);
-    // The active bin uses the default, so its entry is marked too.
-    EXPECT_EQ(titles[3], "-- [Default] -- Active Bin Layout --");
+    // The active bin uses the default, yet only the default's own entry is marked.
+    EXPECT_EQ(titles[3], "-- Active Bin Layout --");
 }
 
 TEST(LayoutMenu, SetDefaultReachesBinsOnTheDefaultOnly) {
@@ -171,6 +171,15 @@ TEST(BinSaving, AleAndCsvWithLayoutColumnsAndLogLines) {
     EXPECT_EQ(ale.find("FILM_FORMAT"), std::string::npos);
     EXPECT_NE(ale.find("Column\nTape\n"), std::string::npos);
     EXPECT_EQ(p.interaction.logLines().back().text, "Bin correctly saved");
+    // The box is checked, but an empty project film format is none: no box is offered and no line written.
+    p.s.saving_film_format = true;
+    for (const auto& [projectFormat, written] : {std::pair{"", false}, std::pair{"35mm", true}}) {
+        SCOPED_TRACE(projectFormat);
+        p.s.film_format = projectFormat;
+        EXPECT_EQ(offersFilmFormat(p.s), written);
+        ASSERT_TRUE(saveBinAsALE(p.s, bin, (folder.path / "out.ale").string()));
+        EXPECT_EQ(readFile(folder.path / "out.ale").find("FILM_FORMAT\t35mm") != std::string::npos, written);
+    }
 
     EXPECT_EQ(rememberedCsvSeparator(p.s), ",");
     EXPECT_EQ(p.s.options.at("csvSeparator"), ",");
@@ -183,6 +192,7 @@ TEST(BinSaving, AleAndCsvWithLayoutColumnsAndLogLines) {
     EXPECT_EQ(p.interaction.logLines().back().text, "ERROR while saving to .csv file");
     logChooserFailure(p.s, true);
     EXPECT_EQ(p.interaction.logLines().back().text, "Operation aborted by user");
+    EXPECT_FALSE(p.interaction.logLines().back().notify);
 }
 
 TEST(BinsListCommands, NewBinsAndGroupsGoWhereTheClickWas) {
@@ -218,9 +228,9 @@ TEST(BinsListCommands, HeaderClicksOrderTheTree) {
     EXPECT_FALSE(orderingForHeader("Clips").has_value());
 
     Project p;
-    p.addBin("b", false);
-    p.addBin("a", false);
-    p.addBin("c", false);
+    p.addBin("day10", false);
+    p.addBin("Day2", false);
+    p.addBin("day1", false);
     auto names = [&] {
         std::vector<std::string> out;
         for (const auto& child : p.s.bins->children)
@@ -232,10 +242,11 @@ TEST(BinsListCommands, HeaderClicksOrderTheTree) {
     EXPECT_FALSE(p.s.bins->lastascending);
     orderBinsTree(*p.s.bins, Mode::alphabetical);
     EXPECT_FALSE(p.s.bins->lastascending);
-    EXPECT_EQ(names(), (std::vector<std::string>{"a", "b", "c"}));
+    // Names as people read them: case aside, numbers by value.
+    EXPECT_EQ(names(), (std::vector<std::string>{"day1", "Day2", "day10"}));
     orderBinsTree(*p.s.bins, Mode::alphabetical);
     EXPECT_TRUE(p.s.bins->lastascending);
-    EXPECT_EQ(names(), (std::vector<std::string>{"c", "b", "a"}));
+    EXPECT_EQ(names(), (std::vector<std::string>{"day10", "Day2", "day1"}));
 
     setBinsOpen(p.s, {p.s.bins.get()}, true);
     for (project::Bin* bin : p.s.bins->toarray)

@@ -127,18 +127,14 @@ TEST(DBEditing, RenameAsksForTheName) {
     EXPECT_EQ(databaseNamed(d.s, "old"), nullptr);
 }
 
-TEST(DBEditing, ColumnWidthsGrowWithTheLongestTextUnlessTheUserSetOne) {
+TEST(DBEditing, TheLongestTextOfAColumnIsFoundByCharacters) {
     tables::DBTable table("t");
-    table.cols = {"Name", "Description"};
-    table.data.push_back(tables::DBEntry{{{"Name", "A001"}, {"Description", std::string(20, 'x')}}});
-    table.data.push_back(tables::DBEntry{{{"Name", "A002"}, {"Description", std::string(12, 'y')}}});
-    table.data.push_back(tables::DBEntry{{{"Description", std::string(25, 'z')}}});
-    EXPECT_EQ(columnWidth(table, "Name", 100.0), 100.0);
-    // 200 > 100 makes 140; 120 does not pass 140; 250 does and makes 175.
-    EXPECT_EQ(columnWidth(table, "Description", 100.0), 175.0);
-    EXPECT_EQ(columnWidth(table, "\u00E9t\u00E9 long enough", 100.0), 105.0); // characters, not bytes
-    table.colwidths["Name"] = 42.0;
-    EXPECT_EQ(columnWidth(table, "Name", 100.0), 42.0);
+    table.data.push_back(tables::DBEntry{{{"Name", "A001"}, {"Description", "\u00E9t\u00E9 \u00E9t\u00E9"}}});
+    table.data.push_back(tables::DBEntry{{{"Name", "A0002"}, {"Description", "summer!!!"}}});
+    table.data.push_back(tables::DBEntry{{{"Name", "B0002"}}});
+    EXPECT_EQ(longestCellRow(table, "Name"), 1U);        // the first of equals
+    EXPECT_EQ(longestCellRow(table, "Description"), 1U); // characters, not bytes
+    EXPECT_EQ(longestCellRow(table, "Size"), std::nullopt);
 }
 
 TEST(DBEditing, ABinFromATableTakesTheProjectHeadingAndAFreeName) {
@@ -165,7 +161,9 @@ TEST(DBEditing, ABinFromATableTakesTheProjectHeadingAndAFreeName) {
     EXPECT_EQ(clips->cols, table.cols);
     ASSERT_EQ(clips->data.size(), 2U);
     EXPECT_EQ(clips->data[0]->data().valueOr("Size"), "10");
-    EXPECT_EQ(bin.layout, d.s.projectLayouts.baseLayout);
+    // Its own columns, not the project's base layout, which may name none of them.
+    EXPECT_EQ(bin.layout->name, "*shots_02");
+    EXPECT_EQ(bin.layout->columns, table.cols);
     EXPECT_TRUE(bin.selected());
     EXPECT_EQ(d.s.bins->toarray.size(), 2U);
     // The rows are copies: the table's later edits stay out of the bin.

@@ -123,7 +123,7 @@ private slots:
     void cellsShowValuesTagsAndEmptyMarks();
     void headerClicksOrderAndMarkTheDirection();
     void typedEditsStoreClearOrAreDropped();
-    void searchSelectsThenFindNextOpensTheCell();
+    void searchSelectsTheHitAndNeverEditsIt();
     void pinnedColumnsLeaveTheMainTableAndRowsStayInStep();
     void gangScrollingFollowsTheActiveBoxOnly();
     void headerEdgesFitAndDragsMoveColumns();
@@ -197,7 +197,7 @@ void BinBoxTest::typedEditsStoreClearOrAreDropped() {
     QCOMPARE(view->model()->index(1, 2).data().toString(), QStringLiteral("T1"));
 }
 
-void BinBoxTest::searchSelectsThenFindNextOpensTheCell() {
+void BinBoxTest::searchSelectsTheHitAndNeverEditsIt() {
     Project p;
     QLineEdit* field = p.box().searchField();
     QTableView* view = p.box().mainTable();
@@ -206,14 +206,20 @@ void BinBoxTest::searchSelectsThenFindNextOpensTheCell() {
     QCOMPARE(view->selectionModel()->selectedRows()[0].row(), 0);
     QVERIFY(field->hasFocus() || !QApplication::focusWidget());
 
-    // Find-next walks the cells: row 0's comment, then row 2's.
+    // Find-next walks the cells: row 0's comment, then row 2's; the hit is current but no editor opens.
     QTest::keyClick(field, Qt::Key_Return);
     QCOMPARE(view->selectionModel()->selectedRows()[0].row(), 0);
-    QVERIFY(view->viewport()->findChild<QLineEdit*>());
+    QVERIFY(!view->viewport()->findChild<QLineEdit*>());
     p.box().findNext();
     QCOMPARE(view->selectionModel()->selectedRows()[0].row(), 2);
+    QCOMPARE(view->currentIndex().row(), 2);
 
+    auto* notFound = p.box().findChild<QLabel*>(QStringLiteral("searchNotFound"));
+    QVERIFY(notFound && notFound->isHidden());
+    QTest::keyClicks(field, QStringLiteral("zz"));
+    QVERIFY(!notFound->isHidden());
     field->clear();
+    QVERIFY(notFound->isHidden());
     QVERIFY(!view->selectionModel()->hasSelection());
 
     p.box().setSearchHeaders(true);

@@ -1,5 +1,6 @@
 #include "app_delegate.h"
 #include "base/scripted_interaction.h"
+#include "binbox/bin_box.h"
 #include "chain/chainable_master.h"
 #include "chain/picker_popup.h"
 #include "chain/settable.h"
@@ -16,17 +17,20 @@
 #include <QApplication>
 #include <QDir>
 #include <QFileDialog>
+#include <QFontMetrics>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
 #include <QSettings>
+#include <QTableView>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <QToolButton>
 #include <QUrl>
+#include <algorithm>
 #include <memory>
 
 using lumbra::base::ScriptedInteraction;
@@ -266,11 +270,19 @@ private slots:
         QCOMPARE(rowOf(rows, 2), (QStringList{"B001C002", "clip.0012.exr", "5"}));
         lumbra::tables::DBTable& plates = *panel->selectedTable();
 
-        // Widths: a column with long paths widens to seven times the longest length, 25 characters.
+        // Widths fit the longest text as drawn, a long path as a short name; rows are as tall as in the
+        // boxes.
         QHeaderView& header = *panel->displayTable()->horizontalHeader();
-        QVERIFY(header.defaultSectionSize() < 175);
-        QCOMPARE(header.sectionSize(1), 175);
-        QCOMPARE(header.sectionSize(0), header.defaultSectionSize());
+        const QFontMetrics metrics = panel->displayTable()->fontMetrics();
+        for (int column : {0, 1}) {
+            int longest = 0;
+            for (int row = 0; row < rows.rowCount(); ++row) {
+                longest = std::max(longest, metrics.horizontalAdvance(rowOf(rows, row)[column]));
+            }
+            QVERIFY(header.sectionSize(column) > longest);
+            QVERIFY(header.sectionSize(column) < longest + 40);
+        }
+        QCOMPARE(panel->displayTable()->rowHeight(0), metrics.height() + 8);
         header.resizeSection(0, 240);
         QCOMPARE(plates.colwidths.at("Name"), 240.0);
 
@@ -347,6 +359,9 @@ private slots:
         QVERIFY(bin->selected());
         QCOMPARE(bin->table()->data.size(), 2u);
         QCOMPARE(bin->table()->data[1]->data().valueOr("Name"), std::string("B001C002_OK"));
+        // The box shows the database's columns, though the project's layout names only Name of them.
+        QTableView* box = dynamic_cast<lumbra::shell::BinBox*>(bin->box())->mainTable();
+        QCOMPARE(columnsOf(*box->model()), (QStringList{"Name", "Path_noseq", "filename", "path", "Size"}));
 
         // The panel again, closed with its close button.
         button->trigger();
