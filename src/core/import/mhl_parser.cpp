@@ -5,6 +5,7 @@
 #include "tables/text_file.h"
 #include "tables/text_helpers.h"
 
+#include <algorithm>
 #include <unordered_set>
 
 namespace lumbra::import {
@@ -58,6 +59,9 @@ std::optional<db::MHLTable> parseMHLFile(const std::string& path, tables::Notifi
         return std::nullopt;
     }
     tables::collapseCrLf(*text);
+    // XML reads a lone carriage return as a line end, and lists written with those put each child on its own
+    // line.
+    std::replace(text->begin(), text->end(), '\r', '\n');
     db::MHLTable table = MHLParser(std::move(*text)).parse();
     table.name = tables::dropLastCharacters(tables::tokenise(path, "/").back(), 4);
     return table;
