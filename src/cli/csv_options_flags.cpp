@@ -22,18 +22,22 @@ std::optional<char32_t> characterOption(std::string_view value,
 
 } // namespace
 
-import::CsvOptions CsvFlags::applyTo(import::CsvOptions initial) const {if (separator)
-                                                                            initial.separator = *separator;
-if (delimiter)
-    initial.delimiter = *delimiter;
-if (firstLine) {
-    initial.first_line = *firstLine;
-    initial.first_line_number = firstLineNumber;
+// Spelt in full: a line that begins with "import" reads to the formatter as a module import.
+lumbra::import::CsvOptions CsvFlags::applyTo(import::CsvOptions initial) const {
+    if (separator)
+        initial.separator = *separator;
+    if (delimiter) {
+        initial.delimiter = *delimiter;
+        initial.standard_csv = standardCsv;
+    }
+    if (firstLine) {
+        initial.first_line = *firstLine;
+        initial.first_line_number = firstLineNumber;
+    }
+    if (ignoreOrientedQuotes)
+        initial.ignore_oriented_quotes = true;
+    return initial;
 }
-if (ignoreOrientedQuotes)
-    initial.ignore_oriented_quotes = true;
-return initial;
-} // namespace lumbra::cli
 
 bool isCsvOption(std::string_view name) noexcept {
     return name == csvFlagOption ||
@@ -48,9 +52,10 @@ std::optional<std::string> setCsvOption(CsvFlags& flags, std::string_view name, 
         if (!flags.separator)
             return "--separator takes one character or comma, semicolon, tab, blank, not \"" + given + "\"";
     } else if (name == "--delimiter") {
-        flags.delimiter = characterOption(value, {{"double", U'"'}, {"single", U'\''}});
+        flags.standardCsv = value == "standard";
+        flags.delimiter = characterOption(value, {{"double", U'"'}, {"single", U'\''}, {"standard", U'"'}});
         if (!flags.delimiter)
-            return "--delimiter takes one character or double, single, not \"" + given + "\"";
+            return "--delimiter takes one character or double, single, standard, not \"" + given + "\"";
     } else if (name == "--first-line") {
         const std::map<std::string_view, import::FirstLineStyle> styles{
             {"auto", import::FirstLineStyle::auto_},

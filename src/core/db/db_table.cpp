@@ -58,7 +58,7 @@ std::string DBTable::tableText(const std::string& separator) const {
         for (std::size_t c = 0; c < cols.size(); ++c) {
             if (c > 0)
                 text += separator;
-            text += tables::quotifyField(valueOf(cols[c]), separator);
+            text += tables::standardCsvField(valueOf(cols[c]), separator);
         }
     };
     appendRecord([](const std::string& column) -> const std::string& { return column; });
@@ -137,9 +137,12 @@ bool DBTable::readFile(const std::string& path, Notifications* notifications) {
     import::CsvOptions options;
     options.separator = U'\t';
     options.delimiter = U'"';
-    options.first_line = import::FirstLineStyle::auto_;
+    // Our files put the column line first and quote as standard CSV: an empty row of a one-column table must
+    // not pass for the empty line before the column names, and the plain reading would split quoted values.
+    options.first_line = import::FirstLineStyle::first;
     options.first_line_number = 0;
     options.ignore_oriented_quotes = false;
+    options.standard_csv = true;
     auto parsed =
         import::parseCSVText(std::move(*text), options, fs::path(path).filename().string(), nullptr);
     name = std::move(parsed->name);

@@ -33,9 +33,9 @@ public:
     // Reads the details, then the folder's ".csv" file into `name`, `cols` and `data`. False when the
     // folder holds no ".csv"; an unreadable file prints and leaves the table empty, which is no failure.
     bool load(const std::string& folder, Notifications* notifications) override;
-    // Reads a database file (tab-separated, double quotes, the line of column names found as the CSV
-    // reader finds it) into `name` (the file's name less its last four characters), `cols` and `data`.
-    // False, with "ERROR WHILE READING FROM <path>" printed and the table emptied, when it cannot be read.
+    // Reads a database file (tab-separated standard CSV, the column names on the first line) into `name` (the
+    // file's name less its last four characters), `cols` and `data`. False, with "ERROR WHILE READING FROM
+    // <path>" printed and the table emptied, when it cannot be read.
     bool readFile(const std::string& path, Notifications* notifications);
     // `<name> - <uuid>`, the folder of the table under the project's `db` folder.
     [[nodiscard]] std::string folderName();
@@ -44,7 +44,8 @@ public:
 
     // Nothing when it is no column; otherwise the key leaves every row and the table is changed.
     virtual void deleteColumn(const std::string& column);
-    // The column line, then a record per row, fields quoted where they must be; no final line feed.
+    // The column line, then a record per row, fields quoted as standard CSV where they must be; no final
+    // line feed.
     [[nodiscard]] virtual std::string tableText(const std::string& separator) const;
     // Creates the folders on the way and writes tableText; false with a printed message.
     virtual bool saveFile(const std::string& path, const std::string& separator) const;

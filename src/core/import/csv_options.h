@@ -26,6 +26,9 @@ struct CsvOptions {
     int first_line_number = 0;
     bool ignore_oriented_quotes = false;
     bool user_aborted = false;
+    // Quoted fields keep separators and line feeds, a doubled quote is one quote (the delimiter is unused).
+    // The rules for the other delimiters drop every double quote first, which loses what spreadsheets write.
+    bool standard_csv = false;
 
     bool operator==(const CsvOptions&) const = default;
 };
@@ -52,6 +55,11 @@ inline constexpr int otherSeparatorTag = 4;
 // Tag 1 is the single quote; every other tag the double quote.
 [[nodiscard]] char32_t delimiterForTag(int tag) noexcept;
 [[nodiscard]] int tagForDelimiter(char32_t delimiter) noexcept;
+// The third entry of the delimiter list: standard CSV.
+inline constexpr int standardCsvTag = 2;
+// The entry of the delimiter list that shows the options, and the options as an entry states them.
+[[nodiscard]] int delimiterTag(const CsvOptions& options) noexcept;
+void setDelimiterTag(CsvOptions& options, int tag) noexcept;
 
 // The number of the custom first line: not a number, empty, or below 1 gives 1.
 [[nodiscard]] int firstLineNumberFromText(std::string_view text) noexcept;
