@@ -122,20 +122,14 @@ int run(std::span<const std::string> args) {
                           "--separator, --delimiter, --first-line and --ignore-oriented-quotes apply "
                           "to .csv and .tsv input only");
 
-    std::string lastLine;
     base::Notifications notices;
-    auto table = runLogged(
-        [&] {
-            if (!in->readDelimited)
-                return in->read(arguments.input, nullptr);
-            const base::CsvOptions options = arguments.csv.applyTo(import::initialOptions(arguments.input));
-            return in->readDelimited(arguments.input, &options, nullptr, &notices);
-        },
-        lastLine);
-    PolicyInteraction(AnswerPolicy::ask).notify(notices);
+    const base::CsvOptions options = arguments.csv.applyTo(import::initialOptions(arguments.input));
+    auto table = in->readDelimited ? in->readDelimited(arguments.input, &options, nullptr, &notices)
+                                   : in->read(arguments.input, &notices);
     if (!table->state)
         return failure("Cannot read " + arguments.input + ": " +
-                       (lastLine.empty() ? std::string("the file was refused") : lastLine));
+                       (table->refusal.empty() ? std::string("the file was refused") : table->refusal));
+    PolicyInteraction(AnswerPolicy::ask).notify(notices);
     return writeTable(*out, *table, arguments.output, arguments.options);
 }
 

@@ -22,11 +22,14 @@ std::optional<char32_t> characterOption(std::string_view value,
 
 } // namespace
 
-base::CsvOptions CsvFlags::applyTo(base::CsvOptions initial) const {
+// Spelt in full: a line that begins with "import" reads to the formatter as a module import.
+lumbra::base::CsvOptions CsvFlags::applyTo(base::CsvOptions initial) const {
     if (separator)
         initial.separator = *separator;
-    if (delimiter)
+    if (delimiter) {
         initial.delimiter = *delimiter;
+        initial.standard_csv = standardCsv;
+    }
     if (firstLine) {
         initial.first_line = *firstLine;
         initial.first_line_number = firstLineNumber;
@@ -34,7 +37,7 @@ base::CsvOptions CsvFlags::applyTo(base::CsvOptions initial) const {
     if (ignoreOrientedQuotes)
         initial.ignore_oriented_quotes = true;
     return initial;
-} // namespace lumbra::cli
+}
 
 bool isCsvOption(std::string_view name) noexcept {
     return name == csvFlagOption ||
@@ -49,9 +52,10 @@ std::optional<std::string> setCsvOption(CsvFlags& flags, std::string_view name, 
         if (!flags.separator)
             return "--separator takes one character or comma, semicolon, tab, blank, not \"" + given + "\"";
     } else if (name == "--delimiter") {
-        flags.delimiter = characterOption(value, {{"double", U'"'}, {"single", U'\''}});
+        flags.standardCsv = value == "standard";
+        flags.delimiter = characterOption(value, {{"double", U'"'}, {"single", U'\''}, {"standard", U'"'}});
         if (!flags.delimiter)
-            return "--delimiter takes one character or double, single, not \"" + given + "\"";
+            return "--delimiter takes one character or double, single, standard, not \"" + given + "\"";
     } else if (name == "--first-line") {
         const std::map<std::string_view, base::FirstLineStyle> styles{
             {"auto", base::FirstLineStyle::auto_},

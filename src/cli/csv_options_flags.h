@@ -14,6 +14,8 @@ namespace lumbra::cli {
 struct CsvFlags {
     std::optional<char32_t> separator;
     std::optional<char32_t> delimiter;
+    // "--delimiter standard": fields cut as standard CSV.
+    bool standardCsv = false;
     std::optional<base::FirstLineStyle> firstLine;
     int firstLineNumber = 0;
     bool ignoreOrientedQuotes = false;
@@ -39,7 +41,9 @@ inline constexpr std::string_view csvOptionsHelp =
     "                      semicolon, tab, blank (default: comma; tab for .tsv)\n"
     "  --delimiter D       text delimiter: double (\") or single ('), or one character\n"
     "                      (default: double; double quotes are always dropped, so only\n"
-    "                      another delimiter keeps separators inside a field)\n"
+    "                      another delimiter keeps separators inside a field), or standard:\n"
+    "                      standard CSV, where a quoted field keeps separators and line\n"
+    "                      feeds and a doubled quote is one quote\n"
     "  --first-line L      where the column names stand: auto (behind the first empty line,\n"
     "                      else behind a line \"Column\", else the first line), first,\n"
     "                      afterempty, aftercolumn, or the line number N from 1 (default auto)\n"

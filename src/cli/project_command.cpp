@@ -153,7 +153,7 @@ int import(ProjectSession& session, const ParsedArguments& parsed) {
     if (!saved)
         return failure("Cannot save " + parsed.positional[1] + ": the imported bins were not all written");
     if (!result.failedPaths.empty())
-        return failure("Cannot read " + result.failedPaths.front() + ": the file was refused" +
+        return failure("Cannot read " + result.failedPaths.front() + ": " + result.failureReasons.front() +
                        (result.failedPaths.size() > 1
                             ? " (and " + std::to_string(result.failedPaths.size() - 1) + " more)"
                             : std::string()));

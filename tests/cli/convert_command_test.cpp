@@ -46,12 +46,12 @@ TEST_F(ConvertCommandTest, WritesTheFormatChosenBySuffix) {
          {"--omit-film-format"},
          clipsHeading + "TAPE\tA001\n\nColumn\n" + clipsColumns + "\n\nData" + clipsRows + "\n",
          ""},
-        {"csv with metadata, values not quoted",
+        {"csv with metadata, a value holding the separator quoted",
          "clips.ale",
          "out.csv",
          {"--metadata"},
-         "Metadata\nVIDEO_FORMAT,1080\nFPS,25\nAUDIO_FORMAT,48khz\nFILM_FORMAT,35mm, 4 "
-         "perf\nTAPE,A001\nColumn\n"
+         "Metadata\nVIDEO_FORMAT,1080\nFPS,25\nAUDIO_FORMAT,48khz\nFILM_FORMAT,\"35mm, 4 "
+         "perf\"\nTAPE,A001\nColumn\n"
          "Lumbra_Color_Tag,Tape,Name,Start,End,Scene,Comments\n"
          "\nNone,A001,A001C001,10:00:00:00,10:00:05:00,12,good take"
          "\nNone,A001,A001C002,10:00:05:00,,12A,",
@@ -110,15 +110,15 @@ TEST_F(ConvertCommandTest, FailuresExitOneWithOneLineNamingTheFile) {
     };
     const std::vector<Case> cases{
         {"missing input", temp("missing.ale"), temp("out.csv"),
-         "Cannot read " + temp("missing.ale") + ": file " + temp("missing.ale") + " does not exist\n",
+         "Cannot read " + temp("missing.ale") + ": the file does not exist\n",
          "file " + temp("missing.ale") + " does not exist\n"},
         {"input is a folder", temp("folder.ale"), temp("out.csv"),
-         "Cannot read " + temp("folder.ale") + ": " + temp("folder.ale") + " is a directory\n",
+         "Cannot read " + temp("folder.ale") + ": it is a folder, not a file\n",
          temp("folder.ale") + " is a directory\n"},
         {"input without suffix", temp("plain"), temp("out.csv"),
          "Cannot read " + temp("plain") + ": no file suffix to choose the format by\n", ""},
         {"input without heading", data("no_heading.ale"), temp("out.csv"),
-         "Cannot read " + data("no_heading.ale") + ": ERROR: file is missing heading\n",
+         "Cannot read " + data("no_heading.ale") + ": no \"Heading\" line at the start: not an ALE file\n",
          "ERROR: file is missing heading\n"},
         {"unknown input suffix", data("clips.txt"), temp("out.csv"),
          "Cannot read " + data("clips.txt") + ": unknown file suffix \".txt\"\n", ""},

@@ -165,10 +165,10 @@ TEST_F(ProjectCommandTest, ImportFailuresExitOneAndKeepTheProject) {
     // A file that cannot be read does not stop the others, which are saved.
     auto partly = run({"project", "import", project, temp("missing.ale"), data("clips.ale")});
     EXPECT_EQ(partly.exitCode, 1);
-    EXPECT_EQ(partly.err, "Cannot read " + temp("missing.ale") + ": the file was refused\n");
-    EXPECT_NE(
-        partly.out.find("[KO] Operation not executed: ERROR while opening " + temp("missing.ale") + "\n"),
-        std::string::npos);
+    EXPECT_EQ(partly.err, "Cannot read " + temp("missing.ale") + ": the file does not exist\n");
+    EXPECT_NE(partly.out.find("[KO] Operation not executed: ERROR while opening " + temp("missing.ale") +
+                              ": the file does not exist\n"),
+              std::string::npos);
     EXPECT_FALSE(onlyFolder(fs::path(project) / "_bins_", "clips - ").empty());
 
     auto none = run({"project", "info", temp("Nothing")});

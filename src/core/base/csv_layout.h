@@ -21,6 +21,9 @@ struct CsvOptions {
     int first_line_number = 0;
     bool ignore_oriented_quotes = false;
     bool user_aborted = false;
+    // Quoted fields keep separators and line feeds, a doubled quote is one quote (the delimiter is unused).
+    // The rules for the other delimiters drop every double quote first, which loses what spreadsheets write.
+    bool standard_csv = false;
 
     bool operator==(const CsvOptions&) const = default;
 };

@@ -4,11 +4,14 @@
 #include "base/text_helpers.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
+#include <memory>
 #include <random>
+#include <unicode/ucnv.h>
 #include <unistd.h>
 
 namespace lumbra::base {
@@ -20,74 +23,74 @@ std::function<bool(const std::string&)>& failureHook() {
     return hook;
 }
 
-void appendUtf8(std::string& out, char32_t cp) {
-    if (cp < 0x80) {
-        out.push_back(static_cast<char>(cp));
-    } else if (cp < 0x800) {
-        out.push_back(static_cast<char>(0xC0 | (cp >> 6)));
-        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    } else if (cp < 0x10000) {
-        out.push_back(static_cast<char>(0xE0 | (cp >> 12)));
-        out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    } else {
-        out.push_back(static_cast<char>(0xF0 | (cp >> 18)));
-        out.push_back(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    }
-}
+struct ConverterClose {
+    void operator()(UConverter* converter) const noexcept { ucnv_close(converter); }
+};
+using Converter = std::unique_ptr<UConverter, ConverterClose>;
 
-std::optional<std::string> decodeUtf16(std::string_view bytes, bool bigEndian) {
-    if (bytes.size() % 2 != 0)
+// The bytes in the named encoding as UTF-8; absent at the first sequence that encoding does not allow.
+std::optional<std::string> toUtf8(std::string_view bytes, const char* encoding) {
+    UErrorCode status = U_ZERO_ERROR;
+    Converter from(ucnv_open(encoding, &status));
+    Converter to(ucnv_open("UTF-8", &status));
+    if (U_FAILURE(status))
         return std::nullopt;
-    std::string out;
-    out.reserve(bytes.size());
-    auto unit = [&](std::size_t i) {
-        auto a = static_cast<unsigned char>(bytes[i]);
-        auto b = static_cast<unsigned char>(bytes[i + 1]);
-        return static_cast<char32_t>(bigEndian ? (a << 8) | b : (b << 8) | a);
-    };
-    for (std::size_t i = 0; i < bytes.size(); i += 2) {
-        char32_t u = unit(i);
-        if (u >= 0xD800 && u <= 0xDBFF) {
-            if (i + 3 >= bytes.size())
-                return std::nullopt;
-            char32_t low = unit(i + 2);
-            if (low < 0xDC00 || low > 0xDFFF)
-                return std::nullopt;
-            appendUtf8(out, 0x10000 + ((u - 0xD800) << 10) + (low - 0xDC00));
-            i += 2;
-        } else if (u >= 0xDC00 && u <= 0xDFFF) {
-            return std::nullopt;
-        } else {
-            appendUtf8(out, u);
-        }
+    ucnv_setToUCallBack(from.get(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
+    // A lone surrogate passed on by the source stops at the UTF-8 side.
+    ucnv_setFromUCallBack(to.get(), UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
+    // Straight to UTF-8 through a small pivot, so a large file is never held as UTF-16 as well.
+    std::array<UChar, 4096> pivot{};
+    UChar* pivotSource = pivot.data();
+    UChar* pivotTarget = pivot.data();
+    std::string out(bytes.size() + bytes.size() / 2 + 16, '\0');
+    char* target = out.data();
+    const char* source = bytes.data();
+    for (bool reset = true;; reset = false) {
+        status = U_ZERO_ERROR;
+        ucnv_convertEx(to.get(), from.get(), &target, out.data() + out.size(), &source,
+                       bytes.data() + bytes.size(), pivot.data(), &pivotSource, &pivotTarget,
+                       pivot.data() + pivot.size(), reset, true, &status);
+        if (status != U_BUFFER_OVERFLOW_ERROR)
+            break;
+        const auto written = static_cast<std::size_t>(target - out.data());
+        out.resize(out.size() * 2);
+        target = out.data() + written;
     }
+    if (U_FAILURE(status))
+        return std::nullopt;
+    out.resize(static_cast<std::size_t>(target - out.data()));
     return out;
 }
 
-std::optional<std::string> decodeUtf32(std::string_view bytes, bool bigEndian) {
-    if (bytes.size() % 4 != 0)
-        return std::nullopt;
-    std::string out;
-    out.reserve(bytes.size());
-    for (std::size_t i = 0; i < bytes.size(); i += 4) {
-        char32_t cp = 0;
-        for (std::size_t k = 0; k < 4; ++k) {
-            auto b = static_cast<unsigned char>(bytes[bigEndian ? i + k : i + 3 - k]);
-            cp = (cp << 8) | b;
-        }
-        if (cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF))
-            return std::nullopt;
-        appendUtf8(out, cp);
+// UTF-16 without a byte order mark, told by its zero bytes: every character below U+0100 (blanks, digits,
+// line feeds) puts a zero on the same side of its pair, and UTF-8 text has no zero at all.
+const char* bomlessUtf16(std::string_view bytes) noexcept {
+    const std::size_t pairs = std::min<std::size_t>(bytes.size(), 512) / 2;
+    std::size_t evenZeros = 0;
+    std::size_t oddZeros = 0;
+    for (std::size_t i = 0; i < pairs; ++i) {
+        evenZeros += bytes[2 * i] == '\0';
+        oddZeros += bytes[2 * i + 1] == '\0';
     }
-    return out;
+    if (evenZeros * 10 < oddZeros)
+        return "UTF-16LE";
+    if (oddZeros * 10 < evenZeros)
+        return "UTF-16BE";
+    return nullptr;
 }
 
-bool startsWith(std::string_view s, std::string_view prefix) {
-    return s.substr(0, prefix.size()) == prefix;
-}
+struct ByteOrderMark {
+    std::string_view bytes;
+    const char* encoding;
+};
+// UTF-32 first: its little-endian mark begins with UTF-16's.
+constexpr std::array<ByteOrderMark, 5> byteOrderMarks{{
+    {"\xEF\xBB\xBF", "UTF-8"},
+    {std::string_view("\xFF\xFE\x00\x00", 4), "UTF-32LE"},
+    {std::string_view("\x00\x00\xFE\xFF", 4), "UTF-32BE"},
+    {"\xFF\xFE", "UTF-16LE"},
+    {"\xFE\xFF", "UTF-16BE"},
+}};
 
 } // namespace
 
@@ -103,21 +106,18 @@ void collapseCrLf(std::string& text) {
 
 bool decodeText(std::string& bytes) {
     std::optional<std::string> text;
-    std::string_view view = bytes;
-    if (startsWith(view, "\xEF\xBB\xBF")) {
-        if (isValidUtf8(view.substr(3)))
-            text = bytes.substr(3);
-    } else if (startsWith(view, std::string_view("\xFF\xFE\x00\x00", 4))) {
-        text = decodeUtf32(view.substr(4), false);
-    } else if (startsWith(view, std::string_view("\x00\x00\xFE\xFF", 4))) {
-        text = decodeUtf32(view.substr(4), true);
-    } else if (startsWith(view, "\xFF\xFE")) {
-        text = decodeUtf16(view.substr(2), false);
-    } else if (startsWith(view, "\xFE\xFF")) {
-        text = decodeUtf16(view.substr(2), true);
-    } else if (isValidUtf8(view)) {
-        collapseCrLf(bytes);
-        return true;
+    const std::string_view view = bytes;
+    const auto mark = std::find_if(byteOrderMarks.begin(), byteOrderMarks.end(),
+                                   [&](const ByteOrderMark& m) { return view.starts_with(m.bytes); });
+    if (mark != byteOrderMarks.end()) {
+        text = toUtf8(view.substr(mark->bytes.size()), mark->encoding);
+    } else {
+        if (const char* utf16 = bomlessUtf16(view))
+            text = toUtf8(view, utf16);
+        if (!text && isValidUtf8(view)) {
+            collapseCrLf(bytes);
+            return true;
+        }
     }
     if (!text)
         return false;
@@ -127,11 +127,8 @@ bool decodeText(std::string& bytes) {
 }
 
 std::string decodeLatin1(std::string_view bytes) {
-    std::string out;
-    out.reserve(bytes.size() + bytes.size() / 8);
-    for (char c : bytes)
-        appendUtf8(out, static_cast<unsigned char>(c));
-    return out;
+    // Every byte is a Latin-1 character, so the conversion cannot stop.
+    return toUtf8(bytes, "ISO-8859-1").value_or(std::string());
 }
 
 std::optional<std::string> readFileBytes(const std::string& path) {

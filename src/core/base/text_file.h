@@ -10,7 +10,8 @@
 namespace lumbra::base {
 
 // Bytes to UTF-8 text as a file reader sees it: byte order marks of UTF-8, UTF-16 and UTF-32
-// are known, anything else must be UTF-8; carriage return and line feed pairs become line feeds.
+// are known, UTF-16 without one is told by its zero bytes, anything else must be UTF-8; carriage
+// return and line feed pairs become line feeds.
 // Converts in place; false, with the bytes untouched, when they are none of these.
 [[nodiscard]] bool decodeText(std::string& bytes);
 // Every carriage return and line feed pair becomes a line feed; lone carriage returns stay.

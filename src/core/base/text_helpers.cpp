@@ -290,4 +290,21 @@ std::string quotifyField(std::string_view value, std::string_view separator) {
     return out;
 }
 
+std::string standardCsvField(std::string_view value, std::string_view separator) {
+    const bool quoted = value.find_first_of("\"\n\r") != std::string_view::npos ||
+                        (!separator.empty() && value.find(separator) != std::string_view::npos);
+    if (!quoted)
+        return std::string(value);
+    std::string out;
+    out.reserve(value.size() + 4);
+    out += '"';
+    for (char c : value) {
+        if (c == '"')
+            out += '"';
+        out += c;
+    }
+    out += '"';
+    return out;
+}
+
 } // namespace lumbra::base

@@ -27,6 +27,9 @@ namespace lumbra::base {
 // A value as a delimited text file carries it: in double quotes when it holds a line feed or the
 // separator outside straight and curly quotes; inner quotes stay as they are.
 [[nodiscard]] std::string quotifyField(std::string_view value, std::string_view separator);
+// A value as standard CSV writes it, so that it reads back as it is: in double quotes with each inner quote
+// doubled when it holds the separator, a double quote, a line feed or a carriage return; else as it stands.
+[[nodiscard]] std::string standardCsvField(std::string_view value, std::string_view separator);
 
 [[nodiscard]] bool isAscii(std::string_view text) noexcept;
 // True when the bytes are well-formed UTF-8.

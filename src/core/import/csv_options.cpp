@@ -120,6 +120,15 @@ int tagForDelimiter(char32_t delimiter) noexcept {
     return delimiter == U'\'' ? 1 : 0;
 }
 
+int delimiterTag(const CsvOptions& options) noexcept {
+    return options.standard_csv ? standardCsvTag : tagForDelimiter(options.delimiter);
+}
+
+void setDelimiterTag(CsvOptions& options, int tag) noexcept {
+    options.standard_csv = tag == standardCsvTag;
+    options.delimiter = delimiterForTag(tag);
+}
+
 int firstLineNumberFromText(std::string_view text) noexcept {
     auto number = base::parseInteger(text);
     if (!number || *number < 1)

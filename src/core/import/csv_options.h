@@ -34,6 +34,11 @@ inline constexpr int otherSeparatorTag = 4;
 // Tag 1 is the single quote; every other tag the double quote.
 [[nodiscard]] char32_t delimiterForTag(int tag) noexcept;
 [[nodiscard]] int tagForDelimiter(char32_t delimiter) noexcept;
+// The third entry of the delimiter list: standard CSV.
+inline constexpr int standardCsvTag = 2;
+// The entry of the delimiter list that shows the options, and the options as an entry states them.
+[[nodiscard]] int delimiterTag(const CsvOptions& options) noexcept;
+void setDelimiterTag(CsvOptions& options, int tag) noexcept;
 
 // The number of the custom first line: not a number, empty, or below 1 gives 1.
 [[nodiscard]] int firstLineNumberFromText(std::string_view text) noexcept;

@@ -5,6 +5,7 @@
 #include "base/text_helpers.h"
 #include "base/user_interaction.h"
 #include "import/file_formats.h"
+#include "import/standard_csv.h"
 #include "tables/row_data.h"
 
 #include <algorithm>
@@ -46,7 +47,7 @@ class ColumnNamer {
 public:
     explicit ColumnNamer(std::vector<std::string>& cols) : m_cols(cols), m_taken(cols.begin(), cols.end()) {}
 
-    void append(const std::string& base) {
+    const std::string& append(const std::string& base) {
         std::string name = base;
         if (m_taken.contains(name)) {
             int& n = m_next.try_emplace(base, 2).first->second;
@@ -55,17 +56,17 @@ public:
             while (m_taken.contains(name));
         }
         m_taken.insert(name);
-        m_cols.push_back(std::move(name));
+        return m_cols.emplace_back(std::move(name));
     }
 
     // The first free "newcol_%03d", as DBTable::addNumberedColumn picks it.
-    void appendNumbered() {
+    const std::string& appendNumbered() {
         std::array<char, 32> name{};
         do
             std::snprintf(name.data(), name.size(), "newcol_%03d", m_nextNumbered++);
         while (m_taken.contains(name.data()));
         m_taken.insert(name.data());
-        m_cols.emplace_back(name.data());
+        return m_cols.emplace_back(name.data());
     }
 
 private:
@@ -107,6 +108,15 @@ std::size_t CSVParser::endOfSection(std::size_t start) const {
 }
 
 std::optional<std::pair<std::size_t, std::size_t>> CSVParser::lineBounds(std::size_t index) const {
+    if (options.standard_csv) {
+        std::optional<std::pair<std::size_t, std::size_t>> bounds;
+        forEachStandardRecord([&](std::size_t line, std::size_t start, std::size_t end) {
+            if (line == index)
+                bounds = std::pair{start, end};
+            return line < index;
+        });
+        return bounds;
+    }
     std::size_t line = 0;
     std::size_t start = 0;
     bool quoted = false;
@@ -147,27 +157,60 @@ std::optional<std::size_t> CSVParser::findColumnLine(std::size_t from) const {
     return std::nullopt;
 }
 
-std::size_t CSVParser::firstLineIndex() const {
-    auto afterEmpty = [this]() -> std::optional<std::size_t> {
-        std::size_t e = endOfSection(0);
-        if (e + 1 >= text.size())
-            return std::nullopt;
-        // Lines up to and with e, less one: the line feeds outside double quotes up to e.
-        std::size_t lineFeeds = 0;
-        bool quoted = false;
-        for (std::size_t i = 0; i <= e; ++i) {
-            if (text[i] == '"')
-                quoted = !quoted;
-            else if (text[i] == '\n' && !quoted)
-                ++lineFeeds;
-        }
-        return lineFeeds;
-    };
+template <typename Visit> void CSVParser::forEachStandardRecord(Visit visit) const {
+    for (std::size_t line = 0, start = 0;; ++line) {
+        const std::size_t end = endOfStandardRecord(text, start, m_separator);
+        if (!visit(line, start, end) || end == text.size())
+            return;
+        start = end + 1;
+    }
+}
+
+std::optional<std::size_t> CSVParser::lineAfterEmpty() const {
+    if (options.standard_csv) {
+        std::optional<std::size_t> found;
+        forEachStandardRecord([&](std::size_t line, std::size_t start, std::size_t end) {
+            if (line == 0 || start != end || end == text.size())
+                return true;
+            if (end + 1 < text.size())
+                found = line + 1;
+            return false;
+        });
+        return found;
+    }
+    std::size_t e = endOfSection(0);
+    if (e + 1 >= text.size())
+        return std::nullopt;
+    // Lines up to and with e, less one: the line feeds outside double quotes up to e.
+    std::size_t lineFeeds = 0;
+    bool quoted = false;
+    for (std::size_t i = 0; i <= e; ++i) {
+        if (text[i] == '"')
+            quoted = !quoted;
+        else if (text[i] == '\n' && !quoted)
+            ++lineFeeds;
+    }
+    return lineFeeds;
+}
+
+std::optional<std::size_t> CSVParser::lineAfterColumn() const {
+    std::optional<std::size_t> line;
+    if (options.standard_csv) {
+        forEachStandardRecord([&](std::size_t index, std::size_t start, std::size_t end) {
+            if (isWordWithoutQuotes(std::string_view(text).substr(start, end - start), "Column"))
+                line = index;
+            return !line;
+        });
+    } else {
+        line = findColumnLine(0);
+    }
     // The line behind "Column" is at most one past the last line, which then gives an empty table.
-    auto afterColumn = [this]() -> std::optional<std::size_t> {
-        auto line = findColumnLine(0);
-        return line ? std::optional(*line + 1) : std::nullopt;
-    };
+    return line ? std::optional(*line + 1) : std::nullopt;
+}
+
+std::size_t CSVParser::firstLineIndex() const {
+    auto afterEmpty = [this] { return lineAfterEmpty(); };
+    auto afterColumn = [this] { return lineAfterColumn(); };
     switch (options.first_line) {
     case FirstLineStyle::first:
         return 0;
@@ -212,12 +255,28 @@ std::size_t CSVParser::endOfField(std::size_t from) {
     return n;
 }
 
-void CSVParser::readColumns(tables::CSVTable& table, std::string_view line) const {
+void CSVParser::readColumns(tables::CSVTable& table, std::string_view line) {
+    auto append = [&](ColumnNamer& namer, const std::string& name) {
+        if (name.empty())
+            m_invented.push_back(namer.append("NoName"));
+        else
+            namer.append(name);
+    };
+    if (options.standard_csv) {
+        ColumnNamer namer(table.cols);
+        std::string name;
+        for (std::size_t i = 0;; i += m_separator.size()) {
+            i = readStandardField(line, i, m_separator, name);
+            append(namer, name);
+            if (i == line.size())
+                return;
+        }
+    }
     const std::string trimmedSet = " \t" + m_separator;
     std::string trimmed = base::trimRight(base::trimLeft(line, trimmedSet), trimmedSet);
     ColumnNamer namer(table.cols);
     for (const auto& token : base::tokenise(trimmed, m_separator))
-        namer.append(token.empty() ? std::string("NoName") : token);
+        append(namer, token);
 }
 
 std::size_t CSVParser::readRows(tables::CSVTable& table) {
@@ -228,7 +287,7 @@ std::size_t CSVParser::readRows(tables::CSVTable& table) {
     ColumnNamer namer(table.cols);
     const std::size_t readColumns = table.cols.size();
 
-    std::vector<std::pair<tables::ColumnKey, std::string_view>> fields;
+    std::vector<std::pair<tables::ColumnKey, std::string>> fields;
     fields.reserve(keys.size());
     bool hasValue = false;
     auto finishRow = [&] {
@@ -236,8 +295,8 @@ std::size_t CSVParser::readRows(tables::CSVTable& table) {
         if (hasValue) {
             tables::DBEntry& entry = table.data.emplace_back();
             entry.data.reserve(fields.size());
-            for (const auto& [key, value] : fields)
-                entry.data.appendUnordered(key, std::string(value));
+            for (auto& [key, value] : fields)
+                entry.data.appendUnordered(key, std::move(value));
             entry.data.finishAppending();
         }
         fields.clear();
@@ -248,16 +307,25 @@ std::size_t CSVParser::readRows(tables::CSVTable& table) {
     const std::size_t n = data.size();
     std::size_t column = 0;
     std::size_t position = 0;
+    std::string unquoted;
     while (true) {
-        std::size_t end = endOfField(position);
-        std::string_view field = data.substr(position, end - position);
+        std::size_t end = 0;
+        std::string_view field;
+        if (options.standard_csv) {
+            end = readStandardField(data, position, m_separator, unquoted);
+            field = unquoted;
+        } else {
+            end = endOfField(position);
+            field = data.substr(position, end - position);
+        }
+        // A field of two delimiters is there, with an empty value.
         if (!field.empty()) {
             while (column >= table.cols.size()) {
-                namer.appendNumbered();
+                m_invented.push_back(namer.appendNumbered());
                 keys.push_back(tables::ColumnNames::key(table.cols.back()));
             }
-            if (field.size() >= 2 * m_delimiter.size() && field.starts_with(m_delimiter) &&
-                field.ends_with(m_delimiter))
+            if (!options.standard_csv && field.size() >= 2 * m_delimiter.size() &&
+                field.starts_with(m_delimiter) && field.ends_with(m_delimiter))
                 field = field.substr(m_delimiter.size(), field.size() - 2 * m_delimiter.size());
             fields.emplace_back(keys[column], field);
             hasValue = hasValue || !field.empty();
@@ -286,20 +354,14 @@ std::unique_ptr<tables::CSVTable> CSVParser::parse(std::string_view filename,
         return table;
     auto [start, end] = *bounds;
     std::string line = text.substr(start, end - start);
-    std::erase(line, '"');
+    if (!options.standard_csv)
+        std::erase(line, '"');
     readColumns(*table, line);
-    if (end == text.size())
+    if (end == text.size()) {
+        warnOfInventedColumns(filename, notifications);
         return table;
-
-    // The lines behind the column line joined by line feeds: the rest of the text less its double quotes.
-    datastring = std::move(text);
-    std::size_t w = 0;
-    for (std::size_t r = end + 1; r < datastring.size(); ++r) {
-        if (datastring[r] != '"')
-            datastring[w++] = datastring[r];
     }
-    datastring.resize(w);
-    text.clear();
+    takeDataBehind(end + 1);
 
     std::size_t added = readRows(*table);
     if (added > 0 && notifications)
@@ -307,7 +369,59 @@ std::unique_ptr<tables::CSVTable> CSVParser::parse(std::string_view filename,
                                     std::to_string(added) +
                                         " columns were added to fit the data. Is the CSV well formatted?",
                                     base::NotificationType::WARNING);
+    warnOfInventedColumns(filename, notifications);
     return table;
+}
+
+void CSVParser::warnOfInventedColumns(std::string_view filename, base::Notifications* notifications) const {
+    if (m_invented.empty() || !notifications)
+        return;
+    std::string names;
+    for (const auto& name : m_invented)
+        names += (names.empty() ? "" : ", ") + name;
+    notifications->emplace_back("Columns without a name",
+                                std::string(filename) + ": the file does not name the columns " + names +
+                                    ", so Lumbra named them",
+                                base::NotificationType::WARNING);
+}
+
+void CSVParser::takeDataBehind(std::size_t from) {
+    // The lines behind the column line joined by line feeds: the rest of the text, less its double quotes
+    // unless they are standard CSV's.
+    datastring = std::move(text);
+    std::size_t w = 0;
+    for (std::size_t r = from; r < datastring.size(); ++r) {
+        if (options.standard_csv || datastring[r] != '"')
+            datastring[w++] = datastring[r];
+    }
+    datastring.resize(w);
+    text.clear();
+}
+
+std::vector<std::size_t> CSVParser::fieldCounts(std::size_t records) {
+    std::vector<std::size_t> counts;
+    auto bounds = lineBounds(firstLineIndex());
+    if (!bounds)
+        return counts;
+    // The column line is counted as a record.
+    takeDataBehind(bounds->first);
+    const std::string_view data = datastring;
+    std::size_t fields = 1;
+    for (std::size_t position = 0; counts.size() < records && position <= data.size();) {
+        const std::size_t end =
+            options.standard_csv ? endOfStandardField(data, position, m_separator) : endOfField(position);
+        if (end < data.size() && data[end] != '\n') {
+            ++fields;
+            position = end + m_separator.size();
+            continue;
+        }
+        // Blank lines are no records.
+        if (fields > 1 || end > position)
+            counts.push_back(fields);
+        fields = 1;
+        position = end + 1;
+    }
+    return counts;
 }
 
 std::unique_ptr<tables::CSVTable> parseCSVText(std::string text, const CsvOptions& options,
@@ -326,6 +440,26 @@ std::optional<std::string> readCSVText(const std::string& path) {
     return text;
 }
 
+CsvOptions proposedOptions(std::string_view text, CsvOptions options) {
+    // The first lines are enough to tell, and keep the question quick on very long files.
+    constexpr std::size_t sampleBytes = 1 << 16;
+    constexpr std::size_t sampleRecords = 20;
+    const std::string sample(text.substr(0, sampleBytes));
+    auto constantCount = [&](const CsvOptions& tried) {
+        auto counts = CSVParser(sample, tried).fieldCounts(sampleRecords);
+        // A sample cut short may end inside its last record.
+        if (text.size() > sampleBytes && counts.size() < sampleRecords && !counts.empty())
+            counts.pop_back();
+        return counts.size() >= 2 &&
+               std::all_of(counts.begin(), counts.end(), [&](std::size_t n) { return n == counts.front(); });
+    };
+    CsvOptions standard = options;
+    standard.standard_csv = true;
+    if (!options.standard_csv && !constantCount(options) && constantCount(standard))
+        return standard;
+    return options;
+}
+
 CsvOptions initialOptions(std::string_view path) {
     CsvOptions options;
     if (base::lowercased(import::pathSuffix(path)) == ".tsv")
@@ -335,16 +469,21 @@ CsvOptions initialOptions(std::string_view path) {
 
 std::unique_ptr<tables::CSVTable> parseCSVFile(const std::string& path, const CsvOptions* options,
                                                base::UserInteraction* interaction,
-                                               base::Notifications* notifications) {
+                                               base::Notifications* notifications, std::string* refusal) {
+    auto refuse = [&](const char* why) {
+        if (refusal)
+            *refusal = why;
+        return nullptr;
+    };
     auto text = readCSVText(path);
     if (!text)
-        return nullptr;
+        return refuse("the file cannot be read");
     CsvOptions chosen = options ? *options : initialOptions(path);
     if (!options && interaction)
         chosen = interaction->askCsvOptions(*text, chosen);
     if (chosen.user_aborted) {
         base::printLine("User aborted the import operation");
-        return nullptr;
+        return refuse("User aborted the import operation");
     }
     return parseCSVText(std::move(*text), chosen, path, notifications);
 }
@@ -352,8 +491,8 @@ std::unique_ptr<tables::CSVTable> parseCSVFile(const std::string& path, const Cs
 std::unique_ptr<tables::ALETable> readCSVAsALETable(const std::string& path, const CsvOptions* options,
                                                     base::UserInteraction* interaction,
                                                     base::Notifications* notifications) {
-    auto csv = parseCSVFile(path, options, interaction, notifications);
     auto table = std::make_unique<tables::ALETable>();
+    auto csv = parseCSVFile(path, options, interaction, notifications, &table->refusal);
     if (!csv) {
         table->state = false;
         return table;

@@ -5,6 +5,7 @@
 #include "base/text_helpers.h"
 #include "import/as_clip_table.h"
 
+#include <algorithm>
 #include <unordered_set>
 
 namespace lumbra::import {
@@ -58,6 +59,9 @@ std::optional<tables::MHLTable> parseMHLFile(const std::string& path, base::Noti
         return std::nullopt;
     }
     base::collapseCrLf(*text);
+    // XML reads a lone carriage return as a line end, and lists written with those put each child on its own
+    // line.
+    std::replace(text->begin(), text->end(), '\r', '\n');
     tables::MHLTable table = MHLParser(std::move(*text)).parse();
     table.name = base::dropLastCharacters(base::tokenise(path, "/").back(), 4);
     return table;

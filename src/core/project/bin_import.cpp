@@ -129,6 +129,11 @@ BinImportResult addBinsFromFiles(SharedStuff& sharedstuff, const std::vector<std
     // Bins dropped together keep the order of their files from the drop point on.
     long index = target.index;
     std::map<std::vector<std::string>, std::size_t> mismatchByDifferences;
+    auto refuse = [&](const std::string& path, const std::string& reason) {
+        sharedstuff.addLog("ERROR while opening " + path + ": " + reason, true, "", NotificationType::KO);
+        result.failedPaths.push_back(path);
+        result.failureReasons.push_back(reason);
+    };
 
     for (const auto& path : paths) {
         std::string extension = importExtension(path);
@@ -144,8 +149,7 @@ BinImportResult addBinsFromFiles(SharedStuff& sharedstuff, const std::vector<std
                                   : format->read(path, nullptr);
         result.notifications.insert(result.notifications.end(), readerNotices.begin(), readerNotices.end());
         if (!table || !table->state) {
-            sharedstuff.addLog("ERROR while opening " + path, true, "", NotificationType::KO);
-            result.failedPaths.push_back(path);
+            refuse(path, table && !table->refusal.empty() ? table->refusal : "the file was refused");
             continue;
         }
         table->tablename = ids.unique(table->tablename);

@@ -31,6 +31,8 @@ struct BinImportResult {
     std::vector<MismatchGroup> mismatches;
     // Files whose reader refused them, in order.
     std::vector<std::string> failedPaths;
+    // Why each of failedPaths was refused ("no \"Column\" line"), in the same order.
+    std::vector<std::string> failureReasons;
     // The notifications of the batch, as they were handed to the user.
     base::Notifications notifications;
 };
@@ -41,7 +43,7 @@ struct BinImportResult {
 // One bin per readable file, as files dropped on the bins list: the reader chosen by suffix, the
 // name made free in both trees, the project's heading values over the file's (kept as the bin's
 // original values), the first maxShowBinToImport bins opened. A file that cannot be read logs
-// "ERROR while opening <path>" and the batch goes on; unknown suffixes are skipped silently.
+// "ERROR while opening <path>: <why>" and the batch goes on; unknown suffixes are skipped silently.
 // Ends with the dirty rule when a bin was added, and the delegates' lists reloaded.
 BinImportResult addBinsFromFiles(SharedStuff& sharedstuff, const std::vector<std::string>& paths,
                                  ImportTarget target = {});

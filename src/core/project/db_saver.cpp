@@ -123,9 +123,12 @@ bool readDatabaseFile(const std::string& path, DBTable& table, base::Notificatio
     base::CsvOptions options;
     options.separator = U'\t';
     options.delimiter = U'"';
-    options.first_line = base::FirstLineStyle::auto_;
+    // Our files put the column line first and quote as standard CSV: an empty row of a one-column table must
+    // not pass for the empty line before the column names, and the plain reading would split quoted values.
+    options.first_line = base::FirstLineStyle::first;
     options.first_line_number = 0;
     options.ignore_oriented_quotes = false;
+    options.standard_csv = true;
     auto parsed =
         import::parseCSVText(std::move(*text), options, fs::path(path).filename().string(), nullptr);
     table.name = std::move(parsed->name);

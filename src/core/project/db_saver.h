@@ -43,10 +43,9 @@ private:
     project::SharedStuff& m_sharedstuff;
 };
 
-// Reads a database file (tab-separated, double quotes, the line of column names found as the CSV
-// reader finds it) into the table's `name` (the file's name less its last four characters), `cols` and
-// `data`. False, with "ERROR WHILE READING FROM <path>" printed and the table emptied, when it cannot be
-// read.
+// Reads a database file (tab-separated standard CSV, the column names on the first line) into the table's
+// `name` (the file's name less its last four characters), `cols` and `data`. False, with "ERROR WHILE READING
+// FROM <path>" printed and the table emptied, when it cannot be read.
 bool readDatabaseFile(const std::string& path, tables::DBTable& table, base::Notifications* notifications);
 
 // Reads the databases of a project's `db` folder.

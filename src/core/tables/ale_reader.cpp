@@ -76,10 +76,12 @@ void ALETable::readFile(const std::string& path, base::Notifications* notificati
     auto status = fs::status(path, ec);
     if (ec || !fs::exists(status)) {
         base::printLine("file " + path + " does not exist");
+        refusal = "the file does not exist";
         return;
     }
     if (fs::is_directory(status)) {
         base::printLine(path + " is a directory");
+        refusal = "it is a folder, not a file";
         return;
     }
     auto parts = base::tokenise(path, "/");
@@ -88,6 +90,7 @@ void ALETable::readFile(const std::string& path, base::Notifications* notificati
     auto text = base::readTextFile(path, notifications);
     if (!text) {
         base::printLine("error while opening " + path);
+        refusal = "the file cannot be read";
         return;
     }
     parseText(std::move(*text));
@@ -117,6 +120,7 @@ void ALETable::parseText(std::string text) {
 
     if (!readsAs(line(0), "heading")) {
         base::printLine("ERROR: file is missing heading");
+        refusal = "no \"Heading\" line at the start: not an ALE file";
         return;
     }
     std::size_t i = 1;
@@ -136,10 +140,12 @@ void ALETable::parseText(std::string text) {
 
     if (i >= lineCount) {
         base::printLine("ERROR: file is missing the Column line");
+        refusal = "no \"Column\" line";
         return;
     }
     if (i + 1 >= lineCount) {
         base::printLine("ERROR: file is missing the line of column names");
+        refusal = "no line of column names after the \"Column\" line";
         return;
     }
     std::string_view columnsLine = line(i + 1);
@@ -162,6 +168,7 @@ void ALETable::parseText(std::string text) {
             ++k;
         if (k >= lineCount) {
             base::printLine("ERROR: file is missing the Data line");
+            refusal = "no \"Data\" line";
             return;
         }
         dataLine = k + 1;
@@ -180,6 +187,7 @@ void ALETable::parseText(std::string text) {
     if (!hasColumn("Lumbra_Color_Tag"))
         cols.insert(cols.begin(), "Lumbra_Color_Tag");
     state = true;
+    refusal.clear();
 }
 
 void ALETable::readClipLines() {

@@ -106,6 +106,9 @@ public:
     std::vector<EntryPtr> data;
     std::string tablename;
     bool state = true;
+    // Why `state` is false, in the words the user is shown after the file's name ("no Column line"); empty
+    // while the table is good.
+    std::string refusal;
     char32_t delimiter = U'"';
     char separator = '\t';
     std::string datastring;

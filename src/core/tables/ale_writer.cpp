@@ -1,5 +1,6 @@
 #include "base/console.h"
 #include "base/text_file.h"
+#include "base/text_helpers.h"
 #include "tables/ale_table.h"
 
 #include <filesystem>
@@ -16,21 +17,22 @@ std::vector<ColumnKey> keysOf(const std::vector<std::string>& names) {
     return keys;
 }
 
-void appendRow(std::string& out, const RowData& row, const std::vector<ColumnKey>& keys,
-               std::string_view sep) {
+void appendRow(std::string& out, const RowData& row, const std::vector<ColumnKey>& keys, std::string_view sep,
+               bool quoted = false) {
     for (std::size_t i = 0; i < keys.size(); ++i) {
         if (i > 0)
             out.append(sep);
         if (const std::string* v = row.find(keys[i]))
-            out.append(*v);
+            out.append(quoted ? base::standardCsvField(*v, sep) : *v);
     }
 }
 
-void appendJoined(std::string& out, const std::vector<std::string>& names, std::string_view sep) {
+void appendJoined(std::string& out, const std::vector<std::string>& names, std::string_view sep,
+                  bool quoted = false) {
     for (std::size_t i = 0; i < names.size(); ++i) {
         if (i > 0)
             out.append(sep);
-        out.append(names[i]);
+        out.append(quoted ? base::standardCsvField(names[i], sep) : names[i]);
     }
 }
 
@@ -119,25 +121,27 @@ std::string ALETable::csvText(const std::string& sep, bool withMetadata,
     auto keys = keysOf(names);
     std::string out;
     out.reserve(estimateSize(data, names.size()));
+    // Values are quoted as standard CSV, so that a separator or line feed inside one reads back in place.
+    auto field = [&](const std::string& value) { return base::standardCsvField(value, sep); };
     if (withMetadata) {
         out += "Metadata\n";
         if (video_format)
-            out += "VIDEO_FORMAT" + sep + *video_format + "\n";
+            out += "VIDEO_FORMAT" + sep + field(*video_format) + "\n";
         if (fps)
-            out += "FPS" + sep + *fps + "\n";
+            out += "FPS" + sep + field(*fps) + "\n";
         if (audio_format)
-            out += "AUDIO_FORMAT" + sep + *audio_format + "\n";
+            out += "AUDIO_FORMAT" + sep + field(*audio_format) + "\n";
         if (film_format && !omitFilmFormat)
-            out += "FILM_FORMAT" + sep + *film_format + "\n";
+            out += "FILM_FORMAT" + sep + field(*film_format) + "\n";
         if (tape && !tape->empty())
-            out += "TAPE" + sep + *tape + "\n";
+            out += "TAPE" + sep + field(*tape) + "\n";
         out += "Column\n";
     }
-    appendJoined(out, names, sep);
+    appendJoined(out, names, sep, true);
     out += '\n';
     for (const auto& row : data) {
         out += '\n';
-        appendRow(out, row->data(), keys, sep);
+        appendRow(out, row->data(), keys, sep, true);
     }
     return out;
 }

@@ -57,7 +57,7 @@ std::string DBTable::tableText(const std::string& separator) const {
         for (std::size_t c = 0; c < cols.size(); ++c) {
             if (c > 0)
                 text += separator;
-            text += base::quotifyField(valueOf(cols[c]), separator);
+            text += base::standardCsvField(valueOf(cols[c]), separator);
         }
     };
     appendRecord([](const std::string& column) -> const std::string& { return column; });

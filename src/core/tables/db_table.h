@@ -40,7 +40,8 @@ public:
 
     // Nothing when it is no column; otherwise the key leaves every row and the table is changed.
     virtual void deleteColumn(const std::string& column);
-    // The column line, then a record per row, fields quoted where they must be; no final line feed.
+    // The column line, then a record per row, fields quoted as standard CSV where they must be; no final
+    // line feed.
     [[nodiscard]] virtual std::string tableText(const std::string& separator) const;
     // Creates the folders on the way and writes tableText; false with a printed message.
     virtual bool saveFile(const std::string& path, const std::string& separator) const;

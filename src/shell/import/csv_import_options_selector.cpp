@@ -81,6 +81,7 @@ CsvImportOptionsSelector::CsvImportOptionsSelector(std::string text, const base:
     setWindowTitle(tr("CSV Import Options"));
     setWindowModality(parent ? Qt::WindowModal : Qt::ApplicationModal);
     m_options.user_aborted = false;
+    m_options = import::proposedOptions(m_originalText, m_options);
     buildControls();
     // A short text is shown whole: the slider has nothing to cut.
     const bool sliding = import::sheet::sliderApplies(m_originalText);
@@ -121,7 +122,10 @@ void CsvImportOptionsSelector::buildControls() {
 
     m_popupDelimiter = new QComboBox(this);
     m_popupDelimiter->setObjectName(QStringLiteral("popupDelimiter"));
-    m_popupDelimiter->addItems({tr("Double quote ( \" )"), tr("Single quote ( ' )")});
+    m_popupDelimiter->addItems({tr("Double quote ( \" )"), tr("Single quote ( ' )"), tr("Standard CSV")});
+    m_popupDelimiter->setItemData(import::sheet::standardCsvTag,
+                                  tr("Quoted fields keep separators and line feeds; \"\" is one quote"),
+                                  Qt::ToolTipRole);
     form->addRow(tr("Text delimiter:"), m_popupDelimiter);
 
     m_checkboxIgnoreorientedquotes = new QCheckBox(tr("Ignore oriented quotes ( \u201C \u201D )"), this);
@@ -196,7 +200,7 @@ void CsvImportOptionsSelector::showOptions(const base::CsvOptions& options) {
     m_textSeparator->setText(separatorTag == import::sheet::otherSeparatorTag
                                  ? toQt(import::utf8Character(options.separator))
                                  : QStringLiteral(","));
-    m_popupDelimiter->setCurrentIndex(import::sheet::tagForDelimiter(options.delimiter));
+    m_popupDelimiter->setCurrentIndex(import::sheet::delimiterTag(options));
     m_checkboxIgnoreorientedquotes->setChecked(options.ignore_oriented_quotes);
     m_popupColumnslist->setCurrentIndex(static_cast<int>(options.first_line));
     m_textColumnslist->setText(QString::number(std::max(1, options.first_line_number)));
@@ -214,7 +218,7 @@ void CsvImportOptionsSelector::controlsChanged() {
     m_textColumnslist->setVisible(customLine);
 
     m_options.separator = import::sheet::separatorForTag(separatorTag, m_textSeparator->text().toStdString());
-    m_options.delimiter = import::sheet::delimiterForTag(m_popupDelimiter->currentIndex());
+    import::sheet::setDelimiterTag(m_options, m_popupDelimiter->currentIndex());
     m_options.ignore_oriented_quotes = m_checkboxIgnoreorientedquotes->isChecked();
     m_options.first_line = static_cast<base::FirstLineStyle>(m_popupColumnslist->currentIndex());
     m_options.first_line_number =

@@ -47,7 +47,8 @@ class CsvImportOptionsSelector final : public QDialog {
     Q_OBJECT
 
 public:
-    // A sheet of the parent window when there is one, otherwise a modal window of its own.
+    // A sheet of the parent window when there is one, otherwise a modal window of its own. It first proposes
+    // the initial options, or standard CSV when the text reads as that and not as they say.
     CsvImportOptionsSelector(std::string text, const base::CsvOptions& initial, QWidget* parent = nullptr);
     ~CsvImportOptionsSelector() override;
 

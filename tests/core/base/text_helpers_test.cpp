@@ -210,11 +210,20 @@ TEST(DecodeText, ByteOrderMarksAndLineEnds) {
          "a\xC3\xA9\n"},
         {"utf-16 big endian", std::string("\xFE\xFF\0a\0\xE9\0\r\0\n", 10), "a\xC3\xA9\n"},
         {"utf-16 surrogate pair", std::string("\xFF\xFE\x3C\xD8\xAC\xDF", 6), "\xF0\x9F\x8E\xAC"},
+        {"utf-16 lone surrogate",
+         std::string("\xFF\xFE\x3C\xD8"
+                     "a\0",
+                     6),
+         std::nullopt},
         {"utf-16 odd length",
          std::string("\xFF\xFE"
                      "a\0b",
                      5),
          std::nullopt},
+        {"utf-16 little endian without a mark", std::string("N\0a\0\r\0\n\0\xE9\0", 10), "Na\n\xC3\xA9"},
+        {"utf-16 big endian without a mark, Cyrillic", std::string("\x04\x1F\0 \x04\x40", 6),
+         "\xD0\x9F \xD1\x80"},
+        {"zeros on both sides are no utf-16", std::string("a\0\0b", 4), std::string("a\0\0b", 4)},
         {"not utf-8", "caf\xE9", std::nullopt},
     };
     for (const auto& c : cases) {

@@ -42,6 +42,15 @@ TEST(CsvOptionsSheet, DelimiterAndFirstLineNumber) {
     EXPECT_EQ(delimiterForTag(7), U'"');
     EXPECT_EQ(tagForDelimiter(U'\''), 1);
     EXPECT_EQ(tagForDelimiter(U'"'), 0);
+    // The third entry is standard CSV; leaving it for another entry leaves standard CSV too.
+    for (int tag : {standardCsvTag, 1, 0, standardCsvTag}) {
+        SCOPED_TRACE(tag);
+        CsvOptions options;
+        options.standard_csv = true;
+        setDelimiterTag(options, tag);
+        EXPECT_EQ(delimiterTag(options), tag);
+        EXPECT_EQ(options.standard_csv, tag == standardCsvTag);
+    }
     const std::vector<std::pair<std::string, int>> numbers{{"", 1},   {"abc", 1}, {"0", 1},  {"-4", 1},
                                                            {"3x", 1}, {"7", 7},   {"12", 12}};
     for (const auto& [text, expected] : numbers) {

@@ -40,6 +40,13 @@ CsvOptions withDelimiter(char32_t delimiter) {
     return options;
 }
 
+CsvOptions standard(char32_t separator = U',') {
+    CsvOptions options;
+    options.separator = separator;
+    options.standard_csv = true;
+    return options;
+}
+
 TEST(CsvParser, SpreadsheetExportWithBomCrlfAndQuotes) {
     base::Notifications notices;
     base::PrintCapture quiet;
@@ -56,11 +63,21 @@ TEST(CsvParser, SpreadsheetExportWithBomCrlfAndQuotes) {
                                   {{"Name", "A001C002"}, {"Tape", "A001"}, {"Comments", "say cut"}},
                                   {{"Name", "A001C003"}, {"Tape", "A001"}},
                               }));
-    ASSERT_EQ(notices.size(), 1u);
+    ASSERT_EQ(notices.size(), 2u);
     EXPECT_EQ(notices[0],
               base::NotificationData("Bizarre columns count",
                                      "1 columns were added to fit the data. Is the CSV well formatted?",
                                      base::NotificationType::WARNING));
+    // Read as standard CSV, which the sheet proposes for it, every value is kept whole.
+    const CsvOptions proposed = proposedOptions(*readCSVText(dataDir + "spreadsheet.csv"), {});
+    EXPECT_TRUE(proposed.standard_csv);
+    table = parseCSVFile(dataDir + "spreadsheet.csv", &proposed, nullptr, nullptr);
+    EXPECT_EQ(rowsOf(*table),
+              (std::vector<Row>{
+                  {{"Name", "A001C001"}, {"Tape", "A001"}, {"Comments", "good take, slight buzz"}},
+                  {{"Name", "A001C002"}, {"Tape", "A001"}, {"Comments", "say \"cut\""}},
+                  {{"Name", "A001C003"}, {"Tape", "A001"}},
+              }));
 }
 
 TEST(CsvParser, FirstLineStyles) {
@@ -243,6 +260,26 @@ TEST(CsvParser, Rows) {
          {"A", "B"},
          {{{"A", "1"}, {"B", "2"}}}},
         {"tab", "A\tB\n1,5\t2\n", withSeparator(U'\t'), {"A", "B"}, {{{"A", "1,5"}, {"B", "2"}}}},
+        {"standard CSV keeps quoted separators and line feeds, a doubled quote is one",
+         "A,B,C\n\"Wide, establishing\",\"\"\"hero\"\"\",\"two\nlines\"\n",
+         standard(),
+         {"A", "B", "C"},
+         {{{"A", "Wide, establishing"}, {"B", "\"hero\""}, {"C", "two\nlines"}}}},
+        {"standard CSV keeps quotes inside a field that does not begin with one",
+         "\"N,ame\";B\n5\" cut;\"x\"y\";\"\"\n",
+         standard(U';'),
+         {"N,ame", "B"},
+         {{{"N,ame", "5\" cut"}, {"B", "x\"y"}}}},
+        {"standard CSV: an unclosed quote runs to the end",
+         "A,B\n1,\"open\n2,3\n",
+         standard(),
+         {"A", "B"},
+         {{{"A", "1"}, {"B", "open\n2,3\n"}}}},
+        {"long rows in standard CSV",
+         "A\n1,\"2\"\n",
+         standard(),
+         {"A", "newcol_001"},
+         {{{"A", "1"}, {"newcol_001", "2"}}}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -250,9 +287,9 @@ TEST(CsvParser, Rows) {
         auto table = parseCSVText(c.text, c.options, "x.csv", &notices);
         EXPECT_EQ(table->cols, c.cols);
         EXPECT_EQ(rowsOf(*table), c.rows);
-        // Only rows longer than the column line are worth a word to the user.
+        // Only rows longer than the column line are worth a word to the user (two: the count, the names).
         const bool addedColumns = c.name.starts_with("long") || c.name == "curly quotes ignored";
-        EXPECT_EQ(notices.size(), addedColumns ? 1u : 0u);
+        EXPECT_EQ(notices.size(), addedColumns ? 2u : 0u);
     }
 }
 
@@ -260,9 +297,29 @@ TEST(CsvParser, AddedColumnsAreToldOnlyWithSomewhereToTellThem) {
     auto table = parseCSVText("A\n1,2,3\n", {}, "x.csv", nullptr);
     EXPECT_EQ(table->cols, (Cols{"A", "newcol_001", "newcol_002"}));
     base::Notifications notices;
-    table = parseCSVText("A\n1,2,3\n", {}, "x.csv", &notices);
-    ASSERT_EQ(notices.size(), 1u);
-    EXPECT_EQ(notices[0].body, "2 columns were added to fit the data. Is the CSV well formatted?");
+    table = parseCSVText("A,,B\n1,2,3,4\n", {}, "/in/x.csv", &notices);
+    ASSERT_EQ(notices.size(), 2u);
+    EXPECT_EQ(notices[0].body, "1 columns were added to fit the data. Is the CSV well formatted?");
+    EXPECT_EQ(notices[1], base::NotificationData("Columns without a name",
+                                                 "/in/x.csv: the file does not name the columns NoName, "
+                                                 "newcol_001, so Lumbra named them",
+                                                 base::NotificationType::WARNING));
+}
+
+TEST(CsvParser, SheetProposesStandardCsvWhereOnlyItReadsEvenly) {
+    const std::vector<std::pair<std::string, bool>> cases{
+        {"Name,Shot\nA,\"Wide, establishing\"\nB,Close\n", true},
+        {"Name,Note\nA,\"x\ny\"\nB,z\n", true},
+        {"Name\tNote\nA\t\"x\ty\"\n", true},
+        {"Name,Note\nA,\"x\"\nB,y\n", false},
+        {"A,B\n1,2,3\n\"x,y\"\n", false},
+        {"\"a,b\",c", false},
+    };
+    for (const auto& [text, expected] : cases) {
+        SCOPED_TRACE(text);
+        CsvOptions initial = initialOptions(text.find('\t') == std::string::npos ? "x.csv" : "x.tsv");
+        EXPECT_EQ(proposedOptions(text, initial).standard_csv, expected);
+    }
 }
 
 TEST(CsvParser, NamesLoseTheirLastFourCharacters) {
@@ -289,6 +346,10 @@ TEST(CsvParser, FilesInOtherEncodings) {
          {"Name", "Note"},
          {{{"Name", "Caf\u00E9"}, {"Note", "cr\u00E8me"}}}},
         {"utf16.csv", {}, {"Name", "Note"}, {{{"Name", "A"}, {"Note", "\u201Cx, y\u201D"}}}},
+        {"utf16be_without_bom.csv",
+         standard(),
+         {"Name", "Note"},
+         {{{"Name", "A"}, {"Note", "caf\u00E9, cr\u00E8me"}}}},
         {"utf16.csv",
          ignoring,
          {"Name", "Note", "newcol_001"},

@@ -24,6 +24,15 @@ struct MhlFile {
     Row firstRow;
 };
 
+const Names kMixedCols{"file", "size", "lastmodificationdate", "md5", "hashdate"};
+const Row kMixedFirstRow{
+    {"file", "mixed_\u043A\u043E\u0440\u0435\u0439\u0441\u043A\u0438\u0439_\uD55C\uAD6D\uC758_dir/"
+             "\uD55C\uAD6D\uC5B4\uC758\uD30C\uC77C"},
+    {"size", "277"},
+    {"lastmodificationdate", "2012-12-14 14-48-50"},
+    {"md5", "d29593e2cf81c621fb3c4089f9bbde4a"},
+    {"hashdate", "2012-12-14 16-54-27"}};
+
 const MhlFile kMhlFiles[] = {
     {"pomfort_mhl-tool__mhl_verify_machinereadable_generic.mhl",
      6,
@@ -60,9 +69,11 @@ const MhlFile kMhlFiles[] = {
       {"lastmodificationdate", "2012-12-14 16-36-15"},
       {"md5", "d29593e2cf81c621fb3c4089f9bbde4a"},
       {"hashdate", "2012-12-15 17-40-05"}}},
-    // UTF-16 without a byte order mark is no text the reader knows: no "<hash" stands in its bytes.
-    {"pomfort_mhl-tool__aux_files_utf-16be_winln_mixed_2012-12-14_165427.mhl", 0, {}, {}},
-    {"pomfort_mhl-tool__aux_files_utf-16le_macln_mixed_2012-12-14_165427.mhl", 0, {}, {}},
+    // UTF-16 without a byte order mark, with Windows and with lone carriage return line ends.
+    {"pomfort_mhl-tool__aux_files_utf-16be_winln_mixed_2012-12-14_165427.mhl", 14, kMixedCols,
+     kMixedFirstRow},
+    {"pomfort_mhl-tool__aux_files_utf-16le_macln_mixed_2012-12-14_165427.mhl", 14, kMixedCols,
+     kMixedFirstRow},
     // The second generation of lists: the path is a child like any other, its attributes unread.
     {"ascmitc_mhl__0001_TEST01_2019-10-11_155603.mhl",
      3,

@@ -109,14 +109,15 @@ TEST_F(BinImportTest, CapOpensTheFirstBinsAndBadFilesDoNotStopTheBatch) {
     EXPECT_TRUE(result.bins[1]->selected());
     EXPECT_FALSE(result.bins[2]->selected());
     EXPECT_EQ(result.failedPaths, std::vector<std::string>{bad});
-    EXPECT_TRUE(m_quiet.contains("ERROR while opening " + bad));
+    EXPECT_EQ(result.failureReasons, std::vector<std::string>{"the file does not exist"});
     EXPECT_EQ(m_project.bins->toarray.size(), 3u);
     ASSERT_FALSE(result.notifications.empty());
     EXPECT_EQ(result.notifications.back(),
               base::NotificationData("Many bins added", "Didn't show all the added bins to avoid cluttering",
                                      NotificationType::WARNING));
     EXPECT_EQ(m_project.bufferedNotifications.front(),
-              base::NotificationData("", "ERROR while opening " + bad, NotificationType::KO));
+              base::NotificationData("", "ERROR while opening " + bad + ": the file does not exist",
+                                     NotificationType::KO));
 }
 
 TEST_F(BinImportTest, NothingReadableChangesNothing) {

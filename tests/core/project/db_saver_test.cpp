@@ -88,10 +88,13 @@ TEST(DBSaving, AReopenedProjectHasTheSameTablesColumnsAndRows) {
     Project p;
     p.add("shots", {"Name", "Tape", "Size"}, {{"A001", "T1", "10"}, {"A002", "", "20"}, {"A003", "T3", ""}});
     p.add("sound", {"Scene", "Take"}, {{"12", "3"}});
+    // Values that must be quoted to come back: a tab, a line feed, quotes, a leading quote.
+    p.add("tricky", {"Say \"x\"", "Note"},
+          {{"a\tb", "two\nlines"}, {"\"lead", "in \"quotes\""}, {"\"\"", "tail\"\t"}, {"\"", "x"}});
     ASSERT_TRUE(p.s.save());
     auto other = p.reopened();
-    ASSERT_EQ(other->db.size(), 2U);
-    for (std::size_t i = 0; i < 2; ++i) {
+    ASSERT_EQ(other->db.size(), 3U);
+    for (std::size_t i = 0; i < 3; ++i) {
         SCOPED_TRACE(p.s.db[i]->name);
         tables::DBTable& loaded = *other->db[i];
         EXPECT_NE(dynamic_cast<tables::CSVTable*>(&loaded), nullptr);

@@ -128,16 +128,16 @@ TEST(ALEWriter, CsvTextBytes) {
          true,
          {},
          false,
-         "Metadata\nVIDEO_FORMAT,1080\nFPS,25\nAUDIO_FORMAT,48khz\nFILM_FORMAT,35mm, 4 "
-         "perf\nTAPE,T1\nColumn\n"
-         "A,B\n\n1,say \"hi\"\n3,"},
+         "Metadata\nVIDEO_FORMAT,1080\nFPS,25\nAUDIO_FORMAT,48khz\nFILM_FORMAT,\"35mm, 4 "
+         "perf\"\nTAPE,T1\nColumn\n"
+         "A,B\n\n1,\"say \"\"hi\"\"\"\n3,"},
         {"metadata without film format and empty tape",
          [](ALETable& t) { t.tape = ""; },
          ";",
          true,
          {},
          true,
-         "Metadata\nVIDEO_FORMAT;1080\nFPS;25\nAUDIO_FORMAT;48khz\nColumn\nA;B\n\n1;say \"hi\"\n3;"},
+         "Metadata\nVIDEO_FORMAT;1080\nFPS;25\nAUDIO_FORMAT;48khz\nColumn\nA;B\n\n1;\"say \"\"hi\"\"\"\n3;"},
         {"metadata with no headings",
          [](ALETable& t) {
              t.video_format.reset();
@@ -150,17 +150,32 @@ TEST(ALEWriter, CsvTextBytes) {
          true,
          {},
          false,
-         "Metadata\nColumn\nA,B\n\n1,say \"hi\"\n3,"},
-        {"without metadata", [](ALETable&) {}, ",", false, {}, false, "A,B\n\n1,say \"hi\"\n3,"},
+         "Metadata\nColumn\nA,B\n\n1,\"say \"\"hi\"\"\"\n3,"},
+        {"without metadata", [](ALETable&) {}, ",", false, {}, false, "A,B\n\n1,\"say \"\"hi\"\"\"\n3,"},
         {"tab and given columns",
          [](ALETable&) {},
          "\t",
          false,
          {"B", "A"},
          false,
-         "B\tA\n\nsay \"hi\"\t1\n\t3"},
-        {"longer separator", [](ALETable&) {}, " | ", false, {}, false, "A | B\n\n1 | say \"hi\"\n3 | "},
+         "B\tA\n\n\"say \"\"hi\"\"\"\t1\n\t3"},
+        {"longer separator",
+         [](ALETable&) {},
+         " | ",
+         false,
+         {},
+         false,
+         "A | B\n\n1 | \"say \"\"hi\"\"\"\n3 | "},
         {"no rows", [](ALETable& t) { t.data.clear(); }, ",", false, {}, false, "A,B\n"},
+        {"a separator or line feed in a name or value is quoted",
+         [](ALETable& t) {
+             t = makeTable({"A,a", "B"}, {{{"A,a", "1"}, {"B", "x\ny"}}});
+         },
+         ",",
+         false,
+         {},
+         false,
+         "\"A,a\",B\n\n1,\"x\ny\""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);

@@ -128,6 +128,19 @@ private slots:
         QCOMPARE(sheet.options().delimiter, U'\'');
     }
 
+    void standardCsvIsProposedWhereOnlyItReadsEvenly() {
+        CsvImportOptionsSelector sheet("Name,Shot\nA,\"Wide, establishing\"\nB,\"Say \"\"hero\"\"\"\n",
+                                       CsvOptions{});
+        sheet.show();
+        auto* delimiter = child<QComboBox>(sheet, "popupDelimiter");
+        QCOMPARE(delimiter->currentText(), QStringLiteral("Standard CSV"));
+        QCOMPARE(preview(sheet), QStringList({"Name|Shot", "A|Wide, establishing", "B|Say \"hero\""}));
+        choose(delimiter, 0);
+        QCOMPARE(preview(sheet),
+                 QStringList({"Name|Shot|newcol_001", "A|Wide| establishing", "B|Say hero|"}));
+        QVERIFY(!sheet.options().standard_csv);
+    }
+
     void opensOnTheOptionsItIsGiven() {
         CsvOptions initial;
         initial.separator = U'|';
