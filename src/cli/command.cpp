@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <set>
 
 namespace lumbra::cli {
 
@@ -48,11 +49,19 @@ std::variant<ParsedArguments, int> parseAskingCommand(const Command& command,
 
 int writeTable(const import::FileFormat& format, const tables::ALETable& table, const std::string& output,
                const import::WriteOptions& options) {
-    std::string lastLine;
-    bool written = runLogged([&] { return format.write(table, output, options); }, lastLine);
-    if (!written)
+    const std::set<std::string_view> present(table.cols.begin(), table.cols.end());
+    std::string missing;
+    for (const auto& name : options.columns) {
+        if (!present.contains(name))
+            missing += (missing.empty() ? "" : ", ") + name;
+    }
+    // A misspelt column would otherwise go out as an empty one without a word.
+    if (!missing.empty())
+        std::cerr << "Warning: " << output << ": the table has no column " << missing << "; written empty\n";
+    std::string reason;
+    if (!format.write(table, output, options, &reason))
         return failure("Cannot write " + output + ": " +
-                       (lastLine.empty() ? std::string("the file could not be written") : lastLine));
+                       (reason.empty() ? std::string("the file could not be written") : reason));
     return exitSuccess;
 }
 

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <exception>
 #include <iostream>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -29,10 +31,7 @@ void printUsage(std::ostream& out) {
     }
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
-    std::vector<std::string> args(argv + 1, argv + argc);
+int run(const std::vector<std::string>& args) {
     if (args.empty()) {
         printUsage(std::cerr);
         return lumbra::cli::exitUsage;
@@ -49,4 +48,18 @@ int main(int argc, char** argv) {
     std::cerr << "lumbra-cli: unknown command \"" << args.front() << "\"\n";
     printUsage(std::cerr);
     return lumbra::cli::exitUsage;
+}
+
+} // namespace
+
+// Whatever escapes a command ends it with one line and status 1, never with an abort and a core dump.
+int main(int argc, char** argv) {
+    try {
+        return run(std::vector<std::string>(argv + 1, argv + argc));
+    } catch (const std::bad_alloc&) {
+        return lumbra::cli::failure("lumbra-cli: out of memory");
+    } catch (const std::exception& error) {
+        // A std::filesystem::filesystem_error among them names its paths and the system's reason.
+        return lumbra::cli::failure(std::string("lumbra-cli: ") + error.what());
+    }
 }

@@ -70,7 +70,10 @@ std::string optionOr(const ParsedArguments& parsed, std::string_view name, std::
 
 int create(const ParsedArguments& parsed) {
     const std::string& path = parsed.positional[1];
-    fs::path folder = projectFolderArgument(path);
+    std::optional<fs::path> argument = projectFolderArgument(path);
+    if (!argument)
+        return failure("Cannot create " + path + ": the working folder cannot be read");
+    const fs::path& folder = *argument;
     std::string parent = folder.parent_path().string();
     std::error_code error;
     if (!fs::is_directory(parent, error))
@@ -171,17 +174,34 @@ std::string counted(std::size_t n, const std::string& noun) {
     return std::to_string(n) + " " + noun + (n == 1 ? "" : "s");
 }
 
+// A name as one field of the listing: tabs, line feeds and backslashes are written \t, \n and \\.
+std::string escaped(const std::string& name) {
+    std::string out;
+    out.reserve(name.size());
+    for (char c : name) {
+        if (c == '\t')
+            out += "\\t";
+        else if (c == '\n')
+            out += "\\n";
+        else if (c == '\\')
+            out += "\\\\";
+        else
+            out += c;
+    }
+    return out;
+}
+
 void printTree(project::BinsTreeEntry& node, int depth) {
     for (const auto& child : node.children) {
         std::string indent(static_cast<std::size_t>(depth) * 2, ' ');
         if (!child->bin) {
-            std::cout << indent << child->name() << "/\n";
+            std::cout << indent << escaped(child->name()) << "/\n";
             printTree(*child, depth + 1);
             continue;
         }
         project::Bin& bin = *child->bin;
         const tables::ALETable* table = bin.table();
-        std::cout << indent << bin.displayName() << '\t' << child->nodeUuid() << '\t'
+        std::cout << indent << escaped(bin.displayName()) << '\t' << child->nodeUuid() << '\t'
                   << counted(table ? table->data.size() : 0, "row") << '\t'
                   << counted(table ? table->cols.size() : 0, "column") << '\t'
                   << (bin.isLock() ? "locked" : "unlocked") << '\n';

@@ -10,8 +10,11 @@ namespace lumbra::cli {
 
 namespace fs = std::filesystem;
 
-fs::path projectFolderArgument(const std::string& path) {
-    fs::path folder = fs::absolute(path).lexically_normal();
+std::optional<fs::path> projectFolderArgument(const std::string& path) {
+    std::error_code error;
+    fs::path folder = fs::absolute(path, error).lexically_normal();
+    if (error)
+        return std::nullopt;
     return folder.has_filename() ? folder : folder.parent_path();
 }
 
@@ -20,7 +23,12 @@ ProjectSession::ProjectSession(AnswerPolicy policy)
 }
 
 bool ProjectSession::open(const std::string& path) {
-    fs::path folder = projectFolderArgument(path);
+    std::optional<fs::path> argument = projectFolderArgument(path);
+    if (!argument) {
+        failure("Cannot open " + path + ": the working folder cannot be read");
+        return false;
+    }
+    const fs::path& folder = *argument;
     std::error_code error;
     if (!fs::is_regular_file(folder / project::kProjectFileName, error)) {
         failure("Cannot open " + path + ": no project there");
@@ -39,6 +47,9 @@ bool ProjectSession::open(const std::string& path) {
         return false;
     case project::OpenResult::binsFailed:
         failure("Cannot open " + path + ": its bins in the earlier layout cannot be read");
+        return false;
+    case project::OpenResult::notSaved:
+        failure("Cannot save " + path + ": the save that ends its opening failed");
         return false;
     }
     return false;

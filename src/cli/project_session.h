@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace lumbra::cli {
@@ -14,8 +15,9 @@ class ProjectSession {
 public:
     explicit ProjectSession(AnswerPolicy policy);
 
-    // Splits PATH into parent folder and name and runs the ordered open. On failure prints the one
-    // line that says why on standard error and returns false; a refused earlier layout changes nothing.
+    // Splits PATH into parent folder and name and runs the ordered open, which ends with a save. On
+    // failure (that save included) prints the one line that says why on standard error and returns
+    // false; a refused earlier layout changes nothing.
     bool open(const std::string& path);
 
     [[nodiscard]] project::SharedStuff& project() noexcept { return *m_project; }
@@ -27,7 +29,7 @@ private:
 };
 
 // The folder as given, absolute and normalised, less a trailing "/": its parent and last component
-// name the project.
-[[nodiscard]] std::filesystem::path projectFolderArgument(const std::string& path);
+// name the project. Absent when a relative path meets a working folder that is gone.
+[[nodiscard]] std::optional<std::filesystem::path> projectFolderArgument(const std::string& path);
 
 } // namespace lumbra::cli

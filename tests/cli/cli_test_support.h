@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 #include <sstream>
 #include <string>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -27,6 +29,14 @@ inline std::string readAll(const fs::path& path) {
     return text.str();
 }
 
+// How the child starts: without the super-user's rights (so that a read-only folder is one), with its
+// address space limited to `memoryLimit` bytes, or in a working folder removed before it runs.
+struct ChildSetup {
+    bool unprivileged = false;
+    rlim_t memoryLimit = 0;
+    std::string goneWorkingFolder;
+};
+
 // Each test in a fresh folder of its own, with the built lumbra-cli run as a child process.
 class CliTest : public ::testing::Test {
 protected:
@@ -45,7 +55,7 @@ protected:
     }
 
     // Runs lumbra-cli with the arguments, standard output and error going to files.
-    CliResult run(const std::vector<std::string>& args) const {
+    CliResult run(const std::vector<std::string>& args, const ChildSetup& setup = {}) const {
         fs::path outPath = m_dir / "stdout.txt";
         fs::path errPath = m_dir / "stderr.txt";
         pid_t pid = ::fork();
@@ -54,6 +64,15 @@ protected:
             int err = ::open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
             ::dup2(out, STDOUT_FILENO);
             ::dup2(err, STDERR_FILENO);
+            if (!setup.goneWorkingFolder.empty() && (::mkdir(setup.goneWorkingFolder.c_str(), 0755) != 0 ||
+                                                     ::chdir(setup.goneWorkingFolder.c_str()) != 0 ||
+                                                     ::rmdir(setup.goneWorkingFolder.c_str()) != 0))
+                ::_exit(126);
+            const rlimit limit{setup.memoryLimit, setup.memoryLimit};
+            if (setup.memoryLimit && ::setrlimit(RLIMIT_AS, &limit) != 0)
+                ::_exit(126);
+            if (setup.unprivileged && ::geteuid() == 0 && ::setuid(65534) != 0)
+                ::_exit(126);
             std::vector<char*> argv{const_cast<char*>(LUMBRA_CLI_PATH)};
             for (const auto& a : args)
                 argv.push_back(const_cast<char*>(a.c_str()));

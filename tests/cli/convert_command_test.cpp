@@ -38,6 +38,7 @@ TEST_F(ConvertCommandTest, WritesTheFormatChosenBySuffix) {
         std::vector<std::string> options;
         std::string expected;
         std::string expectedOut;
+        std::string expectedErr = "";
     };
     const std::vector<Case> cases{
         {"ale without film format",
@@ -69,6 +70,13 @@ TEST_F(ConvertCommandTest, WritesTheFormatChosenBySuffix) {
          {"--columns=Comments,Start"},
          "Comments,Start\n\ngood take,10:00:00:00\n,10:00:05:00",
          ""},
+        {"columns the table lacks, written empty with a warning",
+         "clips.ale",
+         "out.csv",
+         {"--columns", "Nope,Scene,Other"},
+         "Nope,Scene,Other\n\n,12,\n,12A,",
+         "",
+         "Warning: " + temp("out.csv") + ": the table has no column Nope, Other; written empty\n"},
         {"suffixes in any case, warnings on standard output",
          "crlf_no_delim.ALE",
          "OUT.ALE",
@@ -83,7 +91,7 @@ TEST_F(ConvertCommandTest, WritesTheFormatChosenBySuffix) {
         args.insert(args.end(), c.options.begin(), c.options.end());
         auto result = run(args);
         EXPECT_EQ(result.exitCode, 0);
-        EXPECT_EQ(result.err, "");
+        EXPECT_EQ(result.err, c.expectedErr);
         EXPECT_EQ(result.out, c.expectedOut);
         EXPECT_EQ(readAll(temp(c.output)), c.expected);
     }
@@ -139,6 +147,40 @@ TEST_F(ConvertCommandTest, FailuresExitOneWithOneLineNamingTheFile) {
         EXPECT_EQ(result.err, c.expectedErr);
         EXPECT_EQ(result.out, c.expectedOut);
         EXPECT_FALSE(fs::exists(c.output));
+    }
+}
+
+TEST_F(ConvertCommandTest, WhatEscapesACommandEndsItWithOneLineAndStatusOne) {
+    // Half a million fields on one line need more memory than the child is given.
+    std::string line;
+    for (int i = 0; i < 500'000; ++i)
+        line += "a,";
+    std::ofstream(temp("wide.csv")) << line << '\n';
+    struct Case {
+        const char* name;
+        std::vector<std::string> args;
+        lumbra::cli::testing::ChildSetup setup;
+        std::string err;
+    };
+    const std::vector<Case> cases{
+        {"out of memory",
+         {"convert", temp("wide.csv"), temp("out.ale")},
+         {.unprivileged = false, .memoryLimit = 96 << 20, .goneWorkingFolder = {}},
+         "lumbra-cli: out of memory\n"},
+        {"working folder gone",
+         {"project", "info", "P"},
+         {.unprivileged = false, .memoryLimit = 0, .goneWorkingFolder = temp("gone")},
+         "Cannot open P: the working folder cannot be read\n"},
+        {"working folder gone, create",
+         {"project", "create", "P"},
+         {.unprivileged = false, .memoryLimit = 0, .goneWorkingFolder = temp("gone")},
+         "Cannot create P: the working folder cannot be read\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        auto result = run(c.args, c.setup);
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(result.err, c.err);
     }
 }
 

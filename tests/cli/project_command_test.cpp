@@ -152,6 +152,12 @@ TEST_F(ProjectCommandTest, ImportIntoAGroupNotYetThereMakesIt) {
     EXPECT_FALSE(onlyFolder(group, "clips_02 - ").empty());
     auto info = run({"project", "info", project});
     EXPECT_NE(info.out.find("  Day 1/\n    clips\t"), std::string::npos) << info.out;
+
+    // Names are escaped in the listing, so that each bin stays one line of tab-separated fields.
+    fs::copy_file(data("clips.ale"), temp("a\tb\\c\nd.ale"));
+    ASSERT_EQ(run({"project", "import", project, temp("a\tb\\c\nd.ale"), "--group", "Day\t2"}).exitCode, 0);
+    info = run({"project", "info", project});
+    EXPECT_NE(info.out.find("\n  Day\\t2/\n    a\\tb\\\\c\\nd\t"), std::string::npos) << info.out;
 }
 
 TEST_F(ProjectCommandTest, ImportFailuresExitOneAndKeepTheProject) {
@@ -232,6 +238,41 @@ TEST_F(ProjectCommandTest, CopyZipAndBackup) {
     auto noDest = run({"project", "copy", project, temp("missing")});
     EXPECT_EQ(noDest.exitCode, 1);
     EXPECT_EQ(noDest.err, "Cannot save to " + temp("missing") + ": no such folder\n");
+
+    // A destination path of 4040 bytes takes the project file, not the bins' longer paths: the copy
+    // fails part-way, and what it had written goes.
+    fs::path deep = m_dir / "deep";
+    while (deep.string().size() < 4040)
+        deep /= std::string(std::min<std::size_t>(200, 4040 - deep.string().size() - 1), 'd');
+    fs::create_directories(deep);
+    auto partial = run({"project", "copy", project, deep.string()});
+    EXPECT_EQ(partial.exitCode, 1);
+    EXPECT_EQ(partial.err, "Error while saving to " + deep.string() + "/P\n");
+    EXPECT_TRUE(fs::is_empty(deep));
+}
+
+TEST_F(ProjectCommandTest, ASaveThatFailsAtOpeningExitsOneAndChangesNothing) {
+    // The folder named "readonly" gets its rights back when the test ends.
+    std::string project = create("readonly");
+    ASSERT_EQ(run({"project", "import", project, data("clips.ale")}).exitCode, 0);
+    fs::create_directories(m_dir / "dest");
+    fs::permissions(project, fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
+                    fs::perm_options::remove);
+    const auto before = snapshot(project);
+    const std::vector<std::vector<std::string>> commands{
+        {"project", "info", project},
+        {"project", "copy", project, temp("dest")},
+        {"project", "zip", project, temp("dest")},
+        {"bin", "export", project, "clips", temp("dest/clips.csv")},
+    };
+    for (const auto& args : commands) {
+        SCOPED_TRACE(args[1]);
+        auto result = run(args, {.unprivileged = true, .memoryLimit = 0, .goneWorkingFolder = {}});
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(result.err, "Cannot save " + project + ": the save that ends its opening failed\n");
+    }
+    EXPECT_TRUE(fs::is_empty(m_dir / "dest"));
+    EXPECT_EQ(snapshot(project), before);
 }
 
 TEST_F(ProjectCommandTest, UsageErrorsExitTwo) {

@@ -16,18 +16,23 @@ std::unique_ptr<ALETable> readALE(const std::string& path, base::Notifications* 
     return std::make_unique<ALETable>(path, notifications);
 }
 
-bool writeALE(const ALETable& table, const std::string& path, const WriteOptions& options) {
+bool writeALE(const ALETable& table, const std::string& path, const WriteOptions& options,
+              std::string* reason) {
     // Writing to a file the user named replaces it, as any save-as does once confirmed; an ALE
     // file always carries its heading, so withMetadata has nothing to add.
-    return table.saveALE(path, options.columns, true, options.omitFilmFormat);
+    return table.saveALE(path, options.columns, true, options.omitFilmFormat, reason);
 }
 
-bool writeCSV(const ALETable& table, const std::string& path, const WriteOptions& options) {
-    return table.saveCSV(path, ",", options.withMetadata, options.columns, true, options.omitFilmFormat);
+bool writeCSV(const ALETable& table, const std::string& path, const WriteOptions& options,
+              std::string* reason) {
+    return table.saveCSV(path, ",", options.withMetadata, options.columns, true, options.omitFilmFormat,
+                         reason);
 }
 
-bool writeTSV(const ALETable& table, const std::string& path, const WriteOptions& options) {
-    return table.saveCSV(path, "\t", options.withMetadata, options.columns, true, options.omitFilmFormat);
+bool writeTSV(const ALETable& table, const std::string& path, const WriteOptions& options,
+              std::string* reason) {
+    return table.saveCSV(path, "\t", options.withMetadata, options.columns, true, options.omitFilmFormat,
+                         reason);
 }
 
 constexpr std::array<FileFormat, 6> formats{{

@@ -33,8 +33,9 @@ struct FileFormat {
     std::string_view suffix;
     // Always gives a table; its `state` tells whether the read was good.
     std::unique_ptr<ALETable> (*read)(const std::string& path, base::Notifications* notifications);
-    // False (with the writer's message printed) when the file could not be written.
-    bool (*write)(const ALETable& table, const std::string& path, const WriteOptions& options);
+    // False (with the writer's message printed and put in `reason`) when the file could not be written.
+    bool (*write)(const ALETable& table, const std::string& path, const WriteOptions& options,
+                  std::string* reason);
     // Delimited text only: the read with the layout given, or else asked through the interaction (the
     // suffix's usual layout when both are null). Its table's `state` is false when the file could not
     // be read or the question was cancelled.

@@ -329,8 +329,7 @@ OpenResult openProject(SharedStuff& sharedstuff, const OpenHooks& hooks) {
         sharedstuff.mainWindow->reloadBinsLists();
     legacy.removeAll(project);
     sharedstuff.flushBufferedNotifications();
-    sharedstuff.save();
-    return OpenResult::opened;
+    return sharedstuff.save() ? OpenResult::opened : OpenResult::notSaved;
 }
 
 } // namespace lumbra::project

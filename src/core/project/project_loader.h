@@ -43,6 +43,8 @@ enum class OpenResult {
     unreadableProject,
     // The earlier bins could not be read: the open stopped before the main window.
     binsFailed,
+    // The project is loaded, but the save that ends the opening failed (a read-only folder, a full disk).
+    notSaved,
 };
 
 // What the opening asks of the application's windows; the shell fills it, tests may leave it empty.

@@ -275,9 +275,12 @@ bool ProjectSaver::saveCopy(const std::string& url, std::string* resultPath) {
         logFailure(sharedstuff, "ERROR: couldn't create directory " + target);
         return false;
     }
-    if (!writeProjectFiles(target))
+    // Half a project in the destination would pass for a whole one: a failed copy is removed.
+    if (!writeProjectFiles(target) || !saveAll(target, true)) {
+        fs::remove_all(target, ec);
         return false;
-    return saveAll(target, true);
+    }
+    return true;
 }
 
 std::optional<std::string> ProjectSaver::temporaryCopy(std::string* copyPath) {
@@ -330,7 +333,9 @@ bool ProjectSaver::backup(std::string* resultPath) {
     if (!ok) {
         printLine("ERROR while creating the folder " + backups + ": " + ec.message());
     } else {
-        const std::string zip = join(backups, backupArchiveName(local, *sharedstuff.projectName));
+        // Two backups within one second get a counter rather than one replacing the other.
+        const std::string name = backupArchiveName(local, *sharedstuff.projectName);
+        const std::string zip = freePath(backups, fs::path(name).stem().string(), ".zip");
         std::string error;
         ok = zipFolder(copy, zip, &error);
         if (!ok)
@@ -392,9 +397,11 @@ std::string freePath(const std::string& folder, const std::string& name, const s
 }
 
 std::string backupArchiveName(const std::tm& time, const std::string& projectName) {
-    return std::to_string(time.tm_year + 1900) + std::to_string(time.tm_mon + 1) +
-           std::to_string(time.tm_mday) + "_" + std::to_string(time.tm_hour) + std::to_string(time.tm_min) +
-           std::to_string(time.tm_sec) + "-" + projectName + ".zip";
+    // Zero-padded fields make the names sort by time and keep two moments apart.
+    char stamp[32];
+    std::snprintf(stamp, sizeof stamp, "%04d%02d%02d_%02d%02d%02d", time.tm_year + 1900, time.tm_mon + 1,
+                  time.tm_mday, time.tm_hour, time.tm_min, time.tm_sec);
+    return std::string(stamp) + "-" + projectName + ".zip";
 }
 
 } // namespace lumbra::project

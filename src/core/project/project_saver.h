@@ -70,8 +70,8 @@ private:
 // `<name><suffix>` in the folder when free, else `<name>_02<suffix>`, `_03`... the first that is free.
 [[nodiscard]] std::string freePath(const std::string& folder, const std::string& name,
                                    const std::string& suffix);
-// "<y><m><d>_<h><m><s>-<projectName>.zip", numbers without padding: 7 March 2025 09:05:03 gives
-// "202537_953-name.zip".
+// "<yyyy><mm><dd>_<hh><mm><ss>-<projectName>.zip", zero-padded so that names sort by time: 7 March
+// 2025 09:05:03 gives "20250307_090503-name.zip"; backup() adds "_02"... when the name is taken.
 [[nodiscard]] std::string backupArchiveName(const std::tm& time, const std::string& projectName);
 
 } // namespace lumbra::project

@@ -67,13 +67,15 @@ public:
 
     // The ALE text; an empty `columns` list means `cols`.
     [[nodiscard]] std::string aleText(const std::vector<std::string>& columns, bool omitFilmFormat) const;
-    // False (with a message) when the file exists and overwrite is off, or the write fails.
+    // False (with a message, also put in `reason` when given) when the file exists and overwrite is
+    // off, or the write fails.
     bool saveALE(const std::string& path, const std::vector<std::string>& columns, bool overwrite,
-                 bool omitFilmFormat) const;
+                 bool omitFilmFormat, std::string* reason = nullptr) const;
     [[nodiscard]] std::string csvText(const std::string& separator, bool withMetadata,
                                       const std::vector<std::string>& columns, bool omitFilmFormat) const;
     bool saveCSV(const std::string& path, const std::string& separator, bool withMetadata,
-                 const std::vector<std::string>& columns, bool overwrite, bool omitFilmFormat) const;
+                 const std::vector<std::string>& columns, bool overwrite, bool omitFilmFormat,
+                 std::string* reason = nullptr) const;
 
     [[nodiscard]] bool columnIsConstant(const std::string& name) const;
     [[nodiscard]] bool definesId(const std::vector<std::string>& fields, bool allowMissing) const;

@@ -47,8 +47,16 @@ std::size_t estimateSize(const std::vector<EntryPtr>& rows, std::size_t columns)
     return total;
 }
 
+// Prints the writer's message and hands it to the caller that asked for it; false.
+bool refuse(const std::string& message, std::string* reason) {
+    base::printLine(message);
+    if (reason)
+        *reason = message;
+    return false;
+}
+
 // Creates the folder of a path that names one; false (with the caller's message) on failure.
-bool makeParentFolder(const std::string& path, const std::string& message) {
+bool makeParentFolder(const std::string& path, const std::string& message, std::string* reason) {
     auto slash = path.rfind('/');
     if (slash == std::string::npos)
         return true;
@@ -57,30 +65,26 @@ bool makeParentFolder(const std::string& path, const std::string& message) {
         return true;
     std::error_code ec;
     std::filesystem::create_directories(folder, ec);
-    if (ec || !std::filesystem::is_directory(folder, ec)) {
-        base::printLine(message + folder);
-        return false;
-    }
+    if (ec || !std::filesystem::is_directory(folder, ec))
+        return refuse(message + folder, reason);
     return true;
 }
 
 // Checked before the text is built, so a refused save costs nothing.
-bool refusedOverwrite(const std::string& path, bool overwrite) {
+bool refusedOverwrite(const std::string& path, bool overwrite, std::string* reason) {
     std::error_code ec;
-    if (std::filesystem::exists(path, ec) && !overwrite) {
-        base::printLine("ERROR: file exists, but overwrite is set to false");
-        return true;
-    }
-    return false;
+    if (!std::filesystem::exists(path, ec) || overwrite)
+        return false;
+    refuse("ERROR: file exists, but overwrite is set to false", reason);
+    return true;
 }
 
-bool saveText(const std::string& path, const std::string& text, const std::string& folderMessage) {
-    if (!makeParentFolder(path, folderMessage))
+bool saveText(const std::string& path, const std::string& text, const std::string& folderMessage,
+              std::string* reason) {
+    if (!makeParentFolder(path, folderMessage, reason))
         return false;
-    if (!base::writeFileAtomically(path, text)) {
-        base::printLine("ERROR while saving file " + path);
-        return false;
-    }
+    if (!base::writeFileAtomically(path, text))
+        return refuse("ERROR while saving file " + path, reason);
     return true;
 }
 
@@ -147,18 +151,19 @@ std::string ALETable::csvText(const std::string& sep, bool withMetadata,
 }
 
 bool ALETable::saveALE(const std::string& path, const std::vector<std::string>& columns, bool overwrite,
-                       bool omitFilmFormat) const {
-    if (refusedOverwrite(path, overwrite))
+                       bool omitFilmFormat, std::string* reason) const {
+    if (refusedOverwrite(path, overwrite, reason))
         return false;
-    return saveText(path, aleText(columns, omitFilmFormat), "ERROR: couldn't create directory ");
+    return saveText(path, aleText(columns, omitFilmFormat), "ERROR: couldn't create directory ", reason);
 }
 
 bool ALETable::saveCSV(const std::string& path, const std::string& sep, bool withMetadata,
-                       const std::vector<std::string>& columns, bool overwrite, bool omitFilmFormat) const {
-    if (refusedOverwrite(path, overwrite))
+                       const std::vector<std::string>& columns, bool overwrite, bool omitFilmFormat,
+                       std::string* reason) const {
+    if (refusedOverwrite(path, overwrite, reason))
         return false;
     return saveText(path, csvText(sep, withMetadata, columns, omitFilmFormat),
-                    "ERROR: couldn't crete directory ");
+                    "ERROR: couldn't crete directory ", reason);
 }
 
 } // namespace lumbra::tables

@@ -246,6 +246,11 @@ TEST(DBLoading, AnEarlierFileThatCannotBeReadKeepsTheFolder) {
     writeFile(earlier / "good.csv", "A\n1");
     writeFile(earlier / "locked.csv", "A\n2");
     fs::permissions(earlier / "locked.csv", fs::perms::none);
+    // Only that file is closed to the unprivileged user: the save that ends the opening must still succeed.
+    fs::permissions(p.dir.path / "Film", fs::perms::all);
+    for (const auto& entry : fs::recursive_directory_iterator(p.dir.path / "Film"))
+        if (entry.is_directory())
+            fs::permissions(entry.path(), fs::perms::all);
     Unprivileged user;
     PrintCapture capture;
     auto other = p.reopened();

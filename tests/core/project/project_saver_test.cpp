@@ -75,6 +75,15 @@ std::string binFolder(Bin& bin) {
     return bin.displayName() + " - " + bin.uuid();
 }
 
+// Archive temporaries go to a folder of the test's own, so tests running side by side do not count each
+// other's.
+struct PrivateTempDir {
+    TempFolder dir;
+    std::string previous = std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "";
+    PrivateTempDir() { setenv("TMPDIR", dir.str().c_str(), 1); }
+    ~PrivateTempDir() { previous.empty() ? unsetenv("TMPDIR") : setenv("TMPDIR", previous.c_str(), 1); }
+};
+
 std::size_t temporaryArchiveFolders() {
     std::size_t n = 0;
     for (const auto& entry : fs::directory_iterator(fs::temp_directory_path()))
@@ -193,6 +202,7 @@ TEST(ProjectSaver, ACopyTakesTheNextFreeNameAndLeavesTheProjectAsItWas) {
 }
 
 TEST(ProjectSaver, CompressedCopiesKeepTheProjectNameAsTheirTopFolder) {
+    const PrivateTempDir privateTemp;
     Project p;
     ASSERT_TRUE(p.s.save());
     const TempFolder out;
@@ -222,16 +232,19 @@ TEST(ProjectSaver, CompressedCopiesKeepTheProjectNameAsTheirTopFolder) {
     }
 }
 
-TEST(ProjectSaver, BackupNamesCountWithoutPadding) {
+TEST(ProjectSaver, BackupNamesArePaddedSoTheySortByTime) {
     struct Case {
         const char* name;
         int year, month, day, hour, minute, second;
         const char* expected;
     };
     const Case cases[] = {
-        {"single digits", 2025, 3, 7, 9, 5, 3, "202537_953-name.zip"},
+        {"single digits", 2025, 3, 7, 9, 5, 3, "20250307_090503-name.zip"},
         {"double digits", 2024, 12, 31, 23, 59, 59, "20241231_235959-name.zip"},
-        {"midnight", 2026, 1, 10, 0, 0, 0, "2026110_000-name.zip"},
+        {"midnight", 2026, 1, 10, 0, 0, 0, "20260110_000000-name.zip"},
+        // Unpadded, these two moments would both be "2025111_111-name.zip".
+        {"11 January 01:01:01", 2025, 1, 11, 1, 1, 1, "20250111_010101-name.zip"},
+        {"1 November 11:01:01", 2025, 11, 1, 11, 1, 1, "20251101_110101-name.zip"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -251,8 +264,10 @@ TEST(ProjectSaver, PruningRemovesTheOldestArchiveOfTheProjectOnePerCall) {
     ASSERT_TRUE(p.s.save());
     const fs::path backups = p.folder() / "backup";
     writeFile(backups / "notes.txt", "keep");
+    // Archives named before padding and after it are pruned alike, by age.
     for (int i = 1; i <= 7; ++i) {
-        writeFile(backups / ("2025310_10000" + std::to_string(i) + "-Film.zip"), "zip");
+        writeFile(backups / ((i % 2 ? "2025310_10000" : "20250310_10000") + std::to_string(i) + "-Film.zip"),
+                  "zip");
         std::this_thread::sleep_for(std::chrono::milliseconds(15));
     }
     auto archives = [&] {
@@ -265,7 +280,7 @@ TEST(ProjectSaver, PruningRemovesTheOldestArchiveOfTheProjectOnePerCall) {
     EXPECT_EQ(archives().count("2025310_100001-Film.zip"), 0u);
     EXPECT_EQ(archives().size(), 7u);
     p.s.pruneBackups();
-    EXPECT_EQ(archives().count("2025310_100002-Film.zip"), 0u);
+    EXPECT_EQ(archives().count("20250310_100002-Film.zip"), 0u);
     p.s.pruneBackups();
     EXPECT_EQ(archives().size(), 6u);
     EXPECT_EQ(archives().count("notes.txt"), 1u);
@@ -384,6 +399,7 @@ TEST(ProjectSaver, AHandWrittenProjectFileOpensAndSavesInTheCurrentForm) {
 }
 
 TEST(ProjectSaver, ABackupIsAnArchiveOfTheProjectInItsBackupFolder) {
+    const PrivateTempDir privateTemp;
     Project p;
     ASSERT_TRUE(p.s.save());
     const std::size_t temporaries = temporaryArchiveFolders();
@@ -396,4 +412,10 @@ TEST(ProjectSaver, ABackupIsAnArchiveOfTheProjectInItsBackupFolder) {
     const ZipListing zip = readZip(archive, "Film/tarelproject");
     EXPECT_EQ(zip.projectFile, projectFileText(p.s));
     EXPECT_EQ(temporaryArchiveFolders(), temporaries);
+    // Backups within one second each keep an archive of their own.
+    std::string second, third;
+    ASSERT_TRUE(p.s.backup(&second));
+    ASSERT_TRUE(p.s.backup(&third));
+    EXPECT_EQ(std::set<std::string>({archive, second, third}).size(), 3u);
+    EXPECT_EQ(std::distance(fs::directory_iterator(p.folder() / "backup"), fs::directory_iterator()), 3);
 }
