@@ -2,6 +2,7 @@
 #include "tables/console.h"
 #include "tables/text_file.h"
 
+#include <algorithm>
 #include <filesystem>
 
 namespace lumbra::tables {
@@ -16,22 +17,70 @@ std::vector<ColumnKey> keysOf(const std::vector<std::string>& names) {
     return keys;
 }
 
-void appendRow(std::string& out, const RowData& row, const std::vector<ColumnKey>& keys,
-               std::string_view sep) {
+// The characters that would cut a value of an ALE file or lose it to the reader's quote handling.
+constexpr std::string_view unkeptCharacters = "\n\r\t\"";
+
+void appendValue(std::string& out, std::string_view value, bool escaped) {
+    if (!escaped) {
+        out.append(value);
+        return;
+    }
+    for (char c : value) {
+        switch (c) {
+        case '\\':
+            out.append("\\\\");
+            break;
+        case '\n':
+            out.append("\\n");
+            break;
+        case '\r':
+            out.append("\\r");
+            break;
+        case '\t':
+            out.append("\\t");
+            break;
+        case '"':
+            out.append("\\q");
+            break;
+        default:
+            out.push_back(c);
+        }
+    }
+}
+
+void appendRow(std::string& out, const RowData& row, const std::vector<ColumnKey>& keys, std::string_view sep,
+               bool escaped = false) {
     for (std::size_t i = 0; i < keys.size(); ++i) {
         if (i > 0)
             out.append(sep);
         if (const std::string* v = row.find(keys[i]))
-            out.append(*v);
+            appendValue(out, *v, escaped);
     }
 }
 
-void appendJoined(std::string& out, const std::vector<std::string>& names, std::string_view sep) {
+void appendJoined(std::string& out, const std::vector<std::string>& names, std::string_view sep,
+                  bool escaped = false) {
     for (std::size_t i = 0; i < names.size(); ++i) {
         if (i > 0)
             out.append(sep);
-        out.append(names[i]);
+        appendValue(out, names[i], escaped);
     }
+}
+
+// Only a table with such a value needs the escapes: every other file stays plain ALE.
+bool needsEscapes(const std::vector<EntryPtr>& rows, const std::vector<std::string>& names) {
+    auto unkept = [](std::string_view text) {
+        return text.find_first_of(unkeptCharacters) != std::string_view::npos;
+    };
+    if (std::any_of(names.begin(), names.end(), unkept))
+        return true;
+    for (const auto& row : rows) {
+        for (const auto& cell : row->data()) {
+            if (unkept(cell.value))
+                return true;
+        }
+    }
+    return false;
 }
 
 std::size_t estimateSize(const std::vector<EntryPtr>& rows, std::size_t columns) {
@@ -84,9 +133,11 @@ bool saveText(const std::string& path, const std::string& text, const std::strin
 
 } // namespace
 
-std::string ALETable::aleText(const std::vector<std::string>& columns, bool omitFilmFormat) const {
+std::string ALETable::aleText(const std::vector<std::string>& columns, bool omitFilmFormat,
+                              bool escapeValues) const {
     const auto& names = columns.empty() ? cols : columns;
     auto keys = keysOf(names);
+    const bool escaped = escapeValues && needsEscapes(data, names);
     std::string out;
     out.reserve(estimateSize(data, names.size()));
     out += "Heading\n";
@@ -102,12 +153,14 @@ std::string ALETable::aleText(const std::vector<std::string>& columns, bool omit
         out += "FILM_FORMAT\t" + *film_format + "\n";
     if (tape && !tape->empty())
         out += "TAPE\t" + *tape + "\n";
+    if (escaped)
+        out += std::string(valueEscapesKey) + "\tBACKSLASH\n";
     out += "\nColumn\n";
-    appendJoined(out, names, "\t");
+    appendJoined(out, names, "\t", escaped);
     out += "\n\nData";
     for (const auto& row : data) {
         out += '\n';
-        appendRow(out, row->data(), keys, "\t");
+        appendRow(out, row->data(), keys, "\t", escaped);
     }
     out += '\n';
     return out;
@@ -143,10 +196,11 @@ std::string ALETable::csvText(const std::string& sep, bool withMetadata,
 }
 
 bool ALETable::saveALE(const std::string& path, const std::vector<std::string>& columns, bool overwrite,
-                       bool omitFilmFormat) const {
+                       bool omitFilmFormat, bool escapeValues) const {
     if (refusedOverwrite(path, overwrite))
         return false;
-    return saveText(path, aleText(columns, omitFilmFormat), "ERROR: couldn't create directory ");
+    return saveText(path, aleText(columns, omitFilmFormat, escapeValues),
+                    "ERROR: couldn't create directory ");
 }
 
 bool ALETable::saveCSV(const std::string& path, const std::string& sep, bool withMetadata,

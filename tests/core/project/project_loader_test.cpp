@@ -90,10 +90,14 @@ const std::string legacyAlertText = "Legacy saving folders/saving_system detecte
                                     "project will be updated to the new saving "
                                     "system.\n\nIt is recommended to BACKUP your data before proceeding.";
 
+// The least that a project file holds: the lines every project file has.
+const std::string wholeProjectFile =
+    "Film\nfps\t25\ntlResolution\t1080\nsound\t48khz\nbaselayout\tName\tTape\n";
+
 // An earlier project: the tree in the project file, bins and layouts flat.
 void writeEarlierProject(const ProjectFolder& folder) {
-    folder.file("tarelproject", "Film\nfps\t25\ntreeentry\troot\tg1\ntreedisplayname\tg1\tDailies\n"
-                                "baselayout\tName\tTape\nprojectlayout\tName\tTape\n");
+    folder.file("tarelproject", wholeProjectFile + "treeentry\troot\tg1\ntreedisplayname\tg1\tDailies\n"
+                                                   "projectlayout\tName\tTape\n");
     folder.file("bins/day1.ale", aleText({"c1", "c2"}));
     folder.file("bins/day1.bin", "tableid\tday1\ndisplayname\tDay one\ntreebin\tg1\nselected\n");
     folder.file("bins/day2.ale", aleText({"c3"}));
@@ -206,6 +210,26 @@ TEST(ProjectOpening, AnUnreadableProjectFileEndsTheOpen) {
     EXPECT_TRUE(opening.sharedstuff.bins->children.empty());
 }
 
+TEST(ProjectOpening, ADamagedProjectFileIsKeptAndNothingOpens) {
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"", "no fps line, no tlResolution line, no sound line, no baselayout line"},
+        {"Film\n", "no fps line, no tlResolution line, no sound line, no baselayout line"},
+        {"Film\nfps\t", "no tlResolution line, no sound line, no baselayout line, a cut last line"},
+        {wholeProjectFile + "timeInMinBackup\t1", "a cut last line"},
+    };
+    for (const auto& [text, damage] : cases) {
+        SCOPED_TRACE(text);
+        ProjectFolder folder;
+        folder.file("tarelproject", text);
+        folder.currentBin("_bins_", "A", uuidA);
+        Opening opening(folder);
+        std::string reason;
+        EXPECT_EQ(openProject(opening.sharedstuff, {}, &reason), OpenResult::damagedProject);
+        EXPECT_NE(reason.find("is damaged (" + damage + ")"), std::string::npos) << reason;
+        EXPECT_EQ(readFile(folder.project / "tarelproject"), text);
+    }
+}
+
 TEST(ProjectOpening, WhichBinsOpen) {
     struct Case {
         std::string name;
@@ -224,7 +248,7 @@ TEST(ProjectOpening, WhichBinsOpen) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         ProjectFolder folder;
-        folder.file("tarelproject", "Film\n");
+        folder.file("tarelproject", wholeProjectFile);
         folder.currentBin("_bins_", "A", uuidA, "selected\n");
         folder.currentGroup("_bins_", "G", uuidG);
         folder.currentBin("_bins_/G - " + std::string(uuidG), "B", uuidB);
@@ -239,7 +263,7 @@ TEST(ProjectOpening, WhichBinsOpen) {
 
 TEST(ProjectOpening, BinsAndCurrentBinsEndInOneTree) {
     ProjectFolder folder;
-    folder.file("tarelproject", "Film\n");
+    folder.file("tarelproject", wholeProjectFile);
     folder.currentBin("bins", "Old", uuidA);
     folder.currentBin("_bins_", "New", uuidB);
     Opening opening(folder);
@@ -258,7 +282,7 @@ TEST(ProjectOpening, BinsAndCurrentBinsEndInOneTree) {
 
 TEST(ProjectOpening, AProjectWithoutBinsGetsAnEmptyFolder) {
     ProjectFolder folder;
-    folder.file("tarelproject", "");
+    folder.file("tarelproject", wholeProjectFile);
     Opening opening(folder);
     ASSERT_EQ(opening.open(), OpenResult::opened);
     EXPECT_TRUE(fs::is_directory(folder.project / "_bins_"));
@@ -283,7 +307,7 @@ TEST(ProjectOpening, AFailedEarlierReadKeepsItsFolder) {
 
 TEST(ProjectOpening, EarlierBinsThatCannotBeReadEndTheOpen) {
     ProjectFolder folder;
-    folder.file("tarelproject", "Film\ntreeentry\troot\tg1\n");
+    folder.file("tarelproject", wholeProjectFile + "treeentry\troot\tg1\n");
     folder.file("smartbins/x.smartbin", "");
     Opening opening(folder);
     opening.interaction.queueAlert("Proceed");
@@ -296,7 +320,7 @@ TEST(ProjectOpening, EarlierBinsThatCannotBeReadEndTheOpen) {
 
 TEST(ProjectOpening, FailingLaterFoldersLeaveTheProjectOpen) {
     ProjectFolder folder;
-    folder.file("tarelproject", "Film\n");
+    folder.file("tarelproject", wholeProjectFile);
     folder.currentBin("_bins_", "A", uuidA);
     folder.file("pivot", "not a folder");
     folder.file("db", "not a folder");
