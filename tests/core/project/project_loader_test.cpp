@@ -465,5 +465,92 @@ TEST(ProjectOpening, ASaveKilledAtAnyMomentLeavesEachFileOldOrNew) {
     }
 }
 
+// A new bin's table cut short by a kill: complete (killed before its rename) it is recovered; cut
+// half-way the bin is reported as broken and never shown as a group. A stale temporary goes.
+TEST(ProjectOpening, ABinKilledWhileFirstWrittenIsRecoveredOrReported) {
+    struct Case {
+        const char* name;
+        tables::WriteStep step;
+        Names bins;
+        std::size_t temporaries;
+    };
+    const std::vector<Case> cases = {
+        {"complete, killed before its rename", tables::WriteStep::rename, {"A", "New"}, 0},
+        {"killed half-way", tables::WriteStep::write, {"A"}, 1}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        ProjectFolder folder;
+        folder.file("tarelproject", wholeProjectFile);
+        folder.currentBin("_bins_", "A", uuidA);
+        folder.file("_bins_/A - " + std::string(uuidA) + "/.A.ale.tmp12.5", "stale");
+        pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            PrintCapture quiet;
+            Opening opening(folder);
+            static_cast<void>(opening.open());
+            tables::setWriteFaultHook([&](const std::string& path, tables::WriteStep step) {
+                if (step == c.step && path.ends_with("New.ale"))
+                    ::raise(SIGKILL);
+                return false;
+            });
+            opening.sharedstuff.addBin(makeBin("New", &opening.sharedstuff));
+            static_cast<void>(opening.sharedstuff.save());
+            ::_exit(0);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        ASSERT_TRUE(WIFSIGNALED(status));
+
+        PrintCapture capture;
+        Opening reopened(folder);
+        ASSERT_EQ(reopened.open(), OpenResult::opened);
+        Names names;
+        for (const auto& node : reopened.sharedstuff.bins->children)
+            names.push_back(node->name());
+        std::sort(names.begin(), names.end());
+        EXPECT_EQ(names, c.bins);
+        EXPECT_EQ(
+            std::any_of(capture.lines().begin(), capture.lines().end(),
+                        [](const std::string& line) { return line.starts_with("ERROR: broken bin in "); }),
+            c.temporaries == 1);
+        std::size_t temporaries = 0;
+        for (const auto& path : listTree(folder.project))
+            temporaries += tables::parseTemporaryFileName(fs::path(path).filename().string()).has_value();
+        EXPECT_EQ(temporaries, c.temporaries);
+    }
+}
+
+// Updating an earlier project on a full disk: the first failed write stops it, the earlier layout
+// stays as it was and nothing of the update is left; saves into the folder are refused.
+TEST(ProjectOpening, AFailedUpdateOfTheEarlierLayoutLeavesItAsItWas) {
+    ProjectFolder folder;
+    writeEarlierProject(folder);
+    const auto before = projectFiles(folder.project);
+    int writes = 0;
+    tables::setWriteFaultHook([&](const std::string&, tables::WriteStep step) {
+        return step == tables::WriteStep::rename && ++writes == 4;
+    });
+    Opening opening(folder);
+    opening.interaction.queueAlert("Proceed");
+    PrintCapture quiet;
+    std::string reason;
+    const OpenResult result = openProject(opening.sharedstuff, {}, &reason);
+    tables::setWriteFaultHook({});
+    EXPECT_EQ(result, OpenResult::migrationFailed);
+    EXPECT_NE(reason.find("the project was left in its earlier layout"), std::string::npos) << reason;
+    auto after = projectFiles(folder.project);
+    std::erase_if(after, [](const auto& file) { return file.first.starts_with("_"); });
+    EXPECT_EQ(after, before);
+    EXPECT_EQ(listTree(folder.project / "_bins_"), (std::set<std::string>{"lumbra_details"}));
+    EXPECT_FALSE(opening.sharedstuff.save());
+
+    Opening again(folder);
+    again.interaction.queueAlert("Proceed");
+    ASSERT_EQ(again.open(), OpenResult::opened);
+    EXPECT_EQ(again.sharedstuff.bins->toarray.size(), 2u);
+    EXPECT_FALSE(fs::exists(folder.project / "bins"));
+}
+
 } // namespace
 } // namespace lumbra::project
