@@ -21,10 +21,9 @@ std::optional<std::string> unreadableValueReason(std::string_view label, std::st
         return std::nullopt;
     if (kind == SettingKind::frameRate && value.find(' ') != std::string_view::npos)
         return name + " holds a blank, and the bins' ALE files keep a frame rate as one word";
-    if (!value.empty() &&
-        (value.front() == ' ' || value.back() == ' ' || value.find("  ") != std::string_view::npos))
-        return name +
-               " starts or ends with a blank or holds two in a row, which the bins' ALE files do not keep";
+    // The heading reader trims the end of its lines.
+    if (!value.empty() && value.back() == ' ')
+        return name + " ends with a blank, which the bins' ALE files do not keep";
     return std::nullopt;
 }
 

@@ -290,6 +290,24 @@ TEST(Bin, SaveRoundTripsAndDropsFilesOfOldNames) {
     EXPECT_EQ(reel.displayName(), "Reel 1/2");
 }
 
+TEST(Bin, StrayTableFilesBesideTheBinsOwnAreIgnoredAndNamed) {
+    TempFolder dir;
+    const std::string uuid = "AAAAAAAA-0000-0000-0000-000000000001";
+    const fs::path folder = dir.path / ("day01 - " + uuid);
+    writeFile(folder / "lumbra_details", uuid + "\n1\n2\nNone\n");
+    writeFile(folder / "day01.ale", aleText({"c1", "c2"}));
+    writeFile(folder / "zz.ale", "Heading\n\nColumn\nName\n\nData\n");
+    fs::create_symlink("yy.ale", folder / "yy.ale");
+    Bin bin(nullptr);
+    Notifications notes;
+    PrintCapture quiet;
+    ASSERT_TRUE(bin.load(folder.string(), &notes));
+    EXPECT_EQ(bin.table()->data.size(), 2u);
+    ASSERT_FALSE(notes.empty());
+    EXPECT_EQ(notes[0].title, "Files ignored");
+    EXPECT_TRUE(notes[0].body.ends_with("ignores yy.ale, zz.ale")) << notes[0].body;
+}
+
 TEST(Bin, SaveIntoReadOnlyFolderFailsAndKeepsTheFiles) {
     TempFolder dir;
     Bin bin(makeTable("bin_01"), nullptr, nullptr, true);
