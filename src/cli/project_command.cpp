@@ -5,6 +5,7 @@
 #include "project/bin_import.h"
 #include "project/project_creation.h"
 #include "project/project_saver.h"
+#include "project/setting_values.h"
 #include "project/shared_stuff.h"
 #include "project_session.h"
 
@@ -98,6 +99,9 @@ int create(const ParsedArguments& parsed) {
             return usageError(command, "--columns needs a list of column names");
         settings.columns = splitColumns(it->second);
     }
+    // A value that the project's files could not read back is a wrong command line: nothing is made.
+    if (auto reason = project::unreadableSettingReason(settings))
+        return usageError(command, "cannot create " + path + ": " + *reason);
 
     PolicyInteraction interaction(parsed.has("--yes")  ? AnswerPolicy::affirm
                                   : parsed.has("--no") ? AnswerPolicy::cancel
@@ -151,10 +155,14 @@ int import(ProjectSession& session, const ParsedArguments& parsed) {
     project::BinImportResult result = project::addBinsFromFiles(sharedstuff, files, target);
     sharedstuff.autosave = autosave;
     sharedstuff.flushBufferedNotifications();
-    bool saved = sharedstuff.save();
+    project::SaveResult saved = sharedstuff.save();
     sharedstuff.flushBufferedNotifications();
-    if (!saved)
-        return failure("Cannot save " + parsed.positional[1] + ": the imported bins were not all written");
+    if (!saved) {
+        std::string names;
+        for (const auto& name : saved.unwritten)
+            names += (names.empty() ? "" : ", ") + name;
+        return failure("Cannot save " + parsed.positional[1] + ": not written: " + names);
+    }
     if (!result.failedPaths.empty())
         return failure("Cannot read " + result.failedPaths.front() + ": " + result.failureReasons.front() +
                        (result.failedPaths.size() > 1

@@ -36,7 +36,8 @@ bool ProjectSession::open(const std::string& path) {
     }
     m_project->currentFolder = folder.parent_path().string();
     m_project->projectName = folder.filename().string();
-    switch (project::openProject(*m_project)) {
+    std::string reason;
+    switch (project::openProject(*m_project, {}, &reason)) {
     case project::OpenResult::opened:
         return true;
     case project::OpenResult::cancelled:
@@ -50,6 +51,10 @@ bool ProjectSession::open(const std::string& path) {
         return false;
     case project::OpenResult::notSaved:
         failure("Cannot save " + path + ": the save that ends its opening failed");
+        return false;
+    case project::OpenResult::damagedProject:
+    case project::OpenResult::migrationFailed:
+        failure("Cannot open " + path + ": " + reason);
         return false;
     }
     return false;

@@ -32,6 +32,7 @@
 #include <QToolBar>
 #include <QUrl>
 #include <QVBoxLayout>
+#include <functional>
 
 namespace lumbra::shell {
 
@@ -454,7 +455,7 @@ namespace {
 
 // The copy and the archive ask for the parent folder the same way and log the same way.
 void saveUnderChosenFolder(project::SharedStuff& sharedstuff,
-                           bool (project::SharedStuff::*write)(const std::string&, std::string*)) {
+                           const std::function<bool(const std::string&, std::string*)>& write) {
     base::FolderRequest request;
     request.title = "Select parent folder where to save the project";
     request.message = "Select parent folder where to save the project";
@@ -471,7 +472,7 @@ void saveUnderChosenFolder(project::SharedStuff& sharedstuff,
         return;
     }
     std::string path;
-    if ((sharedstuff.*write)(folder->string(), &path)) {
+    if (write(folder->string(), &path)) {
         sharedstuff.addLog("Successfully saved to " + path, true, "", base::NotificationType::OK);
     } else {
         sharedstuff.addLog("Error while saving to " + (path.empty() ? folder->string() : path), true, "",
@@ -482,11 +483,15 @@ void saveUnderChosenFolder(project::SharedStuff& sharedstuff,
 } // namespace
 
 void MainWindowViewController::saveAProjectCopy() {
-    saveUnderChosenFolder(*m_sharedstuff, &project::SharedStuff::saveCopy);
+    saveUnderChosenFolder(*m_sharedstuff, [this](const std::string& url, std::string* path) {
+        return m_sharedstuff->saveCopy(url, path).saved;
+    });
 }
 
 void MainWindowViewController::saveProjectAsZip() {
-    saveUnderChosenFolder(*m_sharedstuff, &project::SharedStuff::saveCompressed);
+    saveUnderChosenFolder(*m_sharedstuff, [this](const std::string& url, std::string* path) {
+        return m_sharedstuff->saveCompressed(url, path);
+    });
 }
 
 project::Bin* MainWindowViewController::commandBin() const {

@@ -2,6 +2,7 @@
 
 #include "app_delegate.h"
 #include "main_window.h"
+#include "project/setting_values.h"
 #include "project/shared_stuff.h"
 #include "qt_text.h"
 
@@ -105,6 +106,7 @@ NewProjectWindow::NewProjectWindow(AppDelegate& delegate, std::filesystem::path 
     m_tapeidText = new QLineEdit(settingsBox);
     m_tapeidText->setObjectName(QStringLiteral("tapeidText"));
     m_tapeidText->setPlaceholderText(tr("No tape id"));
+    connect(m_tapeidText, &QLineEdit::textChanged, this, &NewProjectWindow::refreshRefusal);
     m_archiveOriginalDataCheckbox = new QCheckBox(tr("Archive original data"), settingsBox);
     m_archiveOriginalDataCheckbox->setObjectName(QStringLiteral("archiveOriginalDataCheckbox"));
     form->addRow(tr("FPS:"), m_fpsButton);
@@ -162,13 +164,17 @@ NewProjectWindow::NewProjectWindow(AppDelegate& delegate, std::filesystem::path 
     layout->addWidget(buttons);
     // Without a name there is nothing to create: the button waits, and says why.
     auto named = [this](const QString& text) {
-        m_createButton->setEnabled(!text.isEmpty());
+        refreshRefusal();
         m_createButton->setToolTip(text.isEmpty() ? m_nameHint->text() : QString());
         m_nameHint->setVisible(text.isEmpty());
     };
     connect(m_projectNameText, &QLineEdit::textChanged, this, named);
     named(m_projectNameText->text());
 
+    for (QComboBox* popup : {m_fpsButton, m_resButton, m_soundButton, m_filmButton}) {
+        connect(popup, &QComboBox::currentTextChanged, this, &NewProjectWindow::refreshRefusal);
+    }
+    connect(m_filmCheckbox, &QCheckBox::toggled, this, &NewProjectWindow::refreshRefusal);
     showSettings();
     resize(720, 460);
 }
@@ -187,6 +193,23 @@ void NewProjectWindow::showSettings() {
     m_tapeidText->setText(toQt(m_settings.tapeId));
     m_archiveOriginalDataCheckbox->setChecked(m_settings.archiveOriginalData);
     fillColumnsTable();
+}
+
+void NewProjectWindow::refreshRefusal() {
+    if (m_createButton == nullptr) {
+        return;
+    }
+    // On a copy: the widgets may be half-way through showing the settings.
+    project::NewProjectSettings shown = m_settings;
+    gatherSettings(shown);
+    const std::optional<std::string> reason = project::unreadableSettingReason(shown);
+    // A value its files could not read back is never written: Create waits until it is changed.
+    m_createButton->setEnabled(!reason && !m_projectNameText->text().isEmpty());
+    if (reason) {
+        showWarning(toQt("Cannot create: " + *reason), false);
+    } else if (m_warningsLabel->text().startsWith(QStringLiteral("Cannot create: "))) {
+        hideWarningLabel();
+    }
 }
 
 void NewProjectWindow::fillColumnsTable() {
@@ -235,6 +258,7 @@ void NewProjectWindow::fillColumnsTable() {
         m_columnsTable->setCellWidget(row, 1, buttons);
     }
     m_acceptEditing = true;
+    refreshRefusal();
 }
 
 std::string NewProjectWindow::freeColumnName() const {
@@ -291,6 +315,7 @@ void NewProjectWindow::columnNameEdited(int row, int column) {
         return;
     }
     current = name;
+    refreshRefusal();
 }
 
 void NewProjectWindow::loadFromFileButtonPressed() {
@@ -309,19 +334,26 @@ void NewProjectWindow::loadFromFileButtonPressed() {
 }
 
 void NewProjectWindow::gatherSettings() {
-    m_settings.name = m_projectNameText->text().toStdString();
-    m_settings.fps = m_fpsButton->currentText().toStdString();
-    m_settings.tlResolution = m_resButton->currentText().toStdString();
-    m_settings.sound = m_soundButton->currentText().toStdString();
-    m_settings.filmFormat = m_filmCheckbox->isChecked()
-                                ? std::optional<std::string>(m_filmButton->currentText().toStdString())
-                                : std::nullopt;
-    m_settings.tapeId = m_tapeidText->text().toStdString();
-    m_settings.archiveOriginalData = m_archiveOriginalDataCheckbox->isChecked();
+    gatherSettings(m_settings);
+}
+
+void NewProjectWindow::gatherSettings(project::NewProjectSettings& into) const {
+    into.name = m_projectNameText->text().toStdString();
+    into.fps = m_fpsButton->currentText().toStdString();
+    into.tlResolution = m_resButton->currentText().toStdString();
+    into.sound = m_soundButton->currentText().toStdString();
+    into.filmFormat = m_filmCheckbox->isChecked()
+                          ? std::optional<std::string>(m_filmButton->currentText().toStdString())
+                          : std::nullopt;
+    into.tapeId = m_tapeidText->text().toStdString();
+    into.archiveOriginalData = m_archiveOriginalDataCheckbox->isChecked();
 }
 
 void NewProjectWindow::createButtonPressed() {
     gatherSettings();
+    if (!m_createButton->isEnabled()) {
+        return;
+    }
     const std::string folder = m_folder.string();
     const project::NewProjectCheck check = project::checkNewProject(folder, m_settings);
     if (!check.accepted()) {

@@ -50,6 +50,9 @@ private:
     void showWarning(const QString& text, bool hideLater);
     [[nodiscard]] std::string freeColumnName() const;
     void gatherSettings();
+    void gatherSettings(project::NewProjectSettings& into) const;
+    // Create stays off, with the reason shown, while a value could not be read back from its file.
+    void refreshRefusal();
 
     AppDelegate& m_delegate;
     std::filesystem::path m_folder;

@@ -231,7 +231,13 @@ void ProjectChooserWindow::selectProjectWithButton() {
         return window;
     };
     hooks.closeChooser = [this] { close(); };
-    if (project::openProject(project, hooks) != project::OpenResult::opened && window == nullptr) {
+    std::string reason;
+    const project::OpenResult result = project::openProject(project, hooks, &reason);
+    // A refusal that the core explained is shown where the user chose the project.
+    if (result != project::OpenResult::opened && !reason.empty() && window == nullptr) {
+        m_interaction.showInfo("Cannot open the project", reason, base::AlertStyle::Critical);
+    }
+    if (result != project::OpenResult::opened && window == nullptr) {
         refresh();
     }
 }

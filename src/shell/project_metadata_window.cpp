@@ -1,5 +1,6 @@
 #include "project_metadata_window.h"
 
+#include "project/setting_values.h"
 #include "qt_text.h"
 
 #include <QComboBox>
@@ -75,19 +76,43 @@ ProjectMetadataWindow::ProjectMetadataWindow(project::SharedStuff& sharedstuff,
     m_propertiesTable->setSelectionMode(QAbstractItemView::SingleSelection);
     connect(m_propertiesTable, &QTableWidget::cellChanged, this, &ProjectMetadataWindow::userCellChanged);
     layout->addWidget(m_propertiesTable, 1);
+    m_refusalLabel = new QLabel(this);
+    m_refusalLabel->setObjectName(QStringLiteral("refusalLabel"));
+    m_refusalLabel->setWordWrap(true);
+    QPalette refusalPalette = m_refusalLabel->palette();
+    refusalPalette.setColor(QPalette::WindowText, QColor(0xc0, 0x1c, 0x28));
+    m_refusalLabel->setPalette(refusalPalette);
+    m_refusalLabel->hide();
+    layout->addWidget(m_refusalLabel);
 
     auto* buttons = new QDialogButtonBox(this);
-    QPushButton* done = buttons->addButton(tr("Done"), QDialogButtonBox::AcceptRole);
-    done->setObjectName(QStringLiteral("doneButton"));
-    done->setDefault(true);
+    m_doneButton = buttons->addButton(tr("Done"), QDialogButtonBox::AcceptRole);
+    m_doneButton->setObjectName(QStringLiteral("doneButton"));
+    m_doneButton->setDefault(true);
     QPushButton* cancel = buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole);
     cancel->setObjectName(QStringLiteral("cancelButton"));
-    connect(done, &QPushButton::clicked, this, &ProjectMetadataWindow::doneButtonPressed);
+    connect(m_doneButton, &QPushButton::clicked, this, &ProjectMetadataWindow::doneButtonPressed);
     connect(cancel, &QPushButton::clicked, this, &ProjectMetadataWindow::cancelButtonPressed);
     layout->addWidget(buttons);
 
     fillTable();
+    refreshRefusal();
     resize(520, 420);
+}
+
+void ProjectMetadataWindow::refreshRefusal() {
+    std::optional<std::string> reason = project::unreadablePropertiesReason(m_userDefinedProperties);
+    for (const std::string& name : m_basePropertiesKeys) {
+        if (reason) {
+            break;
+        }
+        const auto kind = name == "FPS" ? project::SettingKind::frameRate : project::SettingKind::heading;
+        reason = project::unreadableValueReason("the value of " + name, m_baseProperties[name], kind);
+    }
+    // A value its files could not read back is never written: Done waits until it is changed.
+    m_doneButton->setEnabled(!reason);
+    m_refusalLabel->setText(reason ? toQt("Cannot save: " + *reason) : QString());
+    m_refusalLabel->setVisible(reason.has_value());
 }
 
 void ProjectMetadataWindow::fillTable() {
@@ -151,6 +176,7 @@ void ProjectMetadataWindow::basePropertyChanged(const std::string& name, const s
     if (std::find(m_baseChanged.begin(), m_baseChanged.end(), name) == m_baseChanged.end()) {
         m_baseChanged.push_back(name);
     }
+    refreshRefusal();
 }
 
 void ProjectMetadataWindow::userCellChanged(int row, int column) {
@@ -162,6 +188,7 @@ void ProjectMetadataWindow::userCellChanged(int row, int column) {
     const std::string text = m_propertiesTable->item(row, column)->text().toStdString();
     if (column == 1) {
         m_userDefinedProperties[key] = text;
+        refreshRefusal();
         return;
     }
     if (text == key) {
@@ -178,6 +205,7 @@ void ProjectMetadataWindow::userCellChanged(int row, int column) {
     node.key() = text;
     m_userDefinedProperties.insert(std::move(node));
     key = text;
+    refreshRefusal();
 }
 
 void ProjectMetadataWindow::newProperty() {
@@ -194,6 +222,9 @@ void ProjectMetadataWindow::newProperty() {
 }
 
 void ProjectMetadataWindow::doneButtonPressed() {
+    if (!m_doneButton->isEnabled()) {
+        return;
+    }
     if (!m_baseChanged.empty()) {
         std::string text = "You edited some base properties of the project:\n";
         for (const std::string& name : m_baseChanged) {

@@ -34,11 +34,15 @@ private:
     void basePropertyChanged(const std::string& name, const std::string& value);
     void userCellChanged(int row, int column);
     void fillTable();
+    // Done stays off, with the reason shown, while a value could not be read back from its file.
+    void refreshRefusal();
 
     project::SharedStuff& m_sharedstuff;
     base::UserInteraction& m_interaction;
     QLabel* m_labelName = nullptr;
     QTableWidget* m_propertiesTable = nullptr;
+    QLabel* m_refusalLabel = nullptr;
+    QPushButton* m_doneButton = nullptr;
     std::map<std::string, std::string> m_baseProperties;
     std::vector<std::string> m_basePropertiesKeys;
     std::map<std::string, std::string> m_userDefinedProperties;

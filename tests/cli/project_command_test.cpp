@@ -185,7 +185,8 @@ TEST_F(ProjectCommandTest, ImportFailuresExitOneAndKeepTheProject) {
 TEST_F(ProjectCommandTest, AQuestionStopsWithStatusTwoUnlessAnswered) {
     // An earlier layout on disk makes the open ask before it changes anything.
     fs::create_directories(m_dir / "Old" / "bins");
-    std::ofstream(m_dir / "Old" / "tarelproject") << "Old\nfps\t25\n";
+    std::ofstream(m_dir / "Old" / "tarelproject")
+        << "Old\nfps\t25\ntlResolution\t1080\nsound\t48khz\nbaselayout\tName\n";
     auto before = snapshot(m_dir / "Old");
 
     auto asked = run({"project", "save", temp("Old")});
@@ -205,6 +206,22 @@ TEST_F(ProjectCommandTest, AQuestionStopsWithStatusTwoUnlessAnswered) {
     EXPECT_FALSE(fs::exists(m_dir / "Old" / "bins"));
     EXPECT_TRUE(fs::is_directory(m_dir / "Old" / "_bins_"));
     EXPECT_NE(readAll(m_dir / "Old" / "tarelproject").find("\nfps\t25\n"), std::string::npos);
+}
+
+TEST_F(ProjectCommandTest, AValueThatCannotBeReadBackAndADamagedProjectFileAreRefused) {
+    auto quoted = run({"project", "create", temp("Q"), "--tape", "A\"B"});
+    EXPECT_EQ(quoted.exitCode, 2);
+    EXPECT_TRUE(quoted.err.find("the tape id holds a double quote") != std::string::npos) << quoted.err;
+    EXPECT_FALSE(fs::exists(m_dir / "Q"));
+
+    std::string project = create("P", {"--columns", "Name"});
+    std::string text = readAll(fs::path(project) / "tarelproject");
+    std::ofstream(fs::path(project) / "tarelproject", std::ios::trunc) << text.substr(0, 9);
+    auto damaged = run({"project", "info", project});
+    EXPECT_EQ(damaged.exitCode, 1);
+    EXPECT_EQ(std::count(damaged.err.begin(), damaged.err.end(), '\n'), 1) << damaged.err;
+    EXPECT_TRUE(damaged.err.find("is damaged") != std::string::npos) << damaged.err;
+    EXPECT_EQ(readAll(fs::path(project) / "tarelproject"), text.substr(0, 9));
 }
 
 TEST_F(ProjectCommandTest, CopyZipAndBackup) {

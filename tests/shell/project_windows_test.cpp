@@ -178,7 +178,17 @@ private slots:
         fps->setCurrentText(QStringLiteral("25"));
         QTest::mouseClick(window->findChild<QCheckBox*>(QStringLiteral("filmCheckbox")), Qt::LeftButton);
         window->findChild<QComboBox*>(QStringLiteral("filmButton"))->setCurrentText(QStringLiteral("16mm"));
-        QTest::keyClicks(window->findChild<QLineEdit*>(QStringLiteral("tapeidText")), QStringLiteral("T42"));
+        // A tape id that the bins' files could not read back keeps Create off and says why.
+        auto* tape = window->findChild<QLineEdit*>(QStringLiteral("tapeidText"));
+        auto* warning = window->findChild<QLabel*>(QStringLiteral("warningsLabel"));
+        QTest::keyClicks(tape, QStringLiteral("T\"42"));
+        QVERIFY(!create->isEnabled());
+        QVERIFY(warning->isVisible());
+        QVERIFY(warning->text().contains(QStringLiteral("the tape id holds a double quote")));
+        tape->clear();
+        QTest::keyClicks(tape, QStringLiteral("T42"));
+        QVERIFY(create->isEnabled());
+        QVERIFY(!warning->isVisible());
         name->clear();
         QTest::keyClicks(name, QStringLiteral("My Film"));
         QTest::mouseClick(create, Qt::LeftButton);
@@ -364,9 +374,17 @@ private slots:
             fps->setFocus();
             QTest::keyClick(fps, Qt::Key_Down);
             QCOMPARE(fps->currentText(), QStringLiteral("29.96"));
-            QTest::keyClicks(window.findChild<QLineEdit*>(QStringLiteral("Tape")), QStringLiteral("X1"));
-            QCOMPARE(window.baseChanged(), (std::vector<std::string>{"FPS", "Tape"}));
             auto* done = window.findChild<QPushButton*>(QStringLiteral("doneButton"));
+            auto* tape = window.findChild<QLineEdit*>(QStringLiteral("Tape"));
+            QTest::keyClicks(tape, QStringLiteral("X\"1"));
+            QVERIFY(!done->isEnabled());
+            QVERIFY(window.findChild<QLabel*>(QStringLiteral("refusalLabel"))
+                        ->text()
+                        .contains(QStringLiteral("the value of Tape holds a double quote")));
+            tape->clear();
+            QTest::keyClicks(tape, QStringLiteral("X1"));
+            QVERIFY(done->isEnabled());
+            QCOMPARE(window.baseChanged(), (std::vector<std::string>{"FPS", "Tape"}));
             QTest::mouseClick(done, Qt::LeftButton);
             QVERIFY(window.isVisible());
             QTest::mouseClick(done, Qt::LeftButton);
@@ -443,7 +461,8 @@ private:
 
     void openHandMadeProject() {
         const QString project = m_projects->path() + QStringLiteral("/Film");
-        writeText(project + QStringLiteral("/tarelproject"), "Film\nfps\t25\n");
+        writeText(project + QStringLiteral("/tarelproject"),
+                  "Film\nfps\t25\ntlResolution\t1080\nsound\t48khz\nbaselayout\tName\n");
         const QString bins = project + QStringLiteral("/_bins_");
         writeBin(bins, "Day one", kBinUuid, {"c1"});
         const QString group = bins + QStringLiteral("/Dailies - ") + QString::fromLatin1(kGroupUuid);

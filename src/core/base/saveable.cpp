@@ -104,7 +104,7 @@ bool Saveable::writeDetails(const std::string& folder, Notifications* notificati
     return true;
 }
 
-bool Saveable::save(const std::string& folder, bool isCopy, Notifications* notifications) {
+bool Saveable::createFolder(const std::string& folder, Notifications* notifications) {
     std::error_code ec;
     fs::create_directories(folder, ec);
     if (ec || !fs::is_directory(folder, ec)) {
@@ -114,6 +114,12 @@ bool Saveable::save(const std::string& folder, bool isCopy, Notifications* notif
                                         NotificationType::KO);
         return false;
     }
+    return true;
+}
+
+bool Saveable::save(const std::string& folder, bool isCopy, Notifications* notifications) {
+    if (!createFolder(folder, notifications))
+        return false;
     bool same = readDetailsLine(folder, 1) == uuid() &&
                 readDetailsLine(folder, 3) == formatDecimal(modified) &&
                 readDetailsLine(folder, 4) == tagName(tag);

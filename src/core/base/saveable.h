@@ -45,6 +45,8 @@ public:
     virtual bool writeDetails(const std::string& folder, Notifications* notifications);
     // Creates the folder and writes the details unless they already say the same.
     virtual bool save(const std::string& folder, bool isCopy, Notifications* notifications);
+    // Creates the folder with its parents; false with a "Folder creation error" notification.
+    static bool createFolder(const std::string& folder, Notifications* notifications);
     // Reads the details; a folder without them gets a new uuid written at once. Never fails.
     virtual bool load(const std::string& folder, Notifications* notifications);
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
@@ -18,9 +19,13 @@ namespace lumbra::base {
 
 namespace {
 
-std::function<bool(const std::string&)>& failureHook() {
-    static std::function<bool(const std::string&)> hook;
+std::function<bool(const std::string&, WriteStep)>& faultHook() {
+    static std::function<bool(const std::string&, WriteStep)> hook;
     return hook;
+}
+
+bool injectedFault(const std::string& path, WriteStep step) {
+    return faultHook() && faultHook()(path, step);
 }
 
 struct ConverterClose {
@@ -172,27 +177,29 @@ bool writeFileAtomically(const std::string& path, std::string_view content) {
     fs::path target(path);
     fs::path folder = target.parent_path().empty() ? fs::path(".") : target.parent_path();
     static std::mt19937_64 random{std::random_device{}()};
-    fs::path temp = folder / ("." + target.filename().string() + ".tmp" + std::to_string(random() % 1000000));
+    // The size in the name lets the next open tell a complete file that a kill kept from its rename.
+    fs::path temp = folder / ("." + target.filename().string() + ".tmp" + std::to_string(random() % 1000000) +
+                              "." + std::to_string(content.size()));
     int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     if (fd < 0)
         return false;
-    bool failHalfway = failureHook() && failureHook()(path);
-    std::size_t toWrite = failHalfway ? content.size() / 2 : content.size();
-    std::size_t written = 0;
-    bool ok = true;
-    while (written < toWrite) {
-        ssize_t n = ::write(fd, content.data() + written, toWrite - written);
-        if (n < 0) {
-            if (errno == EINTR)
+    auto writeAll = [fd](std::string_view part) {
+        for (std::size_t written = 0; written < part.size();) {
+            ssize_t n = ::write(fd, part.data() + written, part.size() - written);
+            if (n < 0 && errno == EINTR)
                 continue;
-            ok = false;
-            break;
+            if (n < 0)
+                return false;
+            written += static_cast<std::size_t>(n);
         }
-        written += static_cast<std::size_t>(n);
-    }
-    ok = ok && !failHalfway && ::fsync(fd) == 0;
+        return true;
+    };
+    const std::size_t half = content.size() / 2;
+    bool ok = writeAll(content.substr(0, half)) && !injectedFault(path, WriteStep::write) &&
+              writeAll(content.substr(half)) && ::fsync(fd) == 0;
     ok = (::close(fd) == 0) && ok;
     std::error_code ec;
+    ok = ok && !injectedFault(path, WriteStep::rename);
     if (ok) {
         fs::rename(temp, target, ec);
         ok = !ec;
@@ -202,8 +209,42 @@ bool writeFileAtomically(const std::string& path, std::string_view content) {
     return ok;
 }
 
+std::optional<TemporaryFileName> parseTemporaryFileName(std::string_view name) {
+    auto digits = [](std::string_view text) {
+        return !text.empty() &&
+               std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+    };
+    const std::size_t tmp = name.rfind(".tmp");
+    if (name.size() < 2 || name.front() != '.' || tmp == std::string_view::npos || tmp <= 1)
+        return std::nullopt;
+    std::string_view number = name.substr(tmp + 4);
+    std::optional<std::uintmax_t> size;
+    if (const std::size_t dot = number.find('.'); dot != std::string_view::npos) {
+        std::string_view bytes = number.substr(dot + 1);
+        std::uintmax_t value = 0;
+        auto [end, ec] = std::from_chars(bytes.data(), bytes.data() + bytes.size(), value);
+        if (!digits(bytes) || ec != std::errc() || end != bytes.data() + bytes.size())
+            return std::nullopt;
+        size = value;
+        number = number.substr(0, dot);
+    }
+    if (!digits(number))
+        return std::nullopt;
+    return TemporaryFileName{std::string(name.substr(1, tmp - 1)), size};
+}
+
+void setWriteFaultHook(std::function<bool(const std::string& path, WriteStep step)> hook) {
+    faultHook() = std::move(hook);
+}
+
 void setWriteFailureHook(std::function<bool(const std::string& path)> hook) {
-    failureHook() = std::move(hook);
+    if (!hook) {
+        faultHook() = {};
+        return;
+    }
+    faultHook() = [hook = std::move(hook)](const std::string& path, WriteStep step) {
+        return step == WriteStep::write && hook(path);
+    };
 }
 
 } // namespace lumbra::base

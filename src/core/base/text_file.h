@@ -2,6 +2,7 @@
 
 #include "base/notification.h"
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -27,12 +28,32 @@ void collapseCrLf(std::string& text);
 // The file's bytes; absent when it cannot be read.
 [[nodiscard]] std::optional<std::string> readFileBytes(const std::string& path);
 
-// Writes a file whole or not at all: a temporary file in the same folder, flushed, then renamed
-// over the old one. A failed write leaves the previous file as it was.
+// Writes a file whole or not at all: a temporary file `.<name>.tmp<number>.<size>` in the same
+// folder, flushed, then renamed over the old one. A failed write leaves the previous file as it
+// was and removes its temporary file; only a killed process leaves one behind.
 [[nodiscard]] bool writeFileAtomically(const std::string& path, std::string_view content);
 
-// Lets tests make the next writes fail part-way: the hook sees each path and answers whether
-// to fail. Cleared by passing an empty function.
+// What a temporary file of writeFileAtomically says of itself by its name.
+struct TemporaryFileName {
+    // The name of the file it was to replace.
+    std::string target;
+    // The size of the whole content, absent for the earlier names without it.
+    std::optional<std::uintmax_t> size;
+};
+// Absent when the name is not one of the writer's temporary files.
+[[nodiscard]] std::optional<TemporaryFileName> parseTemporaryFileName(std::string_view filename);
+
+// The points of a write at which tests inject a fault.
+enum class WriteStep {
+    // Half of the content is in the temporary file.
+    write,
+    // The whole content is in the temporary file, before it replaces the target.
+    rename,
+};
+// Lets tests make writes fail: the hook sees each path at each step and answers whether to fail
+// there (or ends the process there, to leave what a kill leaves). Cleared by an empty function.
+void setWriteFaultHook(std::function<bool(const std::string& path, WriteStep step)> hook);
+// The same for the first step only: the write stops half-way.
 void setWriteFailureHook(std::function<bool(const std::string& path)> hook);
 
 } // namespace lumbra::base

@@ -39,6 +39,54 @@ std::optional<std::vector<fs::path>> sortedListing(const std::string& folder) {
     return names;
 }
 
+// The files a bin folder holds for its bin, and the others that a load passes over.
+struct BinFiles {
+    std::optional<std::string> ale;
+    std::optional<std::string> bin;
+    std::optional<std::string> smartbin;
+    std::vector<std::string> ignored;
+};
+
+// A bin reads the files named after it (its folder's name less " - <uuid>"), so that a stray
+// file beside them never replaces them. A folder renamed by hand still loads its only file of each kind.
+BinFiles binFilesIn(const std::vector<fs::path>& listing, const std::string& stem) {
+    struct Kind {
+        std::string_view suffix;
+        std::optional<std::string> BinFiles::*file;
+    };
+    constexpr Kind kinds[] = {
+        {".ale", &BinFiles::ale}, {".smartbin", &BinFiles::smartbin}, {".bin", &BinFiles::bin}};
+    BinFiles out;
+    for (const Kind& kind : kinds) {
+        std::vector<const fs::path*> readable;
+        for (const auto& entry : listing) {
+            std::string lower = base::lowercased(entry.filename().string());
+            if (!endsWith(lower, kind.suffix) || (kind.suffix == ".bin" && endsWith(lower, ".smartbin")))
+                continue;
+            std::error_code ec;
+            // A symbolic link that leads nowhere (or round in a loop) is no file to read.
+            if (fs::exists(entry, ec))
+                readable.push_back(&entry);
+            else
+                out.ignored.push_back(entry.filename().string());
+        }
+        const fs::path* chosen = nullptr;
+        for (const fs::path* entry : readable) {
+            if (entry->filename().string() == stem + std::string(kind.suffix))
+                chosen = entry;
+        }
+        if (!chosen && readable.size() == 1)
+            chosen = readable.front();
+        for (const fs::path* entry : readable) {
+            if (entry != chosen)
+                out.ignored.push_back(entry->filename().string());
+        }
+        if (chosen)
+            out.*kind.file = chosen->string();
+    }
+    return out;
+}
+
 } // namespace
 
 SmartTableLink* smartLink(const Bin& bin) {
@@ -164,28 +212,24 @@ std::string Bin::fileStem() const {
 bool Bin::save(const std::string& folder, bool isCopy, Notifications* notifications) {
     printLine("saving bin " + displayName());
     const std::string name = fileStem();
-    bool wasChanged = hasChanged;
-    if (!base::Saveable::save(folder, isCopy, notifications))
+    // The table goes first and the details last: a save cut short leaves a folder that the next open
+    // knows as a broken bin (or a whole one), never one that looks like an empty group.
+    if (!createFolder(folder, notifications))
         return false;
-    // A file that fails leaves the bin marked, so that the next save tries again.
-    auto failed = [&] {
-        hasChanged = hasChanged || wasChanged;
-        return false;
-    };
     std::string path = (fs::path(folder) / name).string();
     if (smartLink(*this)) {
         // The smart bin's rows are other bins' rows: only its rule and settings are written.
-        return writeSmartbinFile(folder, nullptr) || failed();
+        return writeSmartbinFile(folder, nullptr) && base::Saveable::save(folder, isCopy, notifications);
     }
-    if (!writeBinFile(folder, notifications))
-        return failed();
     // A bin whose table never loaded writes no table over a file that may still hold one.
-    if (m_table && !m_table->saveALE(path + ".ale", {}, true, false)) {
+    if (m_table && !m_table->saveALE(path + ".ale", {}, true, false, nullptr, true)) {
         printLine("ERROR while saving file " + path);
         if (notifications)
             notifications->emplace_back("Error saving", "Error writing to " + path, NotificationType::KO);
-        return failed();
+        return false;
     }
+    if (!writeBinFile(folder, notifications) || !base::Saveable::save(folder, isCopy, notifications))
+        return false;
     // Files under an older name would compete with these at the next load: they go.
     if (auto listing = sortedListing(folder)) {
         for (const auto& entry : *listing) {
@@ -210,18 +254,23 @@ bool Bin::load(const std::string& folder, Notifications* notifications) {
         loadingError(folder, notifications);
         return false;
     }
-    std::optional<std::string> aleFile;
-    std::optional<std::string> binFile;
-    std::optional<std::string> smartbinFile;
-    for (const auto& entry : *listing) {
-        std::string lower = base::lowercased(entry.filename().string());
-        if (endsWith(lower, ".ale"))
-            aleFile = entry.string();
-        else if (endsWith(lower, ".smartbin"))
-            smartbinFile = entry.string();
-        else if (endsWith(lower, ".bin"))
-            binFile = entry.string();
+    std::string stem = fs::path(folder).filename().string();
+    if (const std::string suffix = " - " + uuid(); endsWith(stem, suffix))
+        stem.resize(stem.size() - suffix.size());
+    BinFiles files = binFilesIn(*listing, stem);
+    if (!files.ignored.empty()) {
+        std::string names;
+        for (const auto& name : files.ignored)
+            names += (names.empty() ? "" : ", ") + name;
+        printLine("Warning: files ignored in " + folder + ": " + names);
+        if (notifications)
+            notifications->emplace_back(
+                "Files ignored", "The bin in " + folder + " reads only its own files and ignores " + names,
+                NotificationType::WARNING);
     }
+    const std::optional<std::string>& aleFile = files.ale;
+    const std::optional<std::string>& binFile = files.bin;
+    const std::optional<std::string>& smartbinFile = files.smartbin;
     if (!aleFile && !smartbinFile) {
         printLine("ERROR: no .ale or .smartbin file in " + folder);
         if (notifications)

@@ -1,5 +1,7 @@
 #include "project/bins_tree_loader.h"
 
+#include "base/console.h"
+#include "base/text_file.h"
 #include "base/text_helpers.h"
 
 #include <algorithm>
@@ -40,6 +42,43 @@ std::vector<std::string> subfolders(const std::string& folder) {
     return out;
 }
 
+bool endsWith(std::string_view text, std::string_view suffix) {
+    return text.size() >= suffix.size() && text.substr(text.size() - suffix.size()) == suffix;
+}
+
+// A folder that a bin's save began and did not finish: it holds the bin's .bin file or part of its
+// table, but no table. Shown as a group it would look like an empty group named after the bin.
+bool isBrokenBinFolder(const std::string& url) {
+    std::error_code ec;
+    fs::directory_iterator it(url, ec);
+    if (ec)
+        return false;
+    for (const auto& entry : it) {
+        std::string name = entry.path().filename().string();
+        std::string lower = base::lowercased(name);
+        if (endsWith(lower, ".bin") && !endsWith(lower, ".smartbin"))
+            return true;
+        auto temp = base::parseTemporaryFileName(name);
+        if (temp && endsWith(base::lowercased(temp->target), ".ale"))
+            return true;
+    }
+    return false;
+}
+
+// The uuid that a folder's name carries, for a folder whose details a kill kept from being written.
+std::optional<std::string> uuidOfName(const std::string& folder) {
+    std::string last = fs::path(folder).filename().string();
+    auto cut = last.rfind(" - ");
+    if (cut == std::string::npos || !looksLikeUuid(std::string_view(last).substr(cut + 3)))
+        return std::nullopt;
+    return last.substr(cut + 3);
+}
+
+void appendLoaded(BinsTreeEntry& parent, TreeNode node) {
+    if (node)
+        parent.children.push_back(std::move(node));
+}
+
 } // namespace
 
 std::string nameOfFolder(const std::string& folder) {
@@ -78,9 +117,25 @@ bool BinsTreeLoader::isBinFolder(const std::string& url) {
 TreeNode BinsTreeLoader::loadEntry(const std::string& url, BinsHost* sharedstuff,
                                    Notifications* notifications) {
     std::string name = nameOfFolder(url);
+    const bool binFolder = isBinFolder(url);
+    if (!binFolder && isBrokenBinFolder(url)) {
+        base::printLine("ERROR: broken bin in " + url + ": its table was never written");
+        if (notifications)
+            notifications->emplace_back("Broken bin",
+                                        "The bin " + name + " in " + url +
+                                            " has no table: a save was interrupted before it was written. "
+                                            "The folder is left as it is and not loaded.",
+                                        base::NotificationType::KO);
+        return nullptr;
+    }
     auto node = std::make_shared<BinsTreeEntry>(name, nullptr, std::vector<TreeNode>{}, sharedstuff);
-    if (isBinFolder(url)) {
+    // A folder whose details were never written keeps the identity its name gives.
+    const std::optional<std::string> namedUuid =
+        base::readDetailsLine(url, 1) ? std::nullopt : uuidOfName(url);
+    if (binFolder) {
         auto bin = std::make_shared<Bin>(sharedstuff);
+        if (namedUuid)
+            bin->setUuid(*namedUuid);
         bin->load(url, notifications);
         node->load(url, notifications);
         bin->setDisplayName(name);
@@ -92,9 +147,11 @@ TreeNode BinsTreeLoader::loadEntry(const std::string& url, BinsHost* sharedstuff
         node->rebuildArray();
         return node;
     }
+    if (namedUuid)
+        node->setUuid(*namedUuid);
     node->load(url, notifications);
     for (const auto& folder : subfolders(url))
-        node->children.push_back(loadEntry(folder, sharedstuff, notifications));
+        appendLoaded(*node, loadEntry(folder, sharedstuff, notifications));
     node->rebuildArray();
     return node;
 }
@@ -106,7 +163,7 @@ TreeNode BinsTreeLoader::load(BinsHost* sharedstuff, const std::optional<std::st
     // The base folder is the tree's, not a node's: its name is no group name.
     root->Saveable::load(base, notifications);
     for (const auto& folder : subfolders(base))
-        root->children.push_back(loadEntry(folder, sharedstuff, notifications));
+        appendLoaded(*root, loadEntry(folder, sharedstuff, notifications));
     root->rebuildArray();
     for (Bin* bin : root->toarray) {
         if (!bin->selected())

@@ -20,6 +20,7 @@ public:
     virtual TreeNode load(BinsHost* sharedstuff, const std::optional<std::string>& url,
                           base::Notifications* notifications);
     // One node and, for a group, its subtree.
+    // Null for a broken bin (a folder with the bin's files but no table), which is reported instead.
     TreeNode loadEntry(const std::string& url, BinsHost* sharedstuff, base::Notifications* notifications);
     // Whether the folder holds an .ale or .smartbin file.
     [[nodiscard]] static bool isBinFolder(const std::string& url);

@@ -53,9 +53,18 @@ std::optional<std::string> BinsTreeSaver::folderOf(BinsTreeEntry& entry,
     return folder;
 }
 
+bool BinsTreeSaver::leftUnwritten(BinsTreeEntry& entry) {
+    for (BinsTreeEntry* node : entry.flatten()) {
+        if (node != &m_root)
+            m_unwritten.push_back(node->name());
+    }
+    return false;
+}
+
 bool BinsTreeSaver::saveItem(BinsTreeEntry& entry, Notifications* notifications) {
     m_folders.reset();
     m_wrote = false;
+    m_unwritten.clear();
     auto path = folderOf(entry);
     if (!path)
         return outsideTree(entry, notifications);
@@ -74,21 +83,22 @@ bool BinsTreeSaver::saveAt(BinsTreeEntry& entry, const std::string& path, Notifi
             printLine("ERROR " + what);
             if (notifications)
                 notifications->emplace_back("Moving error", "Error " + what, NotificationType::KO);
-            return false;
+            // Written at the new place, the subtree would stand twice on disk.
+            return leftUnwritten(entry);
         }
         movedFolder(*place, path);
         m_wrote = true;
     }
     if (!place || entry.identity().hasChanged) {
+        // A group that has no folder cannot hold its children's.
         if (!entry.save(path, false, notifications))
-            return false;
+            return leftUnwritten(entry);
         m_wrote = true;
     }
-    for (const auto& child : entry.children) {
-        if (!saveAt(*child, join(path, component(*child)), notifications))
-            return false;
-    }
-    return true;
+    bool all = true;
+    for (const auto& child : entry.children)
+        all = saveAt(*child, join(path, component(*child)), notifications) && all;
+    return all;
 }
 
 std::optional<std::string> BinsTreeSaver::currentFolder(BinsTreeEntry& entry, const std::string& path) {
@@ -143,18 +153,18 @@ bool BinsTreeSaver::removeEntries(const std::vector<TreeNode>& entries, Notifica
 }
 
 bool BinsTreeSaver::saveAll(const std::string& base, BinsTreeEntry& entry, Notifications* notifications) {
+    m_unwritten.clear();
     auto path = folderOf(entry, base);
     if (!path)
         return outsideTree(entry, notifications);
     auto copyAt = [&](auto& self, BinsTreeEntry& node, const std::string& folder) -> bool {
         printLine("saving " + folder);
         if (!node.save(folder, true, notifications))
-            return false;
-        for (const auto& child : node.children) {
-            if (!self(self, *child, join(folder, component(*child))))
-                return false;
-        }
-        return true;
+            return leftUnwritten(node);
+        bool all = true;
+        for (const auto& child : node.children)
+            all = self(self, *child, join(folder, component(*child))) && all;
+        return all;
     };
     return copyAt(copyAt, entry, *path);
 }

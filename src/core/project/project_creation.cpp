@@ -1,6 +1,7 @@
 #include "project/project_creation.h"
 
 #include "project/project_catalogue.h"
+#include "project/setting_values.h"
 #include "project/shared_stuff.h"
 #include "tables/ale_table.h"
 #include "tables/columns_layout.h"
@@ -50,6 +51,8 @@ NewProjectCheck checkNewProject(const std::string& parentFolder, const NewProjec
         return {NewProjectRefusal::folderExists, "a folder " + settings.name + " already exists"};
     if (project::hasForbiddenProjectCharacter(settings.name))
         return {NewProjectRefusal::forbiddenCharacters, "the project name contains forbidden characters"};
+    if (auto reason = unreadableSettingReason(settings))
+        return {NewProjectRefusal::unreadableValue, *reason};
     return {};
 }
 

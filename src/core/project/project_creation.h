@@ -25,7 +25,15 @@ struct NewProjectSettings {
 };
 
 // Why a new project was refused; the window stays silent on the first two.
-enum class NewProjectRefusal { none, repeatedColumn, emptyName, folderExists, forbiddenCharacters };
+enum class NewProjectRefusal {
+    none,
+    repeatedColumn,
+    emptyName,
+    folderExists,
+    forbiddenCharacters,
+    // A setting or column name that its files could not read back (unreadableSettingReason).
+    unreadableValue
+};
 
 struct NewProjectCheck {
     NewProjectRefusal refusal = NewProjectRefusal::none;

@@ -308,6 +308,17 @@ ProjectFileNotes readProjectFileText(std::string_view text, SharedStuff& s) {
             continue;
         readLine(tokens, found->second, s, notes);
     }
+    // A file cut short (a disk that filled, a copy that stopped) lacks its later lines: saving what
+    // was read would replace the settings it lost with empty ones.
+    for (const char* key : {"fps", "tlResolution", "sound", "baselayout"}) {
+        bool found = false;
+        for (std::size_t i = 1; i < lines.size() && !found; ++i)
+            found = lines[i] == key || lines[i].starts_with(std::string(key) + "\t");
+        if (!found)
+            notes.damage.push_back(std::string("no ") + key + " line");
+    }
+    if (!plain.empty() && plain.back() != '\n')
+        notes.damage.push_back("a cut last line");
     // The project starts with standing layouts already, so "absent" means no line of the file set them.
     tables::ProjectLayouts& layouts = s.projectLayouts;
     if (!notes.hadBaseLayout)

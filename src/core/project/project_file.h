@@ -24,6 +24,9 @@ struct ProjectFileNotes {
     // A "baselayout" or "projectlayout" line set that layout.
     bool hadBaseLayout = false;
     bool hadProjectLayout = false;
+    // The keys that every project file holds and this one lacks; with a cut last line the file
+    // counts as damaged too ("a cut last line"). Empty for a whole file.
+    std::vector<std::string> damage;
     // The "treeentry", "treecreated", "treemodified", "treedisplayname" lines, split by tab, key first, in
     // order.
     std::vector<std::vector<std::string>> treeLines;
@@ -37,7 +40,8 @@ struct ProjectFileNotes {
 [[nodiscard]] bool writeProjectFile(const SharedStuff& sharedstuff, const std::string& path);
 
 // Reads the settings into the project. The first line is skipped: the name comes from the
-// folder. Unknown keys are ignored; bad values give their fallbacks. Never fails.
+// folder. Unknown keys are ignored; bad values give their fallbacks. Never fails; a file cut short
+// is noted in `damage`, and its opener must not save over it.
 ProjectFileNotes readProjectFileText(std::string_view text, SharedStuff& sharedstuff);
 // The same from a file; absent (nothing changed, a message) when the file cannot be read.
 std::optional<ProjectFileNotes> readProjectFile(const std::string& path, SharedStuff& sharedstuff,

@@ -5,6 +5,7 @@
 #include "base/text_helpers.h"
 #include "project/bins_tree_loader.h"
 #include "project/db_saver.h"
+#include "project/interrupted_writes.h"
 #include "project/legacy_readers.h"
 #include "project/project_file.h"
 #include "project/project_saver.h"
@@ -49,6 +50,12 @@ public:
     void migrated(std::string path) { m_remove.push_back(std::move(path)); }
     // A folder whose reading printed a failure stays, so that what could not be taken is not lost.
     void keep(std::string path) { m_keep.push_back(std::move(path)); }
+
+    // Whether the open is updating a project in the earlier layout.
+    [[nodiscard]] bool updating(const fs::path& project) const {
+        return !m_remove.empty() || exists((project / "bins").string()) ||
+               exists((project / "smartbins").string());
+    }
 
     void removeAll(const fs::path& project) {
         m_remove.push_back((project / "bins").string());
@@ -225,7 +232,7 @@ bool ProjectLoader::loadJobs(const std::string& path, Notifications*) {
     return listable(path);
 }
 
-OpenResult openProject(SharedStuff& sharedstuff, const OpenHooks& hooks) {
+OpenResult openProject(SharedStuff& sharedstuff, const OpenHooks& hooks, std::string* reason) {
     auto projectPath = sharedstuff.projectPath();
     if (!projectPath) {
         printLine("ERROR while opening " + sharedstuff.projectName.value_or(std::string()));
@@ -251,11 +258,25 @@ OpenResult openProject(SharedStuff& sharedstuff, const OpenHooks& hooks) {
             return OpenResult::cancelled;
     }
 
+    // Files that a killed save kept from their place take it; its leftovers go.
+    finishInterruptedWrites(project.string(), buffered);
+
     // 2. The settings.
     auto notes = readProjectFile(path(projectFileName), sharedstuff, buffered);
     if (!notes) {
         printLine("ERROR while opening " + path(projectFileName));
         return OpenResult::unreadableProject;
+    }
+    if (!notes->damage.empty()) {
+        std::string what;
+        for (const auto& part : notes->damage)
+            what += (what.empty() ? "" : ", ") + part;
+        const std::string text = "the project file " + path(projectFileName) + " is damaged (" + what +
+                                 "); it was left as it is and the project was not opened";
+        printLine("ERROR: " + text);
+        if (reason)
+            *reason = text;
+        return OpenResult::damagedProject;
     }
 
     // 3. Bins.
@@ -327,8 +348,15 @@ OpenResult openProject(SharedStuff& sharedstuff, const OpenHooks& hooks) {
     sharedstuff.rebuildTagTrees();
     if (sharedstuff.mainWindow)
         sharedstuff.mainWindow->reloadBinsLists();
-    legacy.removeAll(project);
     sharedstuff.flushBufferedNotifications();
+    // The earlier folders go only once every new file is written and read back.
+    if (legacy.updating(project)) {
+        if (!sharedstuff.saver().saveMigrated(reason))
+            return OpenResult::migrationFailed;
+        legacy.removeAll(project);
+        return OpenResult::opened;
+    }
+    legacy.removeAll(project);
     return sharedstuff.save() ? OpenResult::opened : OpenResult::notSaved;
 }
 

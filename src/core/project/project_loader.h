@@ -45,6 +45,11 @@ enum class OpenResult {
     binsFailed,
     // The project is loaded, but the save that ends the opening failed (a read-only folder, a full disk).
     notSaved,
+    // The project file lacks lines every project file has: it was left as it is, nothing loaded.
+    damagedProject,
+    // Updating the earlier layout failed to write or read back a file: the earlier folders and the
+    // project file stay as they were, what the update wrote is gone, the open stopped.
+    migrationFailed,
 };
 
 // What the opening asks of the application's windows; the shell fills it, tests may leave it empty.
@@ -59,6 +64,7 @@ struct OpenHooks {
 // their fixed order, the main window through the hooks, the bins that were open, and a closing save
 // that leaves a project in the earlier layout in the current one. The project's `interaction` asks
 // before an earlier layout is updated.
-OpenResult openProject(SharedStuff& sharedstuff, const OpenHooks& hooks = {});
+// A refused open says why in `reason`, one line, when given.
+OpenResult openProject(SharedStuff& sharedstuff, const OpenHooks& hooks = {}, std::string* reason = nullptr);
 
 } // namespace lumbra::project

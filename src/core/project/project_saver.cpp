@@ -7,6 +7,7 @@
 #include "project/project_archive.h"
 #include "project/project_file.h"
 #include "project/shared_stuff.h"
+#include "tables/ale_table.h"
 #include "tables/layouts_saver.h"
 
 #include <algorithm>
@@ -48,11 +49,11 @@ std::string newTemporaryFolder() {
 ProjectSaver::ProjectSaver(SharedStuff& sharedstuff) : sharedstuff(sharedstuff) {
 }
 
-bool SharedStuff::save() {
+SaveResult SharedStuff::save() {
     return m_saver->save();
 }
 
-bool SharedStuff::saveCopy(const std::string& url, std::string* resultPath) {
+SaveResult SharedStuff::saveCopy(const std::string& url, std::string* resultPath) {
     return m_saver->saveCopy(url, resultPath);
 }
 
@@ -80,12 +81,12 @@ void SharedStuff::backupTick() {
     backup();
 }
 
-bool ProjectSaver::saveAll(const std::optional<std::string>& path, bool isCopy) {
+SaveResult ProjectSaver::saveAll(const std::optional<std::string>& path, bool isCopy) {
     const std::optional<std::string> base = path ? path : sharedstuff.projectPath();
     if (!base) {
         sharedstuff.addLog("Cannot save: the project has no folder", true, "Save Failed",
                            NotificationType::KO);
-        return false;
+        return {false, {"the project"}};
     }
     // A copy keeps every layout's changed mark: the project's own folder has still to get it.
     auto layouts = [&](const std::string& url) {
@@ -101,34 +102,52 @@ bool ProjectSaver::saveAll(const std::optional<std::string>& path, bool isCopy) 
     };
     struct Step {
         const char* line;
+        // What the result names when the step fails as a whole.
+        const char* what;
         const char* folder;
         const char* failure;
         std::function<bool(const std::string&)> run;
     };
     const Step steps[] = {
-        {"-- saving bins", binsFolderName, "Error while saving bins",
+        {"-- saving bins", "bins", binsFolderName, "Error while saving bins",
          [&](const std::string& url) { return saveBins(url, isCopy); }},
-        {"-- saving smartbins", smartbinsFolderName, "Error while saving smartbins",
+        {"-- saving smartbins", "smart bins", smartbinsFolderName, "Error while saving smartbins",
          [&](const std::string& url) { return saveSmartbins(url, isCopy); }},
-        {"-- saving export presets", exportPresetsFolderName, "Error while saving export presets",
-         [&](const std::string& url) { return saveExportPresets(url); }},
-        {"-- saving report presets", reportPresetsFolderName, "Error while saving report presets",
-         [&](const std::string& url) { return saveReportPresets(url); }},
-        {"-- saving layout mapping presets", mapPresetsFolderName,
+        {"-- saving export presets", "export presets", exportPresetsFolderName,
+         "Error while saving export presets", [&](const std::string& url) { return saveExportPresets(url); }},
+        {"-- saving report presets", "report presets", reportPresetsFolderName,
+         "Error while saving report presets", [&](const std::string& url) { return saveReportPresets(url); }},
+        {"-- saving layout mapping presets", "layout mapping presets", mapPresetsFolderName,
          "Error while saving layout mapping presets",
          [&](const std::string& url) { return saveMapPresets(url); }},
-        {"-- saving dbs", dbFolderName, "Error while saving dbs",
+        {"-- saving dbs", "databases", dbFolderName, "Error while saving dbs",
          [&](const std::string& url) { return saveDbs(url, isCopy); }},
-        {"-- saving layouts", tables::layoutsFolderName.data(), "Error while saving layouts", layouts},
-        {"-- saving pivots", pivotFolderName, "Error while saving pivot tables",
+        {"-- saving layouts", "layouts", tables::layoutsFolderName.data(), "Error while saving layouts",
+         layouts},
+        {"-- saving pivots", "pivot tables", pivotFolderName, "Error while saving pivot tables",
          [&](const std::string& url) { return savePivots(url); }},
     };
+    // Each step runs whatever the others did: one object that cannot be written keeps no other back.
+    SaveResult result;
+    std::string failures;
     for (const Step& step : steps) {
         printLine(step.line);
-        if (!step.run(join(*base, step.folder))) {
-            sharedstuff.addLog(step.failure, true, "Save Failed", NotificationType::KO);
-            return false;
+        m_unwritten.clear();
+        if (step.run(join(*base, step.folder)))
+            continue;
+        result.saved = false;
+        if (m_unwritten.empty())
+            m_unwritten.push_back(step.what);
+        std::string names;
+        for (const auto& name : m_unwritten) {
+            names += (names.empty() ? "" : ", ") + name;
+            result.unwritten.push_back(name);
         }
+        failures += (failures.empty() ? "" : "; ") + std::string(step.failure) + ", not written: " + names;
+    }
+    if (!result.saved) {
+        sharedstuff.addLog(failures, true, "Save Failed", NotificationType::KO);
+        return result;
     }
     // A copy leaves the removals to the project's own next save, whose folders they concern.
     if (!isCopy) {
@@ -136,14 +155,15 @@ bool ProjectSaver::saveAll(const std::optional<std::string>& path, bool isCopy) 
         presetsToRemove.clear();
         dbsToRemove.clear();
     }
-    return true;
+    return result;
 }
 
 bool ProjectSaver::saveTree(BinsTreeEntry& root, const std::string& path, bool isCopy) {
     BinsTreeSaver saver(path, root);
-    if (isCopy)
-        return saver.saveAll(path, root, &sharedstuff.bufferedNotifications);
-    return saver.removeEntries(entriesToRemove, &sharedstuff.bufferedNotifications);
+    const bool ok = isCopy ? saver.saveAll(path, root, &sharedstuff.bufferedNotifications)
+                           : saver.removeEntries(entriesToRemove, &sharedstuff.bufferedNotifications);
+    m_unwritten = saver.unwritten();
+    return ok;
 }
 
 bool ProjectSaver::saveBins(const std::string& path, bool isCopy) {
@@ -205,13 +225,17 @@ bool ProjectSaver::writeProjectFiles(const std::string& folder) {
     return true;
 }
 
-bool ProjectSaver::save() {
+SaveResult ProjectSaver::save() {
     SharedStuff& s = sharedstuff;
     printLine("saving project " + s.projectName.value_or(""));
+    if (s.saveRefusal) {
+        logFailure(s, "ERROR: the project is not saved: " + *s.saveRefusal);
+        return {false, {"the project"}};
+    }
     std::optional<std::string> path = s.projectPath();
     if (!path) {
         logFailure(s, "No project path specified, cannot save");
-        return false;
+        return {false, {"the project"}};
     }
     std::error_code ec;
     if (!fs::exists(fs::path(*path).parent_path(), ec)) {
@@ -222,7 +246,7 @@ bool ProjectSaver::save() {
             {"Proceed", "Cancel"},
             false};
         if (!s.interaction || s.interaction->alert(request).button != 0)
-            return false;
+            return {false, {"the project"}};
         if (s.mainWindow)
             s.mainWindow->setFog(true);
         const base::FolderRequest folderRequest{
@@ -234,10 +258,10 @@ bool ProjectSaver::save() {
             if (s.mainWindow)
                 s.mainWindow->setFog(false);
             s.addLog("No new path specified, cannot save", false, "", NotificationType::KO);
-            return false;
+            return {false, {"the project"}};
         }
         std::string copyPath;
-        const bool copied = saveCopy(chosen->string(), &copyPath);
+        const bool copied = saveCopy(chosen->string(), &copyPath).saved;
         if (!copied) {
             s.addLog("Error while saving to " + copyPath, true, "Save Failed", NotificationType::KO);
         } else {
@@ -253,34 +277,118 @@ bool ProjectSaver::save() {
             s.mainWindow->setFog(false);
         // Without a copy there is no reachable place to go on saving to.
         if (!copied)
-            return false;
+            return {false, {"the project"}};
         path = s.projectPath();
     }
     fs::remove_all(join(*path, cacheFolderName), ec);
     if (!fs::is_directory(*path, ec) && !fs::create_directories(*path, ec)) {
         logFailure(s, "ERROR: couldn't create directory " + *path);
-        return false;
+        return {false, {"the project"}};
     }
     if (!writeProjectFiles(*path))
-        return false;
+        return {false, {"the project file"}};
     return saveAll(std::nullopt, false);
 }
 
-bool ProjectSaver::saveCopy(const std::string& url, std::string* resultPath) {
+namespace {
+
+// The entries of the project's folder and of each folder in it, as an update of the earlier layout
+// found them: whatever is not on this list afterwards was written by the update.
+std::vector<fs::path> shallowListing(const fs::path& project) {
+    std::vector<fs::path> out;
+    std::error_code ec;
+    for (auto it = fs::directory_iterator(project, ec); !ec && it != fs::directory_iterator();
+         it.increment(ec)) {
+        out.push_back(it->path());
+        std::error_code inner;
+        if (!it->is_directory(inner) || it->is_symlink(inner))
+            continue;
+        for (auto sub = fs::directory_iterator(it->path(), inner); !inner && sub != fs::directory_iterator();
+             sub.increment(inner))
+            out.push_back(sub->path());
+    }
+    std::sort(out.begin(), out.end());
+    return out;
+}
+
+void removeAllBut(const fs::path& project, const std::vector<fs::path>& kept) {
+    for (const fs::path& path : shallowListing(project)) {
+        if (std::binary_search(kept.begin(), kept.end(), path))
+            continue;
+        std::error_code ec;
+        fs::remove_all(path, ec);
+    }
+}
+
+} // namespace
+
+std::vector<std::string> ProjectSaver::binsNotReadBack(const std::string& path) {
+    std::vector<std::string> out;
+    const std::pair<BinsTreeEntry*, const char*> trees[] = {
+        {sharedstuff.bins.get(), binsFolderName}, {sharedstuff.smartbins.get(), smartbinsFolderName}};
+    for (const auto& [root, folder] : trees) {
+        BinsTreeSaver saver(join(path, folder), *root);
+        for (BinsTreeEntry* node : root->flatten()) {
+            const Bin* bin = node->bin.get();
+            const std::optional<std::string> place = saver.folderOf(*node);
+            std::error_code ec;
+            if (!place || !fs::is_directory(*place, ec)) {
+                out.push_back(node->name());
+                continue;
+            }
+            if (!bin || !bin->table() || !bin->table()->ownsRows())
+                continue;
+            tables::ALETable back(join(*place, bin->fileStem() + ".ale"));
+            if (!back.state || back.data.size() != bin->table()->data.size())
+                out.push_back(node->name());
+        }
+    }
+    return out;
+}
+
+bool ProjectSaver::saveMigrated(std::string* reason) {
+    const std::optional<std::string> path = sharedstuff.projectPath();
+    if (!path)
+        return false;
+    const std::vector<fs::path> before = shallowListing(*path);
+    SaveResult result = saveAll(std::nullopt, false);
+    if (result.saved)
+        result.unwritten = binsNotReadBack(*path);
+    std::string names;
+    for (const auto& name : result.unwritten)
+        names += (names.empty() ? "" : ", ") + name;
+    // The project file comes last: until it is written, the next open reads the earlier layout again.
+    if (names.empty() && writeProjectFiles(*path))
+        return true;
+    removeAllBut(*path, before);
+    std::string text = "updating the project to the current folder layout failed";
+    text += names.empty() ? " (the project file could not be written)" : " (not written: " + names + ")";
+    text += "; the project was left in its earlier layout";
+    sharedstuff.saveRefusal = text;
+    sharedstuff.addLog("ERROR: " + text, true, "Save Failed", NotificationType::KO);
+    if (reason)
+        *reason = text;
+    return false;
+}
+
+SaveResult ProjectSaver::saveCopy(const std::string& url, std::string* resultPath) {
     const std::string target = freePath(url, sharedstuff.projectName.value_or("lumbra_project"), "");
     if (resultPath)
         *resultPath = target;
     std::error_code ec;
     if (!fs::create_directories(target, ec)) {
         logFailure(sharedstuff, "ERROR: couldn't create directory " + target);
-        return false;
+        return {false, {"the project"}};
     }
     // Half a project in the destination would pass for a whole one: a failed copy is removed.
-    if (!writeProjectFiles(target) || !saveAll(target, true)) {
+    if (!writeProjectFiles(target)) {
         fs::remove_all(target, ec);
-        return false;
+        return {false, {"the project file"}};
     }
-    return true;
+    SaveResult result = saveAll(target, true);
+    if (!result.saved)
+        fs::remove_all(target, ec);
+    return result;
 }
 
 std::optional<std::string> ProjectSaver::temporaryCopy(std::string* copyPath) {

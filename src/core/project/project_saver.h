@@ -2,6 +2,7 @@
 
 #include "base/saveable.h"
 #include "project/bins_tree_entry.h"
+#include "project/save_result.h"
 
 #include <ctime>
 #include <memory>
@@ -32,9 +33,10 @@ class ProjectSaver {
 public:
     explicit ProjectSaver(SharedStuff& sharedstuff);
 
-    // Every saver in order into `path` (else the project's folder). The first failure ends the
-    // run with a logged "Save Failed" notification; the removal lists are emptied only on success.
-    bool saveAll(const std::optional<std::string>& path, bool isCopy);
+    // Every saver in order into `path` (else the project's folder). A step that fails does not stop
+    // the others; the result lists what was not written, and one logged "Save Failed" notification
+    // names it. The removal lists are emptied only on success.
+    SaveResult saveAll(const std::optional<std::string>& path, bool isCopy);
     // A copy writes every bin and ignores the removals; a save writes what changed, then removes.
     bool saveBins(const std::string& path, bool isCopy);
     bool saveSmartbins(const std::string& path, bool isCopy);
@@ -47,8 +49,12 @@ public:
     bool savePivots(const std::string& url);
 
     // The project's own operations; see SharedStuff.
-    bool save();
-    bool saveCopy(const std::string& url, std::string* resultPath);
+    SaveResult save();
+    SaveResult saveCopy(const std::string& url, std::string* resultPath);
+    // The closing save of an open that updates a project in the earlier layout: every object, each
+    // bin read back, and only then the project file. On failure what the update wrote goes, the
+    // project file stays as it was, `reason` says why, and later saves into the folder are refused.
+    bool saveMigrated(std::string* reason);
     bool saveCompressed(const std::string& url, std::string* resultPath);
     bool backup(std::string* resultPath);
     void pruneBackups();
@@ -62,6 +68,10 @@ public:
 private:
     bool writeProjectFiles(const std::string& folder);
     bool saveTree(BinsTreeEntry& root, const std::string& path, bool isCopy);
+    // The bins of the trees whose files do not read back as they are held; empty when all do.
+    std::vector<std::string> binsNotReadBack(const std::string& path);
+    // The names of the bins and groups the running save could not write.
+    std::vector<std::string> m_unwritten;
     std::optional<std::string> temporaryCopy(std::string* resultPath);
 };
 

@@ -5,6 +5,7 @@
 #include "base/user_interaction.h"
 #include "project/bins_host.h"
 #include "project/bins_tree_entry.h"
+#include "project/save_result.h"
 #include "tables/ale_entry.h"
 #include "tables/columns_layout.h"
 #include "tables/list_sorter.h"
@@ -125,11 +126,12 @@ public:
     [[nodiscard]] std::string uniqueId(const std::string& name) const;
     [[nodiscard]] std::string uniqueName(const std::string& name) const;
 
-    // Saving (project_saver.cpp); each fails with false and says why to the user.
-    bool save();
+    // Saving (project_saver.cpp); each fails with false and says why to the user. A save writes
+    // every object it can and lists in its result those it could not.
+    SaveResult save();
     // A full copy under `url`, named after the project ("_02"... when taken); the copy's path goes to
     // resultPath.
-    bool saveCopy(const std::string& url, std::string* resultPath = nullptr);
+    SaveResult saveCopy(const std::string& url, std::string* resultPath = nullptr);
     // A copy zipped to `url`/<projectName>.zip ("_02"... when taken); the archive's path goes to resultPath.
     bool saveCompressed(const std::string& url, std::string* resultPath = nullptr);
     // A copy zipped into the project's `backup` folder under a name from the date and time.
@@ -189,6 +191,9 @@ public:
     bool autosave = true;
     BackupTimer timer;
     bool something_to_save = false;
+    // Why saves into the project's own folder are refused: set when updating its earlier layout
+    // failed, so that nothing is written over the layout that still holds the bins. Copies go on.
+    std::optional<std::string> saveRefusal;
     // Choices remembered while the project is open ("csvSeparator"); never stored, values as text.
     std::map<std::string, std::string> options;
     std::vector<Bin*> openthesebinsafterloading; // do not own

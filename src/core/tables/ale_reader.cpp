@@ -55,6 +55,40 @@ std::vector<std::size_t> stripQuotesAndSplit(std::string& text) {
     return starts;
 }
 
+// Undoes the escapes of a bin's own file; an unknown escape keeps its backslash.
+std::string unescaped(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\\' || i + 1 == text.size()) {
+            out.push_back(text[i]);
+            continue;
+        }
+        switch (text[i + 1]) {
+        case '\\':
+            out.push_back('\\');
+            break;
+        case 'n':
+            out.push_back('\n');
+            break;
+        case 'r':
+            out.push_back('\r');
+            break;
+        case 't':
+            out.push_back('\t');
+            break;
+        case 'q':
+            out.push_back('"');
+            break;
+        default:
+            out.push_back('\\');
+            continue;
+        }
+        ++i;
+    }
+    return out;
+}
+
 } // namespace
 
 ALETable::ALETable(const std::string& path, base::Notifications* notifications) {
@@ -98,6 +132,7 @@ void ALETable::readFile(const std::string& path, base::Notifications* notificati
 
 void ALETable::parseText(std::string text) {
     state = false;
+    valueEscapes = false;
     std::size_t w = std::min(text.find('\r'), text.size());
     for (std::size_t r = w; r < text.size(); ++r) {
         if (text[r] == '\r') {
@@ -152,7 +187,7 @@ void ALETable::parseText(std::string text) {
     std::string sep(1, separator);
     std::string trimmed = base::trimRight(base::trimLeft(columnsLine, " \t" + sep), " \t" + sep);
     for (auto& token : base::tokenise(trimmed, sep)) {
-        std::string base = token.empty() ? "NoName" : token;
+        std::string base = token.empty() ? "NoName" : valueEscapes ? unescaped(token) : token;
         std::string name = base;
         for (int n = 2; hasColumn(name); ++n)
             name = base + "_" + std::to_string(n);
@@ -212,7 +247,7 @@ void ALETable::readClipLines() {
         RowData row;
         row.reserve(fields.size() + added.size());
         for (const auto& [key, text] : fields)
-            row.appendUnordered(key, std::string(text));
+            row.appendUnordered(key, valueEscapes ? unescaped(text) : std::string(text));
         for (const auto& cell : added)
             row.appendUnordered(cell.key, cell.value);
         row.finishAppending();
@@ -281,6 +316,8 @@ void ALETable::parseHeadingLine(std::string_view line) {
         film_format = joinedValue();
     else if (key == "TAPE")
         tape = joinedValue();
+    else if (key == valueEscapesKey)
+        valueEscapes = true;
 }
 
 } // namespace lumbra::tables

@@ -15,6 +15,9 @@ namespace lumbra::tables {
 
 class BinLink;
 
+// The heading key of an ALE file whose values carry backslash escapes (see ALETable::aleText).
+inline constexpr std::string_view valueEscapesKey = "VALUE_ESCAPES";
+
 // The clip table: ordered column names, ordered rows, and the heading values of an ALE file.
 class ALETable {
 public:
@@ -65,12 +68,15 @@ public:
     // Reorders `data` for good; `ascending` false puts the smallest value first.
     void sortEntries(const std::string& column, bool ascending);
 
-    // The ALE text; an empty `columns` list means `cols`.
-    [[nodiscard]] std::string aleText(const std::vector<std::string>& columns, bool omitFilmFormat) const;
+    // The ALE text; an empty `columns` list means `cols`. With `escapeValues` (a bin's own file) a
+    // value or column name holding a line break, a tab or a double quote is kept through escapes that
+    // the reader undoes; other files keep the ALE rules and leave values as they are.
+    [[nodiscard]] std::string aleText(const std::vector<std::string>& columns, bool omitFilmFormat,
+                                      bool escapeValues = false) const;
     // False (with a message, also put in `reason` when given) when the file exists and overwrite is
     // off, or the write fails.
     bool saveALE(const std::string& path, const std::vector<std::string>& columns, bool overwrite,
-                 bool omitFilmFormat, std::string* reason = nullptr) const;
+                 bool omitFilmFormat, std::string* reason = nullptr, bool escapeValues = false) const;
     [[nodiscard]] std::string csvText(const std::string& separator, bool withMetadata,
                                       const std::vector<std::string>& columns, bool omitFilmFormat) const;
     bool saveCSV(const std::string& path, const std::string& separator, bool withMetadata,
@@ -118,6 +124,8 @@ public:
     static constexpr char32_t openQuotes = U'\u201C';
     static constexpr char32_t closedQuotes = U'\u201D';
     bool inQuotes = false;
+    // The heading said that values are escaped (see aleText); the reader has undone the escapes.
+    bool valueEscapes = false;
 
 protected:
     explicit ALETable(bool ownsRows) : m_ownsRows(ownsRows) {}

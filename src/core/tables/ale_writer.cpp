@@ -3,6 +3,7 @@
 #include "base/text_helpers.h"
 #include "tables/ale_table.h"
 
+#include <algorithm>
 #include <filesystem>
 
 namespace lumbra::tables {
@@ -17,23 +18,77 @@ std::vector<ColumnKey> keysOf(const std::vector<std::string>& names) {
     return keys;
 }
 
+// The characters that would cut a value of an ALE file or lose it to the reader's quote handling.
+constexpr std::string_view unkeptCharacters = "\n\r\t\"";
+
+// How a value goes into a row: as it is, quoted as standard CSV, or with the escapes of a bin's own file.
+enum class ValueForm { plain, csvQuoted, escaped };
+
+void appendValue(std::string& out, std::string_view value, ValueForm form, std::string_view sep) {
+    if (form == ValueForm::csvQuoted) {
+        out.append(base::standardCsvField(value, sep));
+        return;
+    }
+    if (form == ValueForm::plain) {
+        out.append(value);
+        return;
+    }
+    for (char c : value) {
+        switch (c) {
+        case '\\':
+            out.append("\\\\");
+            break;
+        case '\n':
+            out.append("\\n");
+            break;
+        case '\r':
+            out.append("\\r");
+            break;
+        case '\t':
+            out.append("\\t");
+            break;
+        case '"':
+            out.append("\\q");
+            break;
+        default:
+            out.push_back(c);
+        }
+    }
+}
+
 void appendRow(std::string& out, const RowData& row, const std::vector<ColumnKey>& keys, std::string_view sep,
-               bool quoted = false) {
+               ValueForm form = ValueForm::plain) {
     for (std::size_t i = 0; i < keys.size(); ++i) {
         if (i > 0)
             out.append(sep);
         if (const std::string* v = row.find(keys[i]))
-            out.append(quoted ? base::standardCsvField(*v, sep) : *v);
+            appendValue(out, *v, form, sep);
     }
 }
 
 void appendJoined(std::string& out, const std::vector<std::string>& names, std::string_view sep,
-                  bool quoted = false) {
+                  ValueForm form = ValueForm::plain) {
     for (std::size_t i = 0; i < names.size(); ++i) {
         if (i > 0)
             out.append(sep);
-        out.append(quoted ? base::standardCsvField(names[i], sep) : names[i]);
+        appendValue(out, names[i], form, sep);
     }
+}
+
+// Only a table with such a value needs the escapes: every other file stays plain ALE.
+bool needsEscapes(const std::vector<EntryPtr>& rows, const std::vector<std::string>& names) {
+    auto unkept = [](std::string_view text) {
+        return text.find_first_of(unkeptCharacters) != std::string_view::npos;
+    };
+    if (std::any_of(names.begin(), names.end(), unkept))
+        return true;
+    for (const auto& row : rows) {
+        for (const auto& cell : row->data()) {
+            if (unkept(cell.value))
+                return true;
+        }
+    }
+    return false;
 }
 
 std::size_t estimateSize(const std::vector<EntryPtr>& rows, std::size_t columns) {
@@ -90,9 +145,11 @@ bool saveText(const std::string& path, const std::string& text, const std::strin
 
 } // namespace
 
-std::string ALETable::aleText(const std::vector<std::string>& columns, bool omitFilmFormat) const {
+std::string ALETable::aleText(const std::vector<std::string>& columns, bool omitFilmFormat,
+                              bool escapeValues) const {
     const auto& names = columns.empty() ? cols : columns;
     auto keys = keysOf(names);
+    const bool escaped = escapeValues && needsEscapes(data, names);
     std::string out;
     out.reserve(estimateSize(data, names.size()));
     out += "Heading\n";
@@ -108,12 +165,14 @@ std::string ALETable::aleText(const std::vector<std::string>& columns, bool omit
         out += "FILM_FORMAT\t" + *film_format + "\n";
     if (tape && !tape->empty())
         out += "TAPE\t" + *tape + "\n";
+    if (escaped)
+        out += std::string(valueEscapesKey) + "\tBACKSLASH\n";
     out += "\nColumn\n";
-    appendJoined(out, names, "\t");
+    appendJoined(out, names, "\t", escaped ? ValueForm::escaped : ValueForm::plain);
     out += "\n\nData";
     for (const auto& row : data) {
         out += '\n';
-        appendRow(out, row->data(), keys, "\t");
+        appendRow(out, row->data(), keys, "\t", escaped ? ValueForm::escaped : ValueForm::plain);
     }
     out += '\n';
     return out;
@@ -141,20 +200,21 @@ std::string ALETable::csvText(const std::string& sep, bool withMetadata,
             out += "TAPE" + sep + field(*tape) + "\n";
         out += "Column\n";
     }
-    appendJoined(out, names, sep, true);
+    appendJoined(out, names, sep, ValueForm::csvQuoted);
     out += '\n';
     for (const auto& row : data) {
         out += '\n';
-        appendRow(out, row->data(), keys, sep, true);
+        appendRow(out, row->data(), keys, sep, ValueForm::csvQuoted);
     }
     return out;
 }
 
 bool ALETable::saveALE(const std::string& path, const std::vector<std::string>& columns, bool overwrite,
-                       bool omitFilmFormat, std::string* reason) const {
+                       bool omitFilmFormat, std::string* reason, bool escapeValues) const {
     if (refusedOverwrite(path, overwrite, reason))
         return false;
-    return saveText(path, aleText(columns, omitFilmFormat), "ERROR: couldn't create directory ", reason);
+    return saveText(path, aleText(columns, omitFilmFormat, escapeValues), "ERROR: couldn't create directory ",
+                    reason);
 }
 
 bool ALETable::saveCSV(const std::string& path, const std::string& sep, bool withMetadata,

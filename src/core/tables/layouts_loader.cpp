@@ -1,12 +1,34 @@
 #include "tables/layouts_loader.h"
 
+#include "base/console.h"
 #include "base/text_helpers.h"
 
+#include <algorithm>
 #include <filesystem>
 
 namespace lumbra::tables {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+// The longest name whose folder "<name> - <uuid>" and file "<name>.layout" a file system still takes.
+constexpr std::size_t longestName = 200;
+
+} // namespace
+
+std::optional<std::string> unusableLayoutName(std::string_view name) {
+    if (name.empty())
+        return "it has no name";
+    if (!base::isValidUtf8(name))
+        return "its name is not text";
+    if (std::any_of(name.begin(), name.end(),
+                    [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; }))
+        return "its name holds control characters";
+    if (name.size() > longestName)
+        return "its name is longer than " + std::to_string(longestName) + " bytes";
+    return std::nullopt;
+}
 
 bool LayoutsLoader::isLayoutFolder(const std::string& url) {
     std::error_code ec;
@@ -26,7 +48,18 @@ std::shared_ptr<ColumnsLayout> LayoutsLoader::loadLayout(const std::string& url,
     if (!isLayoutFolder(url))
         return nullptr;
     auto layout = std::make_shared<ColumnsLayout>("");
-    static_cast<void>(layout->load(url, notifications));
+    const bool loaded = layout->load(url, notifications);
+    // The name becomes the layout's folder name at the next save: a damaged one is refused here.
+    auto reason = loaded ? unusableLayoutName(layout->name) : std::nullopt;
+    if (reason) {
+        base::printLine("WARNING: layout in " + url + " refused: " + *reason);
+        if (notifications)
+            notifications->emplace_back("Layout refused",
+                                        "The layout in " + url + " was not loaded: " + *reason +
+                                            ". Its folder is left as it is.",
+                                        base::NotificationType::WARNING);
+        return nullptr;
+    }
     return layout;
 }
 

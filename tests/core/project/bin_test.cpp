@@ -290,6 +290,24 @@ TEST(Bin, SaveRoundTripsAndDropsFilesOfOldNames) {
     EXPECT_EQ(reel.displayName(), "Reel 1/2");
 }
 
+TEST(Bin, StrayTableFilesBesideTheBinsOwnAreIgnoredAndNamed) {
+    TempFolder dir;
+    const std::string uuid = "AAAAAAAA-0000-0000-0000-000000000001";
+    const fs::path folder = dir.path / ("day01 - " + uuid);
+    writeFile(folder / "lumbra_details", uuid + "\n1\n2\nNone\n");
+    writeFile(folder / "day01.ale", aleText({"c1", "c2"}));
+    writeFile(folder / "zz.ale", "Heading\n\nColumn\nName\n\nData\n");
+    fs::create_symlink("yy.ale", folder / "yy.ale");
+    Bin bin(nullptr);
+    Notifications notes;
+    PrintCapture quiet;
+    ASSERT_TRUE(bin.load(folder.string(), &notes));
+    EXPECT_EQ(bin.table()->data.size(), 2u);
+    ASSERT_FALSE(notes.empty());
+    EXPECT_EQ(notes[0].title, "Files ignored");
+    EXPECT_TRUE(notes[0].body.ends_with("ignores yy.ale, zz.ale")) << notes[0].body;
+}
+
 TEST(Bin, SaveIntoReadOnlyFolderFailsAndKeepsTheFiles) {
     TempFolder dir;
     Bin bin(makeTable("bin_01"), nullptr, nullptr, true);
@@ -310,7 +328,7 @@ TEST(Bin, SaveIntoReadOnlyFolderFailsAndKeepsTheFiles) {
     EXPECT_FALSE(saved);
     EXPECT_TRUE(bin.hasChanged);
     ASSERT_EQ(notes.size(), 1u);
-    EXPECT_EQ(notes[0].title, "UUID file writing");
+    EXPECT_EQ(notes[0].title, "Error saving");
     EXPECT_EQ(listTree(dir.path), before);
     EXPECT_EQ(readFile(dir.path / "bin_01.ale"), aleBefore);
 }
@@ -321,7 +339,7 @@ TEST(Bin, FileWriteFailureKeepsThePreviousFiles) {
         std::string failing;
         bool noted;
     };
-    // A .bin file that fails says nothing of its own; the table file is reported.
+    // A .bin file that fails says nothing of its own; the table file, written first, is reported.
     const std::vector<Case> cases = {{"table file", ".ale", true}, {"bin file", ".bin", false}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -347,9 +365,9 @@ TEST(Bin, FileWriteFailureKeepsThePreviousFiles) {
                       (Notifications{{"Error saving", "Error writing to " + path, NotificationType::KO}}));
         } else {
             EXPECT_TRUE(notes.empty());
-            EXPECT_EQ(readFile(dir.path / "bin_01.bin"), binBefore);
         }
-        EXPECT_EQ(readFile(dir.path / "bin_01.ale"), aleBefore);
+        EXPECT_EQ(readFile(dir.path / "bin_01.bin"), binBefore);
+        EXPECT_EQ(readFile(dir.path / "bin_01.ale") == aleBefore, c.noted);
         EXPECT_EQ(listTree(dir.path), (std::set<std::string>{"lumbra_details", "bin_01.ale", "bin_01.bin"}));
     }
 }

@@ -1,5 +1,6 @@
 #include "base/console.h"
 #include "project/project_creation.h"
+#include "project/setting_values.h"
 #include "project/shared_stuff.h"
 #include "project_test_support.h"
 
@@ -45,6 +46,40 @@ TEST(ProjectCreation, RefusalsInTheWindowsOrder) {
         EXPECT_EQ(check.refusal, c.refusal);
         EXPECT_EQ(check.warning, c.warning);
     }
+}
+
+TEST(ProjectCreation, ValuesThatCannotBeReadBackAreRefused) {
+    struct Case {
+        const char* name;
+        void (*set)(NewProjectSettings&);
+        std::optional<std::string> reason;
+    };
+    const std::vector<Case> cases{
+        {"plain values", [](NewProjectSettings& s) { s.tapeId = " Reel  7"; }, std::nullopt},
+        {"double quote in the tape id", [](NewProjectSettings& s) { s.tapeId = "A\"B"; },
+         "the tape id holds a double quote (\"), which the bins' ALE files cannot keep"},
+        {"tab in the sound rate", [](NewProjectSettings& s) { s.sound = "48\tkhz"; },
+         "the sound rate holds a tab, which the project's files use between values"},
+        {"blank in the frame rate", [](NewProjectSettings& s) { s.fps = "25 fps"; },
+         "the frame rate holds a blank, and the bins' ALE files keep a frame rate as one word"},
+        {"trailing blank in the film format", [](NewProjectSettings& s) { s.filmFormat = "35mm "; },
+         "the film format ends with a blank, which the bins' ALE files do not keep"},
+        {"line feed in a column",
+         [](NewProjectSettings& s) {
+             s.columns = {"Name", "a\nb"};
+         },
+         "the column name a\nb holds a line break, which the project's files use between lines"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        NewProjectSettings settings;
+        settings.name = "P";
+        c.set(settings);
+        EXPECT_EQ(unreadableSettingReason(settings), c.reason);
+        EXPECT_EQ(checkNewProject("/nonexistent", settings).accepted(), !c.reason);
+    }
+    EXPECT_EQ(unreadablePropertiesReason({{"Lab", "a\"b"}, {"Camera", "A\tB"}}),
+              "the property Camera holds a tab, which the project's files use between values");
 }
 
 TEST(ProjectCreation, RefusedProjectWritesNothingAndKeepsTheProjectEmpty) {

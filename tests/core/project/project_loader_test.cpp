@@ -90,10 +90,14 @@ const std::string legacyAlertText = "Legacy saving folders/saving_system detecte
                                     "project will be updated to the new saving "
                                     "system.\n\nIt is recommended to BACKUP your data before proceeding.";
 
+// The least that a project file holds: the lines every project file has.
+const std::string wholeProjectFile =
+    "Film\nfps\t25\ntlResolution\t1080\nsound\t48khz\nbaselayout\tName\tTape\n";
+
 // An earlier project: the tree in the project file, bins and layouts flat.
 void writeEarlierProject(const ProjectFolder& folder) {
-    folder.file("tarelproject", "Film\nfps\t25\ntreeentry\troot\tg1\ntreedisplayname\tg1\tDailies\n"
-                                "baselayout\tName\tTape\nprojectlayout\tName\tTape\n");
+    folder.file("tarelproject", wholeProjectFile + "treeentry\troot\tg1\ntreedisplayname\tg1\tDailies\n"
+                                                   "projectlayout\tName\tTape\n");
     folder.file("bins/day1.ale", aleText({"c1", "c2"}));
     folder.file("bins/day1.bin", "tableid\tday1\ndisplayname\tDay one\ntreebin\tg1\nselected\n");
     folder.file("bins/day2.ale", aleText({"c3"}));
@@ -206,6 +210,26 @@ TEST(ProjectOpening, AnUnreadableProjectFileEndsTheOpen) {
     EXPECT_TRUE(opening.sharedstuff.bins->children.empty());
 }
 
+TEST(ProjectOpening, ADamagedProjectFileIsKeptAndNothingOpens) {
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"", "no fps line, no tlResolution line, no sound line, no baselayout line"},
+        {"Film\n", "no fps line, no tlResolution line, no sound line, no baselayout line"},
+        {"Film\nfps\t", "no tlResolution line, no sound line, no baselayout line, a cut last line"},
+        {wholeProjectFile + "timeInMinBackup\t1", "a cut last line"},
+    };
+    for (const auto& [text, damage] : cases) {
+        SCOPED_TRACE(text);
+        ProjectFolder folder;
+        folder.file("tarelproject", text);
+        folder.currentBin("_bins_", "A", uuidA);
+        Opening opening(folder);
+        std::string reason;
+        EXPECT_EQ(openProject(opening.sharedstuff, {}, &reason), OpenResult::damagedProject);
+        EXPECT_NE(reason.find("is damaged (" + damage + ")"), std::string::npos) << reason;
+        EXPECT_EQ(readFile(folder.project / "tarelproject"), text);
+    }
+}
+
 TEST(ProjectOpening, WhichBinsOpen) {
     struct Case {
         std::string name;
@@ -224,7 +248,7 @@ TEST(ProjectOpening, WhichBinsOpen) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         ProjectFolder folder;
-        folder.file("tarelproject", "Film\n");
+        folder.file("tarelproject", wholeProjectFile);
         folder.currentBin("_bins_", "A", uuidA, "selected\n");
         folder.currentGroup("_bins_", "G", uuidG);
         folder.currentBin("_bins_/G - " + std::string(uuidG), "B", uuidB);
@@ -239,7 +263,7 @@ TEST(ProjectOpening, WhichBinsOpen) {
 
 TEST(ProjectOpening, BinsAndCurrentBinsEndInOneTree) {
     ProjectFolder folder;
-    folder.file("tarelproject", "Film\n");
+    folder.file("tarelproject", wholeProjectFile);
     folder.currentBin("bins", "Old", uuidA);
     folder.currentBin("_bins_", "New", uuidB);
     Opening opening(folder);
@@ -258,7 +282,7 @@ TEST(ProjectOpening, BinsAndCurrentBinsEndInOneTree) {
 
 TEST(ProjectOpening, AProjectWithoutBinsGetsAnEmptyFolder) {
     ProjectFolder folder;
-    folder.file("tarelproject", "");
+    folder.file("tarelproject", wholeProjectFile);
     Opening opening(folder);
     ASSERT_EQ(opening.open(), OpenResult::opened);
     EXPECT_TRUE(fs::is_directory(folder.project / "_bins_"));
@@ -283,7 +307,7 @@ TEST(ProjectOpening, AFailedEarlierReadKeepsItsFolder) {
 
 TEST(ProjectOpening, EarlierBinsThatCannotBeReadEndTheOpen) {
     ProjectFolder folder;
-    folder.file("tarelproject", "Film\ntreeentry\troot\tg1\n");
+    folder.file("tarelproject", wholeProjectFile + "treeentry\troot\tg1\n");
     folder.file("smartbins/x.smartbin", "");
     Opening opening(folder);
     opening.interaction.queueAlert("Proceed");
@@ -296,7 +320,7 @@ TEST(ProjectOpening, EarlierBinsThatCannotBeReadEndTheOpen) {
 
 TEST(ProjectOpening, FailingLaterFoldersLeaveTheProjectOpen) {
     ProjectFolder folder;
-    folder.file("tarelproject", "Film\n");
+    folder.file("tarelproject", wholeProjectFile);
     folder.currentBin("_bins_", "A", uuidA);
     folder.file("pivot", "not a folder");
     folder.file("db", "not a folder");
@@ -439,6 +463,93 @@ TEST(ProjectOpening, ASaveKilledAtAnyMomentLeavesEachFileOldOrNew) {
             EXPECT_TRUE(rows == oldRows || rows == oldRows + 1) << bin->displayName();
         }
     }
+}
+
+// A new bin's table cut short by a kill: complete (killed before its rename) it is recovered; cut
+// half-way the bin is reported as broken and never shown as a group. A stale temporary goes.
+TEST(ProjectOpening, ABinKilledWhileFirstWrittenIsRecoveredOrReported) {
+    struct Case {
+        const char* name;
+        base::WriteStep step;
+        Names bins;
+        std::size_t temporaries;
+    };
+    const std::vector<Case> cases = {
+        {"complete, killed before its rename", base::WriteStep::rename, {"A", "New"}, 0},
+        {"killed half-way", base::WriteStep::write, {"A"}, 1}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        ProjectFolder folder;
+        folder.file("tarelproject", wholeProjectFile);
+        folder.currentBin("_bins_", "A", uuidA);
+        folder.file("_bins_/A - " + std::string(uuidA) + "/.A.ale.tmp12.5", "stale");
+        pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            PrintCapture quiet;
+            Opening opening(folder);
+            static_cast<void>(opening.open());
+            base::setWriteFaultHook([&](const std::string& path, base::WriteStep step) {
+                if (step == c.step && path.ends_with("New.ale"))
+                    ::raise(SIGKILL);
+                return false;
+            });
+            opening.sharedstuff.addBin(makeBin("New", &opening.sharedstuff));
+            static_cast<void>(opening.sharedstuff.save());
+            ::_exit(0);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        ASSERT_TRUE(WIFSIGNALED(status));
+
+        PrintCapture capture;
+        Opening reopened(folder);
+        ASSERT_EQ(reopened.open(), OpenResult::opened);
+        Names names;
+        for (const auto& node : reopened.sharedstuff.bins->children)
+            names.push_back(node->name());
+        std::sort(names.begin(), names.end());
+        EXPECT_EQ(names, c.bins);
+        EXPECT_EQ(
+            std::any_of(capture.lines().begin(), capture.lines().end(),
+                        [](const std::string& line) { return line.starts_with("ERROR: broken bin in "); }),
+            c.temporaries == 1);
+        std::size_t temporaries = 0;
+        for (const auto& path : listTree(folder.project))
+            temporaries += base::parseTemporaryFileName(fs::path(path).filename().string()).has_value();
+        EXPECT_EQ(temporaries, c.temporaries);
+    }
+}
+
+// Updating an earlier project on a full disk: the first failed write stops it, the earlier layout
+// stays as it was and nothing of the update is left; saves into the folder are refused.
+TEST(ProjectOpening, AFailedUpdateOfTheEarlierLayoutLeavesItAsItWas) {
+    ProjectFolder folder;
+    writeEarlierProject(folder);
+    const auto before = projectFiles(folder.project);
+    int writes = 0;
+    base::setWriteFaultHook([&](const std::string&, base::WriteStep step) {
+        return step == base::WriteStep::rename && ++writes == 4;
+    });
+    Opening opening(folder);
+    opening.interaction.queueAlert("Proceed");
+    PrintCapture quiet;
+    std::string reason;
+    const OpenResult result = openProject(opening.sharedstuff, {}, &reason);
+    base::setWriteFaultHook({});
+    EXPECT_EQ(result, OpenResult::migrationFailed);
+    EXPECT_NE(reason.find("the project was left in its earlier layout"), std::string::npos) << reason;
+    auto after = projectFiles(folder.project);
+    std::erase_if(after, [](const auto& file) { return file.first.starts_with("_"); });
+    EXPECT_EQ(after, before);
+    EXPECT_EQ(listTree(folder.project / "_bins_"), (std::set<std::string>{"lumbra_details"}));
+    EXPECT_FALSE(opening.sharedstuff.save());
+
+    Opening again(folder);
+    again.interaction.queueAlert("Proceed");
+    ASSERT_EQ(again.open(), OpenResult::opened);
+    EXPECT_EQ(again.sharedstuff.bins->toarray.size(), 2u);
+    EXPECT_FALSE(fs::exists(folder.project / "bins"));
 }
 
 } // namespace

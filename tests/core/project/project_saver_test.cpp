@@ -148,15 +148,17 @@ TEST(ProjectSaver, AFailedSaveKeepsTheRemovalsForTheNextSave) {
 
     lumbra::base::setWriteFailureHook(
         [](const std::string& path) { return path.find("bin_01.ale") != std::string::npos; });
-    const bool saved = p.s.save();
+    const SaveResult saved = p.s.save();
     lumbra::base::setWriteFailureHook({});
 
     EXPECT_FALSE(saved);
+    EXPECT_EQ(saved.unwritten, (std::vector<std::string>{p.open->displayName()}));
     EXPECT_EQ(p.s.saver().entriesToRemove.size(), 1u);
     EXPECT_TRUE(fs::exists(deleted));
     const auto& notes = p.s.bufferedNotifications;
-    EXPECT_TRUE(std::any_of(notes.begin(), notes.end(), [](const auto& n) {
-        return n.title == "Save Failed" && n.body == "Error while saving bins" &&
+    EXPECT_TRUE(std::any_of(notes.begin(), notes.end(), [&](const auto& n) {
+        return n.title == "Save Failed" &&
+               n.body == "Error while saving bins, not written: " + p.open->displayName() &&
                n.type == NotificationType::KO;
     }));
 

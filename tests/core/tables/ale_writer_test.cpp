@@ -299,13 +299,17 @@ TEST(ALEWriter, RoundTripGivesTheSameTable) {
 }
 
 TEST(ALEWriter, RandomTablesReadBackTheSame) {
-    // Cells from pieces that the writer does not escape and the reader keeps as they are.
-    const char* pieces[] = {"a",    "B",      " ",           "\xC3\xA9",        "e\xCC\x81",
-                            "Data", "Column", "01:00:00:00", "\xF0\x9F\x8E\xAC"};
+    // Cells from pieces that the reader keeps as they are, and (the last five) those that a bin's own
+    // file keeps through its escapes.
+    const char* pieces[] = {
+        "a",  "B",  " ",  "\xC3\xA9", "e\xCC\x81", "Data", "Column", "01:00:00:00", "\xF0\x9F\x8E\xAC",
+        "\n", "\t", "\"", "\\",       "\r\n"};
     std::mt19937 random(20261123);
     auto pick = [&](std::size_t n) { return static_cast<std::size_t>(random() % n); };
-    for (int round = 0; round < 200; ++round) {
+    for (int round = 0; round < 400; ++round) {
         SCOPED_TRACE(round);
+        const bool escaped = round % 2 == 1;
+        const std::size_t usable = std::size(pieces) - (escaped ? 0 : 5);
         Names cols{"Lumbra_Color_Tag"};
         for (std::size_t c = 0, n = 1 + pick(6); c < n; ++c)
             cols.push_back("C" + std::to_string(c));
@@ -315,7 +319,7 @@ TEST(ALEWriter, RandomTablesReadBackTheSame) {
             for (std::size_t c = 1; c < cols.size(); ++c) {
                 std::string value;
                 for (std::size_t k = 0, n = pick(4); k < n; ++k)
-                    value += pieces[pick(std::size(pieces))];
+                    value += pieces[pick(usable)];
                 if (!value.empty())
                     row.emplace_back(cols[c], value);
             }
@@ -324,7 +328,9 @@ TEST(ALEWriter, RandomTablesReadBackTheSame) {
         table.field_delim = "TABS";
         table.fps = pick(2) ? "25" : "23.976";
         table.tape = pick(2) ? " Reel  7" : "";
-        std::string text = table.aleText({}, false);
+        std::string text = table.aleText({}, false, escaped);
+        // An export keeps the ALE rules and never carries the escapes.
+        EXPECT_EQ(table.aleText({}, false).find("VALUE_ESCAPES"), std::string::npos);
 
         base::PrintCapture capture;
         ALETable back = ALETable::fromText(text, "back");
@@ -345,7 +351,7 @@ TEST(ALEWriter, RandomTablesReadBackTheSame) {
                 expected.set("Tape", *table.tape);
             EXPECT_EQ(back.data[i]->data(), expected) << text;
         }
-        EXPECT_EQ(back.aleText(cols, false), text);
+        EXPECT_EQ(back.aleText(cols, false, escaped), text);
     }
 }
 

@@ -113,6 +113,24 @@ TEST(LayoutsLoader, OnlyLayoutFoldersAreLoaded) {
     EXPECT_FALSE(fs::exists(dir.file("notes/lumbra_details")));
 }
 
+TEST(LayoutsLoader, ANameThatCannotNameAFolderRefusesTheLayout) {
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"\x01\xff\xfe binary", "its name holds control characters"},
+        {"tab\there", "its name holds control characters"},
+        {std::string(201, 'x'), "its name is longer than 200 bytes"},
+    };
+    for (const auto& [name, reason] : cases) {
+        SCOPED_TRACE(reason);
+        TempDir dir;
+        dir.write("bad/bad.layout", name + "\nName\n");
+        base::Notifications notes;
+        EXPECT_EQ(LayoutsLoader(dir.path()).loadLayout(dir.file("bad"), &notes), nullptr);
+        ASSERT_FALSE(notes.empty());
+        EXPECT_EQ(notes.back().title, "Layout refused");
+        EXPECT_NE(notes.back().body.find(reason), std::string::npos);
+    }
+}
+
 TEST(LayoutsLoader, AnUnlistableBaseGivesNothingQuietly) {
     TempDir dir;
     dir.write("file", "x");
