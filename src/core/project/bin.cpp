@@ -1,5 +1,6 @@
 #include "project/bin.h"
 
+#include "tables/background_writer.h"
 #include "tables/console.h"
 #include "tables/text_helpers.h"
 
@@ -179,8 +180,19 @@ bool Bin::save(const std::string& folder, bool isCopy, Notifications* notificati
     }
     if (!writeBinFile(folder, notifications))
         return failed();
+    const std::string alePath = path + ".ale";
+    tables::BackgroundWriter* writer = isCopy || !sharedstuff ? nullptr : sharedstuff->backgroundWriter();
+    std::error_code exists;
+    // Only a table file already in place is rewritten later: a new or renamed one is written now, after what
+    // still waits, so that the clean-up below sees every file of the bin.
+    if (writer && !fs::exists(alePath, exists)) {
+        writer->waitIdle();
+        writer = nullptr;
+    }
     // A bin whose table never loaded writes no table over a file that may still hold one.
-    if (m_table && !m_table->saveALE(path + ".ale", {}, true, false)) {
+    if (m_table && writer) {
+        writer->write(alePath, m_table->aleText({}, false));
+    } else if (m_table && !m_table->saveALE(alePath, {}, true, false)) {
         printLine("ERROR while saving file " + path);
         if (notifications)
             notifications->emplace_back("Error saving", "Error writing to " + path, NotificationType::KO);

@@ -1,5 +1,6 @@
 #include "project/bins_tree_saver.h"
 
+#include "tables/background_writer.h"
 #include "tables/console.h"
 
 #include <algorithm>
@@ -36,6 +37,14 @@ bool outsideTree(BinsTreeEntry& entry, Notifications* notifications) {
     return false;
 }
 
+// Folders move and go only once the files still being written into them are done.
+void settleWrites(BinsTreeEntry& root) {
+    if (root.sharedstuff != nullptr) {
+        if (tables::BackgroundWriter* writer = root.sharedstuff->backgroundWriter())
+            writer->waitIdle();
+    }
+}
+
 } // namespace
 
 BinsTreeSaver::BinsTreeSaver(std::string baseUrl, BinsTreeEntry& rootEntry)
@@ -66,6 +75,7 @@ bool BinsTreeSaver::saveAt(BinsTreeEntry& entry, const std::string& path, Notifi
     auto place = currentFolder(entry, path);
     if (place && *place != path) {
         printLine("moving " + *place + " to " + path);
+        settleWrites(m_root);
         std::error_code ec;
         fs::create_directories(fs::path(path).parent_path(), ec);
         fs::rename(*place, path, ec);
@@ -131,6 +141,7 @@ bool BinsTreeSaver::removeEntries(const std::vector<TreeNode>& entries, Notifica
         auto it = m_folders->find(entry->nodeUuid());
         if (it == m_folders->end())
             continue;
+        settleWrites(m_root);
         std::error_code ec;
         fs::remove_all(it->second, ec);
         if (ec)

@@ -174,7 +174,7 @@ bool writeFileAtomically(const std::string& path, std::string_view content) {
     namespace fs = std::filesystem;
     fs::path target(path);
     fs::path folder = target.parent_path().empty() ? fs::path(".") : target.parent_path();
-    static std::mt19937_64 random{std::random_device{}()};
+    thread_local std::mt19937_64 random{std::random_device{}()};
     fs::path temp = folder / ("." + target.filename().string() + ".tmp" + std::to_string(random() % 1000000));
     int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     if (fd < 0)
