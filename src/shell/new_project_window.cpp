@@ -4,6 +4,7 @@
 #include "main_window.h"
 #include "project/shared_stuff.h"
 #include "qt_text.h"
+#include "window_geometry.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -159,6 +160,7 @@ NewProjectWindow::NewProjectWindow(AppDelegate& delegate, std::filesystem::path 
 
     showSettings();
     resize(720, 460);
+    rememberGeometry(*this, QStringLiteral("newProject"));
 }
 
 NewProjectWindow::~NewProjectWindow() = default;

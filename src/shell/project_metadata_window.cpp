@@ -1,6 +1,7 @@
 #include "project_metadata_window.h"
 
 #include "qt_text.h"
+#include "window_geometry.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -88,6 +89,7 @@ ProjectMetadataWindow::ProjectMetadataWindow(project::SharedStuff& sharedstuff,
 
     fillTable();
     resize(520, 420);
+    rememberGeometry(*this, QStringLiteral("projectMetadata"));
 }
 
 void ProjectMetadataWindow::fillTable() {
