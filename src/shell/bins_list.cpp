@@ -12,18 +12,19 @@
 #include <QMimeData>
 #include <QSet>
 #include <QUrl>
+#include <unordered_set>
 
 namespace lumbra::shell {
 
 namespace {
 
-// Expanded groups by node, so a reload keeps what the user opened.
+// Expanded groups by uuid: a reload may bring a new tree whose nodes are other objects with the same uuids.
 void collectExpanded(const QTreeView& view, const BinsTreeModel& model, const QModelIndex& parent,
-                     QSet<const project::BinsTreeEntry*>& out) {
+                     std::unordered_set<std::string>& out) {
     for (int row = 0; row < model.rowCount(parent); ++row) {
         const QModelIndex index = model.index(row, 0, parent);
         if (view.isExpanded(index)) {
-            out.insert(model.node(index));
+            out.insert(model.node(index)->nodeUuid());
             collectExpanded(view, model, index, out);
         }
     }
@@ -31,7 +32,7 @@ void collectExpanded(const QTreeView& view, const BinsTreeModel& model, const QM
 
 } // namespace
 
-BinsList::BinsList(project::SharedStuff& sharedstuff, std::function<project::BinsTreeEntry*()> tree,
+BinsList::BinsList(project::SharedStuff& sharedstuff, std::function<project::TreeNode()> tree,
                    QWidget* parent)
     : QTreeView(parent), m_sharedstuff(sharedstuff), m_tree(std::move(tree)) {
     m_model = new BinsTreeModel(this);
@@ -71,10 +72,11 @@ void BinsList::setInstructions(const QString& text) {
 }
 
 void BinsList::reload() {
-    QSet<const project::BinsTreeEntry*> expanded;
+    // The model still holds the tree it showed, even one the project has replaced since: walking it is safe.
+    std::unordered_set<std::string> expanded;
     collectExpanded(*this, *m_model, {}, expanded);
     const bool firstFill = m_model->rowCount() == 0;
-    project::BinsTreeEntry* tree = m_tree();
+    const project::TreeNode tree = m_tree();
     if (tree != nullptr) {
         tree->rebuildArray();
     }
@@ -82,7 +84,8 @@ void BinsList::reload() {
     if (tree != nullptr) {
         for (project::BinsTreeEntry* node : tree->flatten()) {
             // A list filled for the first time shows every group open.
-            if (node != tree && node->bin == nullptr && (firstFill || expanded.contains(node))) {
+            if (node != tree.get() && node->bin == nullptr &&
+                (firstFill || expanded.contains(node->nodeUuid()))) {
                 setExpanded(m_model->indexOf(node), true);
             }
         }
@@ -93,7 +96,7 @@ void BinsList::reload() {
 
 std::vector<project::BinsTreeEntry*> BinsList::selectedNodes() const {
     std::vector<project::BinsTreeEntry*> nodes;
-    project::BinsTreeEntry* tree = m_tree();
+    const project::TreeNode tree = m_tree();
     if (tree == nullptr) {
         return nodes;
     }
@@ -188,7 +191,7 @@ void BinsList::toggleBin(const QModelIndex& index) {
 }
 
 void BinsList::orderByHeader(int section) {
-    project::BinsTreeEntry* tree = m_tree();
+    const project::TreeNode tree = m_tree();
     const auto mode = app::orderingForHeader(BinsTreeModel::headerTitles[static_cast<std::size_t>(section)]);
     if (tree == nullptr || !mode) {
         return;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "project/bin_import.h"
+#include "project/bins_tree_entry.h"
 
 #include <QStringList>
 #include <QTreeView>
@@ -9,7 +10,6 @@
 class QLabel;
 
 namespace lumbra::project {
-class BinsTreeEntry;
 class SharedStuff;
 } // namespace lumbra::project
 
@@ -24,7 +24,7 @@ class BinsList : public QTreeView {
 
 public:
     // `tree` gives the project's current tree (it is replaced when a project loads).
-    BinsList(project::SharedStuff& sharedstuff, std::function<project::BinsTreeEntry*()> tree,
+    BinsList(project::SharedStuff& sharedstuff, std::function<project::TreeNode()> tree,
              QWidget* parent = nullptr);
 
     // Shows the tree again, keeping what was expanded; the hint shows while the tree is empty.
@@ -63,7 +63,7 @@ private:
     void orderByHeader(int section);
     void placeInstructions();
 
-    std::function<project::BinsTreeEntry*()> m_tree;
+    std::function<project::TreeNode()> m_tree;
     BinsTreeModel* m_model = nullptr;
     QLabel* m_instructions = nullptr;
     bool m_acceptsFiles = true;

@@ -13,9 +13,9 @@ namespace lumbra::shell {
 BinsTreeModel::BinsTreeModel(QObject* parent) : QAbstractItemModel(parent) {
 }
 
-void BinsTreeModel::setRoot(project::BinsTreeEntry* root) {
+void BinsTreeModel::setRoot(project::TreeNode root) {
     beginResetModel();
-    m_root = root;
+    m_root = std::move(root);
     m_places.clear();
     if (m_root != nullptr) {
         indexPlaces(*m_root);
@@ -32,7 +32,8 @@ void BinsTreeModel::indexPlaces(const project::BinsTreeEntry& node) {
 }
 
 const project::BinsTreeEntry* BinsTreeModel::nodeAt(const QModelIndex& index) const {
-    return index.isValid() ? static_cast<const project::BinsTreeEntry*>(index.internalPointer()) : m_root;
+    return index.isValid() ? static_cast<const project::BinsTreeEntry*>(index.internalPointer())
+                           : m_root.get();
 }
 
 QModelIndex BinsTreeModel::index(int row, int column, const QModelIndex& parent) const {
@@ -49,7 +50,7 @@ QModelIndex BinsTreeModel::parent(const QModelIndex& child) const {
         return {};
     }
     const auto place = m_places.find(nodeAt(child));
-    if (place == m_places.end() || place->second.parent == m_root) {
+    if (place == m_places.end() || place->second.parent == m_root.get()) {
         return {};
     }
     const auto parentPlace = m_places.find(place->second.parent);

@@ -11,7 +11,8 @@
 namespace lumbra::shell {
 
 // A tree of bins as the bins lists show it: each node's name, tag colour and both dates; bins that are
-// open stand out. The model reads the tree in place and is reset whenever the tree changed.
+// open stand out. The model reads the tree in place and is reset whenever the tree changed; it shares
+// the root it shows, so a tree the project has replaced stays whole until the model lets it go.
 // The colour a tag is shown in; invalid for `none`.
 [[nodiscard]] QColor tagColour(base::Tag tag);
 
@@ -23,8 +24,8 @@ public:
 
     explicit BinsTreeModel(QObject* parent = nullptr);
 
-    // Shows this tree from now on; null shows nothing. The model does not own it.
-    void setRoot(project::BinsTreeEntry* root);
+    // Shows this tree from now on; null shows nothing.
+    void setRoot(project::TreeNode root);
 
     [[nodiscard]] QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
     [[nodiscard]] QModelIndex parent(const QModelIndex& child) const override;
@@ -48,7 +49,7 @@ private:
     [[nodiscard]] const project::BinsTreeEntry* nodeAt(const QModelIndex& index) const;
     void indexPlaces(const project::BinsTreeEntry& node);
 
-    project::BinsTreeEntry* m_root = nullptr;
+    project::TreeNode m_root;
     // Parent and row of every node, so parent() is a look-up rather than a search of the tree.
     std::unordered_map<const project::BinsTreeEntry*, Place> m_places;
 };

@@ -14,6 +14,8 @@
 #include "project/bin.h"
 #include "project_metadata_window.h"
 #include "qt_text.h"
+#include "tables/background_writer.h"
+#include "window_geometry.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -27,11 +29,14 @@
 #include <QScreen>
 #include <QSplitter>
 #include <QStatusBar>
+#include <QStyle>
 #include <QTabWidget>
 #include <QTimer>
 #include <QToolBar>
 #include <QUrl>
 #include <QVBoxLayout>
+#include <cmath>
+#include <filesystem>
 #include <functional>
 
 namespace lumbra::shell {
@@ -110,6 +115,13 @@ MainWindowViewController::MainWindowViewController(std::unique_ptr<project::Shar
     m_backupTimer->setObjectName(QStringLiteral("backupTimer"));
     connect(m_backupTimer, &QTimer::timeout, this, [this] { m_sharedstuff->backupTick(); });
 
+    m_writer = std::make_unique<tables::BackgroundWriter>([this](const std::string& path) {
+        QMetaObject::invokeMethod(
+            this, [this, path] { tableWriteFailed(path); }, Qt::QueuedConnection);
+    });
+    m_sharedstuff->deferredWriter = m_writer.get();
+    connect(qApp, &QCoreApplication::aboutToQuit, this, [this] { m_writer->waitIdle(); });
+
     m_sharedstuff->interaction = m_interaction.get();
     m_sharedstuff->mainWindow = this;
     if (std::find(m_sharedstuff->delegates.begin(), m_sharedstuff->delegates.end(), this) ==
@@ -119,12 +131,15 @@ MainWindowViewController::MainWindowViewController(std::unique_ptr<project::Shar
 
     statusBar();
     resize(1280, 800);
+    rememberGeometry(*this, QStringLiteral("mainWindow"));
     refreshTitle();
     reloadBinsLists();
     m_sharedstuff->flushBufferedNotifications();
 }
 
 MainWindowViewController::~MainWindowViewController() {
+    m_sharedstuff->deferredWriter = nullptr;
+    m_writer.reset();
     // The boxes go before the project: nothing may show a bin from here on.
     for (project::Bin* bin : m_sharedstuff->allBins()) {
         bin->setSelected(false);
@@ -145,12 +160,11 @@ void MainWindowViewController::buildCentre() {
     auto* lists = new QSplitter(Qt::Vertical, splitter);
     lists->setChildrenCollapsible(false);
     m_binsList = new BinsList(
-        *m_sharedstuff, [this] { return m_sharedstuff->bins.get(); }, captioned(lists, tr("Bins")));
+        *m_sharedstuff, [this] { return m_sharedstuff->bins; }, captioned(lists, tr("Bins")));
     m_binsList->setObjectName(QStringLiteral("binsList"));
     m_binsList->setInstructions(tr("Right-click or \n drop files here \nto add bins"));
     m_smartBinsList = new SmartBinsList(
-        *m_sharedstuff, [this] { return m_sharedstuff->smartbins.get(); },
-        captioned(lists, tr("Smart Bins")));
+        *m_sharedstuff, [this] { return m_sharedstuff->smartbins; }, captioned(lists, tr("Smart Bins")));
     m_smartBinsList->setObjectName(QStringLiteral("smartBinsList"));
     m_smartBinsList->setAcceptsFiles(false);
     m_binsList->parentWidget()->layout()->addWidget(m_binsList);
@@ -210,7 +224,7 @@ void MainWindowViewController::buildCentre() {
 }
 
 QWidget* MainWindowViewController::boxesView() const noexcept {
-    return m_boxesArea;
+    return m_boxesArea->canvas();
 }
 
 void MainWindowViewController::addLog(const std::string& text, bool notify, const std::string& title,
@@ -288,7 +302,38 @@ void MainWindowViewController::tileBoxes() {
         }
     }
     // A margin keeps the boxes off the lists and the notifications beside them.
-    const QRect area = m_boxesArea->rect().adjusted(8, 8, -8, -8);
+    constexpr int margin = 8;
+    QSize room = m_boxesArea->maximumViewportSize() - QSize(2 * margin, 2 * margin);
+    std::vector<app::BoxFrame> frames;
+    if (m_viewMode != app::ViewMode::onlyone && !open.empty()) {
+        frames = app::tileFrames(open.size(), room.width(), room.height(), m_multiViewMode);
+        // Boxes that would come out smaller than a box may be make the canvas larger, and the area scrolls.
+        double narrowest = room.width();
+        double lowest = room.height();
+        for (const app::BoxFrame& frame : frames) {
+            narrowest = std::min(narrowest, frame.width);
+            lowest = std::min(lowest, frame.height);
+        }
+        const int scrollBar = style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+        const QSize visible = room;
+        if (narrowest < BinBox::smallestWidth) {
+            room.rwidth() = static_cast<int>(
+                std::ceil(visible.width() * BinBox::smallestWidth / std::max(narrowest, 1.0)));
+            room.rheight() -= scrollBar;
+        }
+        if (lowest < BinBox::smallestHeight) {
+            room.rheight() = static_cast<int>(
+                std::ceil(visible.height() * BinBox::smallestHeight / std::max(lowest, 1.0)));
+            if (room.width() == visible.width()) {
+                room.rwidth() -= scrollBar;
+            }
+        }
+        if (room != visible) {
+            frames = app::tileFrames(open.size(), room.width(), room.height(), m_multiViewMode);
+        }
+    }
+    m_boxesArea->canvas()->resize(room + QSize(2 * margin, 2 * margin));
+    const QRect area(QPoint(margin, margin), room);
     auto boxOf = [](project::Bin* bin) { return dynamic_cast<QWidget*>(bin->box()); };
     if (m_viewMode == app::ViewMode::onlyone) {
         project::Bin* active = m_sharedstuff->activeBin;
@@ -300,7 +345,6 @@ void MainWindowViewController::tileBoxes() {
             }
         }
     } else {
-        const auto frames = app::tileFrames(open.size(), area.width(), area.height(), m_multiViewMode);
         for (std::size_t i = 0; i < open.size(); ++i) {
             if (QWidget* box = boxOf(open[i])) {
                 const app::BoxFrame& f = frames[i];
@@ -309,10 +353,8 @@ void MainWindowViewController::tileBoxes() {
             }
         }
     }
-    for (QWidget* child : m_boxesArea->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
-        if (child == m_subContainer) {
-            continue;
-        }
+    for (QWidget* child :
+         m_boxesArea->canvas()->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
         child->setVisible(std::find(shown.begin(), shown.end(), child) != shown.end());
     }
     if (m_subContainer->isVisible()) {
@@ -402,7 +444,7 @@ void MainWindowViewController::toggleViewMode() {
 }
 
 QWidget* MainWindowViewController::boxesArea() {
-    return m_boxesArea;
+    return m_boxesArea->canvas();
 }
 
 void MainWindowViewController::boxActivated(BinBox&) {
@@ -572,6 +614,17 @@ void MainWindowViewController::terminate() {
     }
 }
 
+void MainWindowViewController::tableWriteFailed(const std::string& path) {
+    const std::string folder = std::filesystem::path(path).parent_path().filename().string();
+    for (project::Bin* bin : m_sharedstuff->allBins()) {
+        if (folder.ends_with(" - " + bin->uuid())) {
+            bin->hasChanged = true;
+        }
+    }
+    m_sharedstuff->something_to_save = true;
+    addLog("ERROR while saving file " + path, true, "Save Failed", base::NotificationType::KO);
+}
+
 void MainWindowViewController::showEvent(QShowEvent* event) {
     QMainWindow::showEvent(event);
     if (!m_shownOnce) {
@@ -584,6 +637,7 @@ void MainWindowViewController::showEvent(QShowEvent* event) {
 void MainWindowViewController::closeEvent(QCloseEvent* event) {
     // Windows that an allowed quit closes go without a second question.
     if (m_lifecycle.terminating()) {
+        m_writer->waitIdle();
         event->accept();
         return;
     }
@@ -592,6 +646,7 @@ void MainWindowViewController::closeEvent(QCloseEvent* event) {
         return;
     }
     m_backupTimer->stop();
+    m_writer->waitIdle();
     event->accept();
     // A Linux program with no window left is gone, so a closed project hands over to the chooser.
     if (m_windows.windowCount() <= 1) {

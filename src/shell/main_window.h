@@ -22,6 +22,10 @@ class QSplitter;
 class QTabWidget;
 class QTimer;
 
+namespace lumbra::tables {
+class BackgroundWriter;
+}
+
 namespace lumbra::shell {
 
 class BinsList;
@@ -133,9 +137,13 @@ private:
     // The bin the bin commands act on: the list's selected bin, else the active one.
     [[nodiscard]] project::Bin* commandBin() const;
     void logChooserFailure(bool cancelled);
+    // A table file the background writer could not write: told to the user, its bin written again later.
+    void tableWriteFailed(const std::string& path);
 
     std::unique_ptr<project::SharedStuff> m_sharedstuff;
     std::unique_ptr<WindowInteraction> m_interaction;
+    // Autosaves rewrite bin tables here, so an edit never waits for the disk.
+    std::unique_ptr<tables::BackgroundWriter> m_writer;
     base::UserInteraction* m_projectInteraction = nullptr;
     app::AppLifecycle& m_lifecycle;
     app::AppWindows& m_windows;

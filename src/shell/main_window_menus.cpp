@@ -236,8 +236,10 @@ void MainWindowViewController::buildMenus() {
     view->addAction(tr("&Notifications"), this, [this] { m_logTabView->setCurrentIndex(0); });
     view->addAction(tr("&Log"), this, [this] { m_logTabView->setCurrentIndex(1); });
     view->addSeparator();
+    // The window manager maximizes and restores, so the window never spills past its panels and docks.
     QAction* maximize = view->addAction(tr("&Maximize"));
-    connect(maximize, &QAction::triggered, this, [this] { setGeometry(screen()->availableGeometry()); });
+    maximize->setObjectName(QStringLiteral("maximizeAction"));
+    connect(maximize, &QAction::triggered, this, [this] { isMaximized() ? showNormal() : showMaximized(); });
 
     QMenu* tools = menuBar()->addMenu(tr("&Tools"));
     for (const ToolButton& button : m_toolButtons) {

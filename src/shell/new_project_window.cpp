@@ -5,6 +5,7 @@
 #include "project/setting_values.h"
 #include "project/shared_stuff.h"
 #include "qt_text.h"
+#include "window_geometry.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -177,6 +178,7 @@ NewProjectWindow::NewProjectWindow(AppDelegate& delegate, std::filesystem::path 
     connect(m_filmCheckbox, &QCheckBox::toggled, this, &NewProjectWindow::refreshRefusal);
     showSettings();
     resize(720, 460);
+    rememberGeometry(*this, QStringLiteral("newProject"));
 }
 
 NewProjectWindow::~NewProjectWindow() = default;

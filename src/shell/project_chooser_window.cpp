@@ -4,6 +4,7 @@
 #include "main_window.h"
 #include "project/project_loader.h"
 #include "project/shared_stuff.h"
+#include "window_geometry.h"
 
 #include <QApplication>
 #include <QButtonGroup>
@@ -117,6 +118,7 @@ ProjectChooserWindow::ProjectChooserWindow(AppDelegate& delegate, base::UserDefa
 
     setCentralWidget(central);
     resize(3 * kProjectButtonWidth + 2 * 12 + 2 * 12 + 2 * 16 + 40, 480);
+    rememberGeometry(*this, QStringLiteral("projectChooser"));
     refresh();
 }
 

@@ -2,6 +2,7 @@
 
 #include "project/setting_values.h"
 #include "qt_text.h"
+#include "window_geometry.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -98,6 +99,7 @@ ProjectMetadataWindow::ProjectMetadataWindow(project::SharedStuff& sharedstuff,
     fillTable();
     refreshRefusal();
     resize(520, 420);
+    rememberGeometry(*this, QStringLiteral("projectMetadata"));
 }
 
 void ProjectMetadataWindow::refreshRefusal() {

@@ -1,5 +1,6 @@
 #include "app_delegate.h"
 #include "base/scripted_interaction.h"
+#include "base/text_file.h"
 #include "binbox/bin_box.h"
 #include "bins_list.h"
 #include "bins_tree_model.h"
@@ -8,6 +9,7 @@
 #include "notifications_box.h"
 #include "project/bin.h"
 #include "shell_test_support.h"
+#include "tables/background_writer.h"
 
 #include <QAction>
 #include <QApplication>
@@ -438,6 +440,96 @@ private slots:
         QCOMPARE(m_window->sharedstuff().bins->toarray.at(0)->layout->name, std::string("No scene"));
         QCOMPARE(columnTitled(*box->mainTable(), QStringLiteral("Scene")), -1);
         QVERIFY(columnTitled(*box->mainTable(), QStringLiteral("Name")) >= 0);
+    }
+
+    void anEditKeepsTheSelectionWhileTheBinIsWrittenInTheBackground() {
+        openProject();
+        lumbra::project::SharedStuff& project = m_window->sharedstuff();
+        project.autosave = true;
+        m_window->addBinsFromFiles({file("day1.ale").toStdString()});
+        auto* box = dynamic_cast<lumbra::shell::BinBox*>(project.bins->toarray.at(0)->box());
+        QTableView& table = *box->mainTable();
+        const int tape = columnTitled(table, QStringLiteral("Tape"));
+        typeIntoCell(table, 1, tape, QStringLiteral("B777"));
+        QCOMPARE(table.currentIndex(), table.model()->index(1, tape));
+        QVERIFY(table.selectionModel()->isRowSelected(1, {}));
+        project.deferredWriter->waitIdle();
+        QDirIterator tables(m_folder->path() + QStringLiteral("/projects/Shoot"), {QStringLiteral("*.ale")},
+                            QDir::Files, QDirIterator::Subdirectories);
+        QVERIFY(tables.hasNext());
+        QVERIFY(readText(tables.next()).contains("B777"));
+
+        // A table the writer cannot write is still a failed save for the user.
+        lumbra::base::setWriteFailureHook([](const std::string& path) { return path.ends_with(".ale"); });
+        typeIntoCell(table, 2, tape, QStringLiteral("B778"));
+        project.deferredWriter->waitIdle();
+        lumbra::base::setWriteFailureHook({});
+        QTRY_COMPARE(m_window->notificationsBox()->item(0).title, std::string("Save Failed"));
+    }
+
+    void maximizeTogglesAndTheWindowReopensWithItsSize() {
+        openProject();
+        auto* maximize = m_window->findChild<QAction*>(QStringLiteral("maximizeAction"));
+        maximize->trigger();
+        QTRY_VERIFY(m_window->isMaximized());
+        maximize->trigger();
+        QTRY_VERIFY(!m_window->isMaximized());
+        m_window->resize(1010, 690);
+        m_interaction->queueAlert(std::string("Don't save"));
+        QVERIFY(m_window->close());
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        openProject();
+        QCOMPARE(m_window->size(), QSize(1010, 690));
+    }
+
+    // Five boxes side by side and ten in columns: every box keeps its size, its title and its buttons apart,
+    // and the area scrolls instead. Under LUMBRA_SCREENSHOT_DIR both views are photographed.
+    void tiledBoxesKeepTheirTitlesAndTheAreaScrolls() {
+        openProject();
+        std::vector<std::string> paths;
+        for (int day = 0; day < 10; ++day) {
+            const QString name = QStringLiteral("day%1_camera_A_selects.ale").arg(day);
+            writeText(file(name), aleText({"A001C001", "A001C002", "A001C003", "A001C004", "A001C005"}));
+            paths.push_back(file(name).toStdString());
+        }
+        m_window->resize(1400, 860);
+        m_window->addBinsFromFiles(paths);
+        lumbra::project::SharedStuff& project = m_window->sharedstuff();
+        const struct {
+            lumbra::app::MultiViewMode mode;
+            std::size_t boxes;
+            const char* picture;
+        } views[] = {{lumbra::app::MultiViewMode::portrait, 5, "portrait_five_boxes.png"},
+                     {lumbra::app::MultiViewMode::standard, 10, "standard_ten_boxes.png"}};
+        for (const auto& view : views) {
+            const std::vector<lumbra::project::Bin*> bins = project.bins->toarray;
+            for (std::size_t i = 0; i < bins.size(); ++i) {
+                bins[i]->setSelected(i < view.boxes);
+            }
+            m_window->refreshOpenBoxes();
+            m_window->setMultiViewMode(view.mode);
+            QTest::qWait(100);
+            for (std::size_t i = 0; i < view.boxes; ++i) {
+                auto* box = dynamic_cast<lumbra::shell::BinBox*>(bins[i]->box());
+                QVERIFY(box->isVisible());
+                QVERIFY(box->width() >= lumbra::shell::BinBox::smallestWidth);
+                QVERIFY(box->height() >= lumbra::shell::BinBox::smallestHeight);
+                QCOMPARE(box->titleLabel()->toolTip(), QString::fromStdString(bins[i]->displayName()));
+                QVERIFY(box->titleLabel()->width() >= 60);
+                for (const QToolButton* button :
+                     box->titleLabel()->parentWidget()->findChildren<QToolButton*>()) {
+                    QVERIFY(!button->isVisible() ||
+                            !button->geometry().intersects(box->titleLabel()->geometry()));
+                }
+            }
+            const QString folder = qEnvironmentVariable("LUMBRA_SCREENSHOT_DIR");
+            if (!folder.isEmpty()) {
+                QVERIFY(QDir().mkpath(folder));
+                QVERIFY(m_window->grab().save(folder + QLatin1Char('/') + QString::fromLatin1(view.picture)));
+            }
+        }
+        QWidget* canvas = m_window->boxesView();
+        QVERIFY(canvas->height() > canvas->parentWidget()->height());
     }
 
     void screenshotWithTwoOpenBins() {

@@ -1,5 +1,10 @@
+#include "app/bins_list_commands.h"
 #include "app_delegate.h"
 #include "base/scripted_interaction.h"
+#include "bins_list.h"
+#include "bins_tree_model.h"
+#include "main_window.h"
+#include "project/project_creation.h"
 #include "project_chooser_window.h"
 #include "qt_user_defaults.h"
 
@@ -226,6 +231,53 @@ private slots:
         QCOMPARE(m_interaction->alerts().size(), 2u);
         QCOMPARE(project.saves, 1);
         QVERIFY(m_delegate->lifecycle().terminating());
+    }
+
+    void openingProjectsInTurnFromTheChooserShowsEachTree() {
+        // Two projects of twenty bins in four groups; each open replaces the trees the lists were built on.
+        const QString root = m_projects->path();
+        for (const char* name : {"Alpha", "Bravo"}) {
+            lumbra::project::SharedStuff maker(m_interaction);
+            lumbra::project::NewProjectSettings settings;
+            settings.name = name;
+            QVERIFY(lumbra::project::createProject(maker, root.toStdString(), settings).accepted());
+            for (int g = 0; g < 4; ++g) {
+                auto& group = lumbra::app::addGroup(maker, *maker.bins);
+                for (int b = 0; b < 5; ++b) {
+                    auto table =
+                        std::make_unique<lumbra::tables::ALETable>(lumbra::tables::ALETable::fromText(
+                            "Heading\nFIELD_DELIM\tTABS\n\nColumn\nName\n\nData\nA001\n", "day"));
+                    maker.addBin(
+                        std::make_shared<lumbra::project::Bin>(std::move(table), &maker, nullptr, true),
+                        &group);
+                }
+            }
+            QVERIFY(maker.save());
+        }
+        QSettings().setValue(QStringLiteral("localfolder"), root);
+        m_delegate->start();
+        for (int open = 0; open < 22; ++open) {
+            QPointer<ProjectChooserWindow> chooser = m_delegate->projectChooser();
+            QVERIFY(chooser);
+            QTest::mouseClick(chooser->projectButtons()[open % 2], Qt::LeftButton);
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            QPointer<lumbra::shell::MainWindowViewController> window;
+            for (QWidget* widget : QApplication::topLevelWidgets()) {
+                if (auto* main = qobject_cast<lumbra::shell::MainWindowViewController*>(widget)) {
+                    window = main;
+                }
+            }
+            QVERIFY(window);
+            QCOMPARE(window->projectName(), std::string(open % 2 == 0 ? "Alpha" : "Bravo"));
+            const auto& model = window->binsList()->binsModel();
+            QCOMPARE(model.rowCount(), 4);
+            QCOMPARE(model.rowCount(model.index(3, 0)), 5);
+            QVERIFY(window->binsList()->isExpanded(model.index(3, 0)));
+            m_interaction->queueAlert(std::string("Don't save"));
+            window->close();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            QVERIFY(!window);
+        }
     }
 
     void screenshot() {

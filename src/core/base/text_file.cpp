@@ -176,7 +176,7 @@ bool writeFileAtomically(const std::string& path, std::string_view content) {
     namespace fs = std::filesystem;
     fs::path target(path);
     fs::path folder = target.parent_path().empty() ? fs::path(".") : target.parent_path();
-    static std::mt19937_64 random{std::random_device{}()};
+    thread_local std::mt19937_64 random{std::random_device{}()};
     // The size in the name lets the next open tell a complete file that a kill kept from its rename.
     fs::path temp = folder / ("." + target.filename().string() + ".tmp" + std::to_string(random() % 1000000) +
                               "." + std::to_string(content.size()));

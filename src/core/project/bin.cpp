@@ -2,6 +2,7 @@
 
 #include "base/console.h"
 #include "base/text_helpers.h"
+#include "tables/background_writer.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -221,8 +222,19 @@ bool Bin::save(const std::string& folder, bool isCopy, Notifications* notificati
         // The smart bin's rows are other bins' rows: only its rule and settings are written.
         return writeSmartbinFile(folder, nullptr) && base::Saveable::save(folder, isCopy, notifications);
     }
+    const std::string alePath = path + ".ale";
+    tables::BackgroundWriter* writer = isCopy || !sharedstuff ? nullptr : sharedstuff->backgroundWriter();
+    std::error_code exists;
+    // Only a table file already in place is rewritten later: a new or renamed one is written now, after what
+    // still waits, so that the clean-up below sees every file of the bin.
+    if (writer && !fs::exists(alePath, exists)) {
+        writer->waitIdle();
+        writer = nullptr;
+    }
     // A bin whose table never loaded writes no table over a file that may still hold one.
-    if (m_table && !m_table->saveALE(path + ".ale", {}, true, false, nullptr, true)) {
+    if (m_table && writer) {
+        writer->write(alePath, m_table->aleText({}, false, true));
+    } else if (m_table && !m_table->saveALE(alePath, {}, true, false, nullptr, true)) {
         printLine("ERROR while saving file " + path);
         if (notifications)
             notifications->emplace_back("Error saving", "Error writing to " + path, NotificationType::KO);

@@ -7,6 +7,7 @@
 #include <string>
 
 namespace lumbra::tables {
+class BackgroundWriter;
 class ColumnsLayout;
 class ProjectLink;
 } // namespace lumbra::tables
@@ -65,6 +66,9 @@ public:
     [[nodiscard]] virtual BinsTreeEntry* smartbinsTree() { return nullptr; }
     // Makes the colour tag trees again after the trees changed.
     virtual void rebuildTagTrees() {}
+    // Where a save hands the rewrite of a bin's table when it may happen after the save returns; nullptr
+    // writes it at once.
+    [[nodiscard]] virtual tables::BackgroundWriter* backgroundWriter() { return nullptr; }
 
     // The .smartbin file of a bin, read and written by the smart bins code. Without it a
     // smart bin can be neither read nor written: false, with a message.

@@ -1,6 +1,7 @@
 #include "project/bins_tree_saver.h"
 
 #include "base/console.h"
+#include "tables/background_writer.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -34,6 +35,14 @@ bool outsideTree(BinsTreeEntry& entry, Notifications* notifications) {
                                         " because it is outside of this tree",
                                     NotificationType::KO);
     return false;
+}
+
+// Folders move and go only once the files still being written into them are done.
+void settleWrites(BinsTreeEntry& root) {
+    if (root.sharedstuff != nullptr) {
+        if (tables::BackgroundWriter* writer = root.sharedstuff->backgroundWriter())
+            writer->waitIdle();
+    }
 }
 
 } // namespace
@@ -75,6 +84,7 @@ bool BinsTreeSaver::saveAt(BinsTreeEntry& entry, const std::string& path, Notifi
     auto place = currentFolder(entry, path);
     if (place && *place != path) {
         printLine("moving " + *place + " to " + path);
+        settleWrites(m_root);
         std::error_code ec;
         fs::create_directories(fs::path(path).parent_path(), ec);
         fs::rename(*place, path, ec);
@@ -141,6 +151,7 @@ bool BinsTreeSaver::removeEntries(const std::vector<TreeNode>& entries, Notifica
         auto it = m_folders->find(entry->nodeUuid());
         if (it == m_folders->end())
             continue;
+        settleWrites(m_root);
         std::error_code ec;
         fs::remove_all(it->second, ec);
         if (ec)

@@ -154,6 +154,7 @@ public:
     [[nodiscard]] BinsTreeEntry* binsTree() override { return bins.get(); }
     [[nodiscard]] BinsTreeEntry* smartbinsTree() override { return smartbins.get(); }
     void rebuildTagTrees() override;
+    [[nodiscard]] tables::BackgroundWriter* backgroundWriter() override { return deferredWriter; }
 
     // tables::ProjectLink: every smart table tests the row again.
     void rowChanged(tables::ALEEntry& row) override;
@@ -185,6 +186,8 @@ public:
     bool archiveOriginalData = true;
     MainWindowLink* mainWindow = nullptr;         // does not own; absent until the window stands
     base::UserInteraction* interaction = nullptr; // does not own
+    // Set by a window that keeps typing free of disk time; the window waits for it before the project goes.
+    tables::BackgroundWriter* deferredWriter = nullptr; // does not own
     std::vector<std::string> projectTags;
     bool saving_film_format = false;
     bool gang = false;

@@ -3,6 +3,7 @@
 #include "app/bin_box_edits.h"
 #include "binbox/bin_table_model.h"
 #include "binbox/box_header.h"
+#include "binbox/elided_label.h"
 #include "chain/layout_generator_view_controller.h"
 #include "project/bin.h"
 #include "project/shared_stuff.h"
@@ -15,6 +16,8 @@
 #include <QIcon>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
+#include <QPointer>
 #include <QScrollBar>
 #include <QShortcut>
 #include <QStyle>
@@ -64,6 +67,7 @@ constexpr int searchStripInset = 20;
 BinBox::BinBox(project::Bin& bin, project::SharedStuff& sharedstuff, BoxHost& host, QWidget* parent)
     : QWidget(parent), m_bin(bin), m_sharedstuff(sharedstuff), m_host(host) {
     setObjectName(QStringLiteral("binBox"));
+    setMinimumSize(smallestWidth, smallestHeight);
     buildViews();
     refresh(false);
 }
@@ -96,7 +100,7 @@ void BinBox::buildViews() {
     titleLayout->setContentsMargins(4, 2, 4, 2);
     titleLayout->setSpacing(4);
     m_closeButton = makeButton(m_titleBar, "window-close", tr("✕"), tr("Close Bin"));
-    m_titleLabel = new QLabel(m_titleBar);
+    m_titleLabel = new ElidedLabel(m_titleBar);
     m_titleLabel->setObjectName(QStringLiteral("titleLabel"));
     QFont bold = m_titleLabel->font();
     bold.setBold(true);
@@ -110,9 +114,25 @@ void BinBox::buildViews() {
     titleLayout->addWidget(m_titleLabel, 1);
     m_layoutButton = makeButton(m_titleBar, "view-list-details", tr("Layout"), tr("Edit the bin's columns"));
     m_layoutButton->setObjectName(QStringLiteral("layoutButton"));
+    m_layoutButton->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    m_moreButton = makeButton(m_titleBar, "", tr("⋯"), tr("Layout, gang scrolling and extending"));
+    m_moreButton->setObjectName(QStringLiteral("moreButton"));
+    m_moreButton->setPopupMode(QToolButton::InstantPopup);
+    m_moreButton->setStyleSheet(QStringLiteral("QToolButton::menu-indicator { image: none; }"));
+    auto* more = new QMenu(m_moreButton);
+    more->addAction(tr("Layout…"), this, &BinBox::editLayout);
+    m_gangAction = more->addAction(tr("Gang"), this, &BinBox::gangPressed);
+    m_gangAction->setCheckable(true);
+    more->addAction(tr("Extend"), this, [this] {
+        setActive(true);
+        m_host.toggleViewMode();
+    });
+    m_moreButton->setMenu(more);
+    m_moreButton->hide();
     titleLayout->addWidget(m_layoutButton);
     titleLayout->addWidget(m_gangButton);
     titleLayout->addWidget(m_extendButton);
+    titleLayout->addWidget(m_moreButton);
     layout->addWidget(m_titleBar);
 
     m_searchStrip = new QWidget(this);
@@ -166,11 +186,7 @@ void BinBox::buildViews() {
 
     connect(m_closeButton, &QToolButton::clicked, this, &BinBox::closePressed);
     connect(m_gangButton, &QToolButton::clicked, this, &BinBox::gangPressed);
-    connect(m_layoutButton, &QToolButton::clicked, this, [this] {
-        setActive(true);
-        if (openLayoutEditor(m_sharedstuff, &m_bin, window()))
-            refresh(false);
-    });
+    connect(m_layoutButton, &QToolButton::clicked, this, &BinBox::editLayout);
     connect(m_extendButton, &QToolButton::clicked, this, [this] {
         setActive(true);
         m_host.toggleViewMode();
@@ -188,6 +204,27 @@ void BinBox::buildViews() {
         m_searchField->setFocus();
         m_searchField->selectAll();
     });
+}
+
+void BinBox::editLayout() {
+    setActive(true);
+    if (openLayoutEditor(m_sharedstuff, &m_bin, window()))
+        refresh(false);
+}
+
+void BinBox::foldTitleButtons() {
+    const QList<QToolButton*> folding{m_layoutButton, m_gangButton, m_extendButton};
+    const QLayout* bar = m_titleBar->layout();
+    const QMargins margins = bar->contentsMargins();
+    // The title keeps room for a few words before any button gives way.
+    const int titleRoom = std::min(m_titleLabel->fontMetrics().horizontalAdvance(m_titleLabel->text()), 90);
+    int needed = margins.left() + margins.right() + m_closeButton->sizeHint().width() + titleRoom;
+    for (const QToolButton* button : folding)
+        needed += bar->spacing() + button->sizeHint().width();
+    const bool fold = m_titleBar->width() < needed + bar->spacing();
+    for (QToolButton* button : folding)
+        button->setVisible(!fold);
+    m_moreButton->setVisible(fold);
 }
 
 void BinBox::setUpTable(TablePart& part, bool pinned) {
@@ -343,6 +380,11 @@ void BinBox::updateFrames() {
 
 void BinBox::updateButtons() {
     m_gangButton->setChecked(m_sharedstuff.gang);
+    m_gangAction->setChecked(m_sharedstuff.gang);
+    const QString layout = toQt(m_bin.layout ? m_bin.layout->name : std::string());
+    m_layoutButton->setText(m_layoutButton->fontMetrics().elidedText(layout, Qt::ElideRight, 110));
+    m_layoutButton->setToolTip(tr("Layout “%1”: edit the bin's columns").arg(layout));
+    foldTitleButtons();
     m_dataScopeButton->setChecked(!m_searchHeaders);
     m_headersScopeButton->setChecked(m_searchHeaders);
 }
@@ -352,6 +394,7 @@ void BinBox::updateActiveLook(bool active) {
     // The lock mark follows the bin on every redraw, not only when the box is activated.
     const std::string name = m_bin.displayName();
     m_titleLabel->setText(toQt(m_bin.isLock() ? "🔒" + name : name));
+    m_titleLabel->setToolTip(m_titleLabel->text());
     QPalette look = palette();
     const bool smart = project::smartLink(m_bin) != nullptr;
     if (active) {
@@ -617,6 +660,8 @@ void BinBox::gangPressed() {
 }
 
 bool BinBox::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_titleBar && event->type() == QEvent::Resize)
+        foldTitleButtons();
     if (event->type() == QEvent::MouseButtonPress)
         setActive(true);
     return QWidget::eventFilter(watched, event);

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+class QAction;
 class QFrame;
 class QLabel;
 class QLineEdit;
@@ -69,8 +70,14 @@ public:
     [[nodiscard]] QLabel* statusLabel() const noexcept { return m_statusLabel; }
     [[nodiscard]] QToolButton* closeButton() const noexcept { return m_closeButton; }
     [[nodiscard]] QToolButton* gangButton() const noexcept { return m_gangButton; }
-    // Opens the layout editor on the bin.
+    // Opens the layout editor on the bin; its text names the bin's layout.
     [[nodiscard]] QToolButton* layoutButton() const noexcept { return m_layoutButton; }
+    // Stands for the title bar's buttons while the bar is too narrow for them.
+    [[nodiscard]] QToolButton* moreButton() const noexcept { return m_moreButton; }
+
+    // No box is laid out smaller: below this the title, the search field and the rows stop being usable.
+    static constexpr int smallestWidth = 240;
+    static constexpr int smallestHeight = 190;
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -96,6 +103,9 @@ private:
     void updateFrames();
     void updateButtons();
     void updateActiveLook(bool active);
+    // Shows the title bar's buttons, or the one button with their menu when the bar has no room for them.
+    void foldTitleButtons();
+    void editLayout();
     [[nodiscard]] TablePart& partOf(bool pinned) { return pinned ? m_pinned : m_main; }
     [[nodiscard]] TablePart* partHolding(const std::string& column);
 
@@ -140,6 +150,8 @@ private:
     QToolButton* m_gangButton = nullptr;
     QToolButton* m_extendButton = nullptr;
     QToolButton* m_layoutButton = nullptr;
+    QToolButton* m_moreButton = nullptr;
+    QAction* m_gangAction = nullptr;
     QWidget* m_searchStrip = nullptr;
     QLineEdit* m_searchField = nullptr;
     QLabel* m_notFoundLabel = nullptr;
