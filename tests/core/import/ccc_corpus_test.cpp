@@ -1,4 +1,5 @@
 #include "base/console.h"
+#include "core/corpus_files.h"
 #include "import/ccc_parser.h"
 
 #include <filesystem>
@@ -10,11 +11,10 @@
 namespace lumbra::import {
 namespace {
 
-namespace fs = std::filesystem;
 using Row = std::map<std::string, std::string>;
 using Names = std::vector<std::string>;
 
-const fs::path kCorpus = LUMBRA_CORPUS_DIR;
+using lumbra::testing::corpusEntries;
 
 struct CccFile {
     const char* name;
@@ -52,11 +52,11 @@ const CccFile kCccFiles[] = {
 
 TEST(CCCCorpus, EveryFileLoads) {
     std::size_t seen = 0;
-    for (const auto& file : fs::directory_iterator(kCorpus / "ccc")) {
-        const std::string name = file.path().filename().string();
+    for (const auto& path : corpusEntries("ccc")) {
+        const std::string name = path.filename().string();
         SCOPED_TRACE(name);
         base::PrintCapture capture;
-        auto table = CCCParser::parseCCCFile(file.path().string());
+        auto table = CCCParser::parseCCCFile(path.string());
         ASSERT_TRUE(table);
         EXPECT_TRUE(capture.lines().empty());
         EXPECT_EQ(table->name, name.substr(0, name.size() - 4));

@@ -1,4 +1,5 @@
 #include "base/console.h"
+#include "core/corpus_files.h"
 #include "import/edl_parser.h"
 #include "import/file_formats.h"
 
@@ -11,11 +12,11 @@
 namespace lumbra::import {
 namespace {
 
-namespace fs = std::filesystem;
 using Row = std::map<std::string, std::string>;
 using Names = std::vector<std::string>;
 
-const fs::path kCorpus = LUMBRA_CORPUS_DIR;
+using lumbra::testing::corpusEntries;
+using lumbra::testing::corpusFile;
 const Names kSixColumns{"Id", "Name", "Start", "End", "Record_In", "Record_Out"};
 
 // What the files say, read by eye: the title, the events, the first event whole, and the columns.
@@ -140,11 +141,11 @@ TEST(EDLCorpus, EveryFileLoads) {
     for (const auto& f : kEdlFiles)
         described[f.name] = &f;
     std::size_t seen = 0;
-    for (const auto& file : fs::directory_iterator(kCorpus / "edl")) {
-        const std::string name = file.path().filename().string();
+    for (const auto& path : corpusEntries("edl")) {
+        const std::string name = path.filename().string();
         SCOPED_TRACE(name);
         base::PrintCapture capture;
-        std::optional<tables::EDLTable> table = parseEDLFile(file.path().string());
+        std::optional<tables::EDLTable> table = parseEDLFile(path.string());
         ASSERT_TRUE(table);
         EXPECT_TRUE(capture.lines().empty());
         ASSERT_GE(table->cols.size(), kSixColumns.size());
@@ -170,7 +171,7 @@ TEST(EDLCorpus, EveryFileLoads) {
 }
 
 TEST(EDLCorpus, MarkersFillTheirColumns) {
-    auto table = parseEDLFile((kCorpus / "edl" / "iluvcapra_pycmx__cdl_example01.edl").string());
+    auto table = parseEDLFile(corpusFile("edl", "iluvcapra_pycmx__cdl_example01.edl"));
     ASSERT_TRUE(table);
     std::size_t marked = 0;
     for (const auto& entry : table->data)
@@ -186,9 +187,9 @@ TEST(EDLCorpus, MarkersFillTheirColumns) {
 }
 
 TEST(EDLCorpus, ColourListsHaveNoReaderOfTheirOwn) {
-    for (const auto& file : fs::directory_iterator(kCorpus / "cdl")) {
-        SCOPED_TRACE(file.path().filename().string());
-        EXPECT_EQ(import::formatForPath(file.path().string()), nullptr);
+    for (const auto& path : corpusEntries("cdl")) {
+        SCOPED_TRACE(path.filename().string());
+        EXPECT_EQ(import::formatForPath(path.string()), nullptr);
     }
 }
 

@@ -1,4 +1,5 @@
 #include "base/console.h"
+#include "core/corpus_files.h"
 #include "import/mhl_parser.h"
 
 #include <filesystem>
@@ -10,11 +11,10 @@
 namespace lumbra::import {
 namespace {
 
-namespace fs = std::filesystem;
 using Row = std::map<std::string, std::string>;
 using Names = std::vector<std::string>;
 
-const fs::path kCorpus = LUMBRA_CORPUS_DIR;
+using lumbra::testing::corpusEntries;
 
 // Read by eye: how many hash blocks, the child names in order of first appearance, the first block.
 struct MhlFile {
@@ -86,11 +86,11 @@ TEST(MHLCorpus, EveryFileLoads) {
     for (const auto& f : kMhlFiles)
         described[f.name] = &f;
     std::size_t seen = 0;
-    for (const auto& file : fs::directory_iterator(kCorpus / "mhl")) {
-        const std::string name = file.path().filename().string();
+    for (const auto& path : corpusEntries("mhl")) {
+        const std::string name = path.filename().string();
         SCOPED_TRACE(name);
         base::PrintCapture capture;
-        auto table = parseMHLFile(file.path().string());
+        auto table = parseMHLFile(path.string());
         ASSERT_TRUE(table);
         EXPECT_TRUE(capture.lines().empty());
         EXPECT_EQ(table->name, name.substr(0, name.size() - 4));
