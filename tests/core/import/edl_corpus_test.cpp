@@ -161,10 +161,12 @@ TEST(EDLCorpus, EveryFileLoads) {
         ++seen;
         const EdlFile& f = *it->second;
         EXPECT_EQ(table->name, f.title);
-        if (f.rows > 0)
+        if (f.rows > 0) {
             EXPECT_EQ(table->data.size(), f.rows);
-        if (!f.cols.empty())
+        }
+        if (!f.cols.empty()) {
             EXPECT_EQ(table->cols, f.cols);
+        }
         EXPECT_EQ(table->data.front().data.toMap(), f.firstRow);
     }
     EXPECT_EQ(seen, std::size(kEdlFiles));

@@ -104,8 +104,9 @@ TEST(MHLCorpus, EveryFileLoads) {
         const MhlFile& f = *it->second;
         EXPECT_EQ(table->data.size(), f.rows);
         EXPECT_EQ(table->cols, f.cols);
-        if (f.rows > 0)
+        if (f.rows > 0) {
             EXPECT_EQ(table->data.front().data.toMap(), f.firstRow);
+        }
     }
     EXPECT_EQ(seen, std::size(kMhlFiles));
 }
