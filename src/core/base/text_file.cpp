@@ -173,13 +173,22 @@ std::optional<std::string> readTextFile(const std::string& path, Notifications* 
 }
 
 bool writeFileAtomically(const std::string& path, std::string_view content) {
+    return writeFileAtomically(path, [content](const TextSink& sink) { return sink(content); });
+}
+
+bool writeFileAtomically(const std::string& path, const TextProducer& produce) {
     namespace fs = std::filesystem;
+    std::size_t size = 0;
+    produce([&size](std::string_view part) {
+        size += part.size();
+        return true;
+    });
     fs::path target(path);
     fs::path folder = target.parent_path().empty() ? fs::path(".") : target.parent_path();
     thread_local std::mt19937_64 random{std::random_device{}()};
     // The size in the name lets the next open tell a complete file that a kill kept from its rename.
     fs::path temp = folder / ("." + target.filename().string() + ".tmp" + std::to_string(random() % 1000000) +
-                              "." + std::to_string(content.size()));
+                              "." + std::to_string(size));
     int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     if (fd < 0)
         return false;
@@ -194,9 +203,28 @@ bool writeFileAtomically(const std::string& path, std::string_view content) {
         }
         return true;
     };
-    const std::size_t half = content.size() / 2;
-    bool ok = writeAll(content.substr(0, half)) && !injectedFault(path, WriteStep::write) &&
-              writeAll(content.substr(half)) && ::fsync(fd) == 0;
+    // A write fault is injected once half of the text is on disk.
+    const std::size_t half = size / 2;
+    std::size_t written = 0;
+    bool halfPassed = false;
+    auto passHalf = [&] {
+        halfPassed = true;
+        return !injectedFault(path, WriteStep::write);
+    };
+    auto sink = [&](std::string_view part) {
+        if (!halfPassed && written + part.size() >= half) {
+            const std::size_t head = half - written;
+            if (!writeAll(part.substr(0, head)))
+                return false;
+            written += head;
+            part.remove_prefix(head);
+            if (!passHalf())
+                return false;
+        }
+        written += part.size();
+        return writeAll(part);
+    };
+    bool ok = produce(sink) && (halfPassed || passHalf()) && written == size && ::fsync(fd) == 0;
     ok = (::close(fd) == 0) && ok;
     std::error_code ec;
     ok = ok && !injectedFault(path, WriteStep::rename);

@@ -33,6 +33,15 @@ void collapseCrLf(std::string& text);
 // was and removes its temporary file; only a killed process leaves one behind.
 [[nodiscard]] bool writeFileAtomically(const std::string& path, std::string_view content);
 
+// Takes one part of a file's text; false when it could not be written.
+using TextSink = std::function<bool(std::string_view part)>;
+// Hands a whole text to the sink in parts, the same parts each time it is called; false when the sink was.
+using TextProducer = std::function<bool(const TextSink& sink)>;
+
+// As above, for a text made in parts while it is written, so that a large file is never held whole: the
+// producer runs twice, once to measure the text and once to write it.
+[[nodiscard]] bool writeFileAtomically(const std::string& path, const TextProducer& produce);
+
 // What a temporary file of writeFileAtomically says of itself by its name.
 struct TemporaryFileName {
     // The name of the file it was to replace.

@@ -5,6 +5,7 @@
 #include "base/text_helpers.h"
 #include "import/as_clip_table.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 #include <unordered_set>
@@ -115,17 +116,40 @@ bool isTimecode(const std::string& token) {
     return base::tokenise(token, ":").size() >= 4;
 }
 
+// The lines as the tokeniser cuts them (double quotes dropped, a line feed between them kept), as views
+// into the text compacted in place: a large list is never held twice.
+std::vector<std::string_view> unquotedLines(std::string& text) {
+    std::vector<std::string_view> lines;
+    lines.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1);
+    std::size_t w = 0;
+    std::size_t start = 0;
+    bool quoted = false;
+    for (char c : text) {
+        if (c == '"') {
+            quoted = !quoted;
+        } else if (c == '\n' && !quoted) {
+            lines.emplace_back(text.data() + start, w - start);
+            start = w;
+        } else {
+            text[w++] = c;
+        }
+    }
+    lines.emplace_back(text.data() + start, w - start);
+    text.resize(w);
+    return lines;
+}
+
 } // namespace
 
 EDLParser::EDLParser(std::string text) : text(std::move(text)) {
     base::collapseCrLf(this->text);
 }
 
-tables::EDLTable EDLParser::parse() const {
+tables::EDLTable EDLParser::parse() {
     tables::EDLTable table("EDL table");
     table.cols = {"Id", "Name", "Start", "End", "Record_In", "Record_Out"};
     ColumnsInOrder columns(table);
-    const std::vector<std::string> lines = base::tokenise(text, "\n");
+    const std::vector<std::string_view> lines = unquotedLines(text);
     const ColumnKey idKey = ColumnNames::key("Id");
     const ColumnKey nameKey = ColumnNames::key("Name");
     std::array<ColumnKey, 4> timecodeKeys{};
@@ -159,6 +183,8 @@ tables::EDLTable EDLParser::parse() const {
             continue;
         }
         tables::DBEntry entry;
+        // Events of one list mostly carry the same comments, so the columns met so far fit a row exactly.
+        entry.data.reserve(table.cols.size());
         entry.data.set(idKey, std::move(tokens[0]));
         entry.data.set(nameKey, std::move(tokens[1]));
         std::size_t found = 0;

@@ -18,7 +18,8 @@ public:
 
     // "EDL table" (or the title) over "Id", "Name", "Start", "End", "Record_In", "Record_Out" and
     // one column per comment key met. Never fails: lines that fit nothing are skipped or make thin rows.
-    [[nodiscard]] tables::EDLTable parse() const;
+    // The text is cut into lines in place, so it is spent afterwards.
+    [[nodiscard]] tables::EDLTable parse();
 
     std::string text;
 };

@@ -134,78 +134,114 @@ bool refusedOverwrite(const std::string& path, bool overwrite, std::string* reas
     return true;
 }
 
-bool saveText(const std::string& path, const std::string& text, const std::string& folderMessage,
+bool saveText(const std::string& path, const base::TextProducer& produce, const std::string& folderMessage,
               std::string* reason) {
     if (!makeParentFolder(path, folderMessage, reason))
         return false;
-    if (!base::writeFileAtomically(path, text))
+    if (!base::writeFileAtomically(path, produce))
         return refuse("ERROR while saving file " + path, reason);
     return true;
+}
+
+// Rows go to the sink in parts of about this size, so a large table is never held as one text as well.
+constexpr std::size_t partBytes = std::size_t(1) << 20;
+
+base::TextSink appendingTo(std::string& out) {
+    return [&out](std::string_view part) {
+        out.append(part);
+        return true;
+    };
+}
+
+bool passFullPart(std::string& out, const base::TextSink& sink) {
+    if (out.size() < partBytes)
+        return true;
+    const bool ok = sink(out);
+    out.clear();
+    return ok;
+}
+
+bool writeAleText(const ALETable& table, const base::TextSink& sink, const std::vector<std::string>& columns,
+                  bool omitFilmFormat, bool escapeValues) {
+    const auto& names = columns.empty() ? table.cols : columns;
+    auto keys = keysOf(names);
+    const bool escaped = escapeValues && needsEscapes(table.data, names);
+    std::string out;
+    out += "Heading\n";
+    if (table.field_delim)
+        out += "FIELD_DELIM\t" + *table.field_delim + "\n";
+    if (table.video_format)
+        out += "VIDEO_FORMAT\t" + *table.video_format + "\n";
+    if (table.fps)
+        out += "FPS\t" + *table.fps + "\n";
+    if (table.audio_format)
+        out += "AUDIO_FORMAT\t" + *table.audio_format + "\n";
+    if (table.film_format && !omitFilmFormat)
+        out += "FILM_FORMAT\t" + *table.film_format + "\n";
+    if (table.tape && !table.tape->empty())
+        out += "TAPE\t" + *table.tape + "\n";
+    if (escaped)
+        out += std::string(valueEscapesKey) + "\tBACKSLASH\n";
+    out += "\nColumn\n";
+    appendJoined(out, names, "\t", escaped ? ValueForm::escaped : ValueForm::plain);
+    out += "\n\nData";
+    for (const auto& row : table.data) {
+        out += '\n';
+        appendRow(out, row->data(), keys, "\t", escaped ? ValueForm::escaped : ValueForm::plain);
+        if (!passFullPart(out, sink))
+            return false;
+    }
+    out += '\n';
+    return sink(out);
+}
+
+bool writeCsvText(const ALETable& table, const base::TextSink& sink, const std::string& sep,
+                  bool withMetadata, const std::vector<std::string>& columns, bool omitFilmFormat) {
+    const auto& names = columns.empty() ? table.cols : columns;
+    auto keys = keysOf(names);
+    std::string out;
+    // Values are quoted as standard CSV, so that a separator or line feed inside one reads back in place.
+    auto field = [&](const std::string& value) { return base::standardCsvField(value, sep); };
+    if (withMetadata) {
+        out += "Metadata\n";
+        if (table.video_format)
+            out += "VIDEO_FORMAT" + sep + field(*table.video_format) + "\n";
+        if (table.fps)
+            out += "FPS" + sep + field(*table.fps) + "\n";
+        if (table.audio_format)
+            out += "AUDIO_FORMAT" + sep + field(*table.audio_format) + "\n";
+        if (table.film_format && !omitFilmFormat)
+            out += "FILM_FORMAT" + sep + field(*table.film_format) + "\n";
+        if (table.tape && !table.tape->empty())
+            out += "TAPE" + sep + field(*table.tape) + "\n";
+        out += "Column\n";
+    }
+    appendJoined(out, names, sep, ValueForm::csvQuoted);
+    out += '\n';
+    for (const auto& row : table.data) {
+        out += '\n';
+        appendRow(out, row->data(), keys, sep, ValueForm::csvQuoted);
+        if (!passFullPart(out, sink))
+            return false;
+    }
+    return sink(out);
 }
 
 } // namespace
 
 std::string ALETable::aleText(const std::vector<std::string>& columns, bool omitFilmFormat,
                               bool escapeValues) const {
-    const auto& names = columns.empty() ? cols : columns;
-    auto keys = keysOf(names);
-    const bool escaped = escapeValues && needsEscapes(data, names);
     std::string out;
-    out.reserve(estimateSize(data, names.size()));
-    out += "Heading\n";
-    if (field_delim)
-        out += "FIELD_DELIM\t" + *field_delim + "\n";
-    if (video_format)
-        out += "VIDEO_FORMAT\t" + *video_format + "\n";
-    if (fps)
-        out += "FPS\t" + *fps + "\n";
-    if (audio_format)
-        out += "AUDIO_FORMAT\t" + *audio_format + "\n";
-    if (film_format && !omitFilmFormat)
-        out += "FILM_FORMAT\t" + *film_format + "\n";
-    if (tape && !tape->empty())
-        out += "TAPE\t" + *tape + "\n";
-    if (escaped)
-        out += std::string(valueEscapesKey) + "\tBACKSLASH\n";
-    out += "\nColumn\n";
-    appendJoined(out, names, "\t", escaped ? ValueForm::escaped : ValueForm::plain);
-    out += "\n\nData";
-    for (const auto& row : data) {
-        out += '\n';
-        appendRow(out, row->data(), keys, "\t", escaped ? ValueForm::escaped : ValueForm::plain);
-    }
-    out += '\n';
+    out.reserve(estimateSize(data, (columns.empty() ? cols : columns).size()));
+    writeAleText(*this, appendingTo(out), columns, omitFilmFormat, escapeValues);
     return out;
 }
 
 std::string ALETable::csvText(const std::string& sep, bool withMetadata,
                               const std::vector<std::string>& columns, bool omitFilmFormat) const {
-    const auto& names = columns.empty() ? cols : columns;
-    auto keys = keysOf(names);
     std::string out;
-    out.reserve(estimateSize(data, names.size()));
-    // Values are quoted as standard CSV, so that a separator or line feed inside one reads back in place.
-    auto field = [&](const std::string& value) { return base::standardCsvField(value, sep); };
-    if (withMetadata) {
-        out += "Metadata\n";
-        if (video_format)
-            out += "VIDEO_FORMAT" + sep + field(*video_format) + "\n";
-        if (fps)
-            out += "FPS" + sep + field(*fps) + "\n";
-        if (audio_format)
-            out += "AUDIO_FORMAT" + sep + field(*audio_format) + "\n";
-        if (film_format && !omitFilmFormat)
-            out += "FILM_FORMAT" + sep + field(*film_format) + "\n";
-        if (tape && !tape->empty())
-            out += "TAPE" + sep + field(*tape) + "\n";
-        out += "Column\n";
-    }
-    appendJoined(out, names, sep, ValueForm::csvQuoted);
-    out += '\n';
-    for (const auto& row : data) {
-        out += '\n';
-        appendRow(out, row->data(), keys, sep, ValueForm::csvQuoted);
-    }
+    out.reserve(estimateSize(data, (columns.empty() ? cols : columns).size()));
+    writeCsvText(*this, appendingTo(out), sep, withMetadata, columns, omitFilmFormat);
     return out;
 }
 
@@ -213,8 +249,12 @@ bool ALETable::saveALE(const std::string& path, const std::vector<std::string>& 
                        bool omitFilmFormat, std::string* reason, bool escapeValues) const {
     if (refusedOverwrite(path, overwrite, reason))
         return false;
-    return saveText(path, aleText(columns, omitFilmFormat, escapeValues), "ERROR: couldn't create directory ",
-                    reason);
+    return saveText(
+        path,
+        [&](const base::TextSink& sink) {
+            return writeAleText(*this, sink, columns, omitFilmFormat, escapeValues);
+        },
+        "ERROR: couldn't create directory ", reason);
 }
 
 bool ALETable::saveCSV(const std::string& path, const std::string& sep, bool withMetadata,
@@ -222,8 +262,12 @@ bool ALETable::saveCSV(const std::string& path, const std::string& sep, bool wit
                        std::string* reason) const {
     if (refusedOverwrite(path, overwrite, reason))
         return false;
-    return saveText(path, csvText(sep, withMetadata, columns, omitFilmFormat),
-                    "ERROR: couldn't crete directory ", reason);
+    return saveText(
+        path,
+        [&](const base::TextSink& sink) {
+            return writeCsvText(*this, sink, sep, withMetadata, columns, omitFilmFormat);
+        },
+        "ERROR: couldn't crete directory ", reason);
 }
 
 } // namespace lumbra::tables

@@ -258,6 +258,26 @@ TEST(ALEWriter, SaveFailures) {
     }
 }
 
+TEST(ALEWriter, ALargeTableIsWrittenInPartsAsOneTextOrNotAtAll) {
+    TempDir dir;
+    ALETable t = makeTable({"A", "B"},
+                           std::vector<testing::Cells>(30000, {{"A", std::string(80, 'a')}, {"B", "b\tc"}}));
+    const std::string ale = dir.write("big.ale", "old");
+    base::setWriteFailureHook([](const std::string&) { return true; });
+    {
+        base::PrintCapture capture;
+        EXPECT_FALSE(t.saveALE(ale, {}, true, false));
+    }
+    base::setWriteFailureHook({});
+    EXPECT_EQ(fileBytes(ale), "old");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
+    const std::string csv = dir.file("big.csv");
+    ASSERT_TRUE(t.saveALE(ale, {}, true, false, nullptr, true));
+    ASSERT_TRUE(t.saveCSV(csv, ",", true, {}, false, false));
+    EXPECT_EQ(fileBytes(ale), t.aleText({}, false, true));
+    EXPECT_EQ(fileBytes(csv), t.csvText(",", true, {}, false));
+}
+
 TEST(ALEWriter, RoundTripGivesTheSameTable) {
     TempDir dir;
     const std::string file = "Heading\nFIELD_DELIM\tTABS\nVIDEO_FORMAT\t1080 i\nFPS\t23.976\n"
