@@ -136,6 +136,10 @@ std::string decodeLatin1(std::string_view bytes) {
     return toUtf8(bytes, "ISO-8859-1").value_or(std::string());
 }
 
+std::string tableNameFromPath(std::string_view path) {
+    return dropLastCharacters(std::filesystem::path(path).filename().string(), 4);
+}
+
 std::optional<std::string> readFileBytes(const std::string& path) {
     std::FILE* f = std::fopen(path.c_str(), "rb");
     if (!f)

@@ -25,6 +25,10 @@ void collapseCrLf(std::string& text);
 [[nodiscard]] std::optional<std::string> readTextFile(const std::string& path,
                                                       Notifications* notifications = nullptr);
 
+// A table's name from the path it was read from: the file name less its last four characters,
+// whatever they are (empty when it has no more); quotes and slashes of the name stay as they are.
+[[nodiscard]] std::string tableNameFromPath(std::string_view path);
+
 // The file's bytes; absent when it cannot be read.
 [[nodiscard]] std::optional<std::string> readFileBytes(const std::string& path);
 

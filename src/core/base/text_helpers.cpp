@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <unicode/locid.h>
@@ -236,7 +237,8 @@ std::optional<double> parseDecimal(std::string_view text) noexcept {
         return std::nullopt;
     double value = 0;
     auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (ec != std::errc() || end != text.data() + text.size())
+    // "nan" and "inf" read as numbers but no rate, width or date is one, and a NaN breaks every comparison.
+    if (ec != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
         return std::nullopt;
     return value;
 }

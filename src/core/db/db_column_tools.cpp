@@ -189,7 +189,8 @@ std::optional<float> readFloat(std::string_view text) {
         return std::nullopt;
     float value = 0.0F;
     auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size())
+    // "nan" and "inf" are texts to keep, not numbers to sum.
+    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
         return std::nullopt;
     return value;
 }

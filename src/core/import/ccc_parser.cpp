@@ -79,7 +79,7 @@ std::optional<tables::CCCTable> CCCParser::parseCCCFile(const std::string& path,
     }
     base::collapseCrLf(*text);
     tables::CCCTable table = parseText(*text);
-    table.name = base::dropLastCharacters(base::tokenise(path, "/").back(), 4);
+    table.name = base::tableNameFromPath(path);
     return table;
 }
 

@@ -348,7 +348,7 @@ std::size_t CSVParser::readRows(tables::CSVTable& table) {
 std::unique_ptr<tables::CSVTable> CSVParser::parse(std::string_view filename,
                                                    base::Notifications* notifications) {
     auto table = std::make_unique<tables::CSVTable>("CSV table");
-    table->name = base::dropLastCharacters(base::tokenise(filename, "/").back(), 4);
+    table->name = base::tableNameFromPath(filename);
     auto bounds = lineBounds(firstLineIndex());
     if (!bounds)
         return table;

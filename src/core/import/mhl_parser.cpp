@@ -63,7 +63,7 @@ std::optional<tables::MHLTable> parseMHLFile(const std::string& path, base::Noti
     // line.
     std::replace(text->begin(), text->end(), '\r', '\n');
     tables::MHLTable table = MHLParser(std::move(*text)).parse();
-    table.name = base::dropLastCharacters(base::tokenise(path, "/").back(), 4);
+    table.name = base::tableNameFromPath(path);
     return table;
 }
 

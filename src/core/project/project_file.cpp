@@ -4,6 +4,8 @@
 #include "project/shared_stuff.h"
 
 #include <charconv>
+#include <cmath>
+#include <type_traits>
 #include <unordered_map>
 
 namespace lumbra::project {
@@ -56,6 +58,10 @@ template <typename T> std::optional<T> parseNumber(std::string_view token) {
     auto [end, ec] = std::from_chars(token.data(), token.data() + token.size(), value);
     if (token.empty() || ec != std::errc() || end != token.data() + token.size())
         return std::nullopt;
+    if constexpr (std::is_floating_point_v<T>) {
+        if (!std::isfinite(value))
+            return std::nullopt;
+    }
     return value;
 }
 

@@ -118,9 +118,7 @@ void ALETable::readFile(const std::string& path, base::Notifications* notificati
         refusal = "it is a folder, not a file";
         return;
     }
-    auto parts = base::tokenise(path, "/");
-    // A name shorter than its four-character suffix leaves no name at all.
-    tablename = base::dropLastCharacters(parts.back(), 4);
+    tablename = base::tableNameFromPath(path);
     auto text = base::readTextFile(path, notifications);
     if (!text) {
         base::printLine("error while opening " + path);

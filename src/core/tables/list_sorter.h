@@ -103,13 +103,15 @@ private:
     bool m_caseSensitive;
 };
 
-// A sorted list that refuses to insert a value it already holds.
+// A sorted list; when `unique`, it refuses to insert a value it already holds, otherwise an equal value
+// goes after its equals, so that they keep the order they came in.
 template <typename T> class OrderedList {
 public:
     explicit OrderedList(bool unique = true) : unique(unique) {}
     virtual ~OrderedList() = default;
 
     // Binary search between lo and hi; returns whether it inserted. An empty list takes the value directly.
+    // Equal values are searched past, to the place after the last of them.
     bool insert(const T& value, std::size_t lo, std::size_t hi) {
         if (_data.empty()) {
             _data.push_back(value);
@@ -118,15 +120,15 @@ public:
         while (lo != hi) {
             std::size_t mid = (lo + hi) / 2;
             int c = compareValues(_data[mid], value);
-            if (c == 0)
+            if (c == 0 && unique)
                 return false;
-            if (c < 0)
+            if (c <= 0)
                 lo = mid + 1;
             else
                 hi = mid;
         }
         int c = compareValues(value, _data[lo]);
-        if (c == 0)
+        if (c == 0 && unique)
             return false;
         if (c < 0)
             _data.insert(_data.begin() + static_cast<long>(lo), value);

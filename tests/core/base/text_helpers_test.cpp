@@ -145,6 +145,10 @@ TEST(ParseNumbers, OneOptionalSignAndNothingAround) {
         {"0x10", std::nullopt, std::nullopt},
         {"1,5", std::nullopt, std::nullopt},
         {"99999999999999999999", std::nullopt, 1e20},
+        {"nan", std::nullopt, std::nullopt},
+        {"-NaN", std::nullopt, std::nullopt},
+        {"inf", std::nullopt, std::nullopt},
+        {"+infinity", std::nullopt, std::nullopt},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);

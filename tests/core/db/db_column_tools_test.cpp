@@ -178,15 +178,17 @@ TEST(DBColumnTools, GroupByOnDistinctValuesChangesNothing) {
 }
 
 TEST(DBColumnTools, GroupBySumsNumbersKeepsEqualTextsAndCodesDifferentOnes) {
-    tables::DBTable table = tableOf(
-        {"Clip", "Size", "Tape", "File"},
-        {{"A", "10", "T1", "a_0001.dpx"}, {"B", "5", "T2", "b.mov"}, {"A", "20", "T1", "a_0002.dpx"}});
+    tables::DBTable table =
+        tableOf({"Clip", "Size", "Tape", "File", "Gain"}, {{"A", "10", "T1", "a_0001.dpx", "inf"},
+                                                           {"B", "5", "T2", "b.mov", ""},
+                                                           {"A", "20", "T1", "a_0002.dpx", "1"}});
     EXPECT_TRUE(groupBy(table, "Clip"));
     ASSERT_EQ(table.data.size(), 2U);
     const auto& merged = table.data[0].data;
     EXPECT_EQ(merged.valueOr("Clip"), "A");
     EXPECT_EQ(merged.valueOr("Size"), "30.0");
     EXPECT_EQ(merged.valueOr("Tape"), "T1");
+    EXPECT_NE(merged.valueOr("Gain"), "inf"); // a text, not a number to sum
     const std::string& code = merged.valueOr("File");
     EXPECT_EQ(code.size(), std::string("a_0001.dpx").size());
     EXPECT_NE(code, "a_0001.dpx");

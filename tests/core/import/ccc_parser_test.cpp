@@ -130,8 +130,8 @@ TEST(CCCParser, FilesAreNamedLessTheirLastFourCharacters) {
         std::string file;
         std::string name;
     };
-    for (const Case& c :
-         {Case{"grade.ccc", "grade"}, Case{"look.grade", "look.g"}, Case{"é.ccc", "é"}, Case{"ccc", ""}}) {
+    for (const Case& c : {Case{"grade.ccc", "grade"}, Case{"look.grade", "look.g"}, Case{"é.ccc", "é"},
+                          Case{"ccc", ""}, Case{"a\"b/c\"d.ccc", "c\"d"}}) {
         SCOPED_TRACE(c.file);
         auto table = CCCParser::parseCCCFile(dir.write(c.file, text));
         ASSERT_TRUE(table);

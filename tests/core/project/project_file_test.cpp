@@ -135,6 +135,11 @@ TEST(ProjectFile, ReaderCases) {
              EXPECT_EQ(s.maxNBackup, 1);
              EXPECT_EQ(s.maxShowBinToImport, 10);
          }},
+        {"endless numbers take their fallbacks", "P\ntimeInMinBackup\tinf\ncolumnsdefaultwidth\tfixed\tnan\n",
+         [](const SharedStuff& s) {
+             EXPECT_EQ(s.timeInMinBackup, 5.0);
+             EXPECT_EQ(s.projectLayouts.columnsfixedwidth, 100.0);
+         }},
         {"numbers read", "P\ntimeInMinBackup\t0.5\nmaxNBackup\t12\nmaxShowBinToImport\t3\n",
          [](const SharedStuff& s) {
              EXPECT_EQ(s.timeInMinBackup, 0.5);

@@ -451,6 +451,8 @@ TEST(ALEReader, TableName) {
         {"a", ""},
         {"abcd\xC3\xA9", "a"},
         {"\xC3\x89t\xC3\xA9.ale", "\xC3\x89t\xC3\xA9"},
+        {"Reel \"A\" take.ale", "Reel \"A\" take"},
+        {"a\"b/c\"d.ale", "c\"d"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.fileName);

@@ -186,6 +186,10 @@ TEST(OrderedStringList, InsertKeepsOrderAndRefusesDuplicates) {
     OrderedStringList equivalent(true);
     EXPECT_EQ(insertAll(equivalent, {"caf\xC3\xA9", "cafe\xCC\x81"}), (std::vector<bool>{true, false}));
 
+    OrderedStringList repeated(false, false);
+    EXPECT_EQ(insertAll(repeated, {"b", "a", "B", "a", "b"}), (std::vector<bool>(5, true)));
+    EXPECT_EQ(repeated._data, (Names{"a", "a", "b", "B", "b"}));
+
     OrderedStringList direct(false);
     EXPECT_TRUE(direct.insert("x"));
     EXPECT_TRUE(direct.insert("a"));

@@ -261,6 +261,11 @@ TEST(ALETable, Compare) {
     auto noIds = here.compare(other, {});
     EXPECT_EQ(noIds.found_entries.size(), 3u);
     EXPECT_TRUE(noIds.new_entries.empty());
+    // Several ids keep their values apart: "ab" + "c" is not "a" + "bc".
+    auto split = makeTable({"Name", "Tape"}, {{{"Name", "ab"}, {"Tape", "c"}}});
+    EXPECT_TRUE(
+        split.compare(makeTable({"Name", "Tape"}, {{{"Name", "a"}, {"Tape", "bc"}}}), {"Name", "Tape"})
+            .found_entries.empty());
     auto emptyHere = makeTable({"Name"}, {}).compare(other, {});
     EXPECT_EQ(emptyHere.new_entries.size(), 3u);
     EXPECT_TRUE(emptyHere.found_entries.empty());
