@@ -211,34 +211,34 @@ bool isValidUtf8(std::string_view text) noexcept {
     return true;
 }
 
-std::optional<long long> parseInteger(std::string_view text) noexcept {
+namespace {
+
+// An optional "+", then the number to its last character; one sign only: "+-5" is no number.
+template <typename Number> std::optional<Number> parseSignedNumber(std::string_view text) noexcept {
     if (!text.empty() && text.front() == '+') {
         text.remove_prefix(1);
-        // One sign only: "+-5" is no number.
         if (!text.empty() && text.front() == '-')
             return std::nullopt;
     }
     if (text.empty() || text.front() == '+')
         return std::nullopt;
-    long long value = 0;
+    Number value{};
     auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (ec != std::errc() || end != text.data() + text.size())
         return std::nullopt;
     return value;
 }
 
+} // namespace
+
+std::optional<long long> parseInteger(std::string_view text) noexcept {
+    return parseSignedNumber<long long>(text);
+}
+
 std::optional<double> parseDecimal(std::string_view text) noexcept {
-    if (!text.empty() && text.front() == '+') {
-        text.remove_prefix(1);
-        if (!text.empty() && text.front() == '-')
-            return std::nullopt;
-    }
-    if (text.empty() || text.front() == '+')
-        return std::nullopt;
-    double value = 0;
-    auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+    const std::optional<double> value = parseSignedNumber<double>(text);
     // "nan" and "inf" read as numbers but no rate, width or date is one, and a NaN breaks every comparison.
-    if (ec != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
+    if (value && !std::isfinite(*value))
         return std::nullopt;
     return value;
 }
