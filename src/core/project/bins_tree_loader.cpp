@@ -1,6 +1,7 @@
 #include "project/bins_tree_loader.h"
 
 #include "base/console.h"
+#include "base/file_names.h"
 #include "base/text_file.h"
 #include "base/text_helpers.h"
 
@@ -42,10 +43,6 @@ std::vector<std::string> subfolders(const std::string& folder) {
     return out;
 }
 
-bool endsWith(std::string_view text, std::string_view suffix) {
-    return text.size() >= suffix.size() && text.substr(text.size() - suffix.size()) == suffix;
-}
-
 // A folder that a bin's save began and did not finish: it holds the bin's .bin file or part of its
 // table, but no table. Shown as a group it would look like an empty group named after the bin.
 bool isBrokenBinFolder(const std::string& url) {
@@ -55,11 +52,10 @@ bool isBrokenBinFolder(const std::string& url) {
         return false;
     for (const auto& entry : it) {
         std::string name = entry.path().filename().string();
-        std::string lower = base::lowercased(name);
-        if (endsWith(lower, ".bin") && !endsWith(lower, ".smartbin"))
+        if (base::hasSuffix(name, ".bin") && !base::hasSuffix(name, ".smartbin"))
             return true;
         auto temp = base::parseTemporaryFileName(name);
-        if (temp && endsWith(base::lowercased(temp->target), ".ale"))
+        if (temp && base::hasSuffix(temp->target, ".ale"))
             return true;
     }
     return false;
@@ -82,13 +78,9 @@ void appendLoaded(BinsTreeEntry& parent, TreeNode node) {
 } // namespace
 
 std::string nameOfFolder(const std::string& folder) {
-    std::string last = fs::path(folder).filename().string();
-    if (auto uuid = base::readDetailsLine(folder, 1)) {
-        std::string suffix = " - " + *uuid;
-        if (last.size() >= suffix.size() &&
-            last.compare(last.size() - suffix.size(), suffix.size(), suffix) == 0)
-            return last.substr(0, last.size() - suffix.size());
-    }
+    std::string last = base::lastComponent(folder);
+    if (auto uuid = base::readDetailsLine(folder, 1); uuid && last.ends_with(" - " + *uuid))
+        return base::lastComponent(folder, " - " + *uuid);
     auto cut = last.rfind(" - ");
     if (cut != std::string::npos && looksLikeUuid(std::string_view(last).substr(cut + 3)))
         return last.substr(0, cut);
@@ -104,11 +96,8 @@ bool BinsTreeLoader::isBinFolder(const std::string& url) {
     if (ec)
         return false;
     for (const auto& entry : it) {
-        std::string lower = base::lowercased(entry.path().filename().string());
-        auto endsWith = [&](std::string_view s) {
-            return lower.size() >= s.size() && lower.compare(lower.size() - s.size(), s.size(), s) == 0;
-        };
-        if (endsWith(".ale") || endsWith(".smartbin"))
+        std::string name = entry.path().filename().string();
+        if (base::hasSuffix(name, ".ale") || base::hasSuffix(name, ".smartbin"))
             return true;
     }
     return false;

@@ -1,6 +1,7 @@
 #include "project/db_saver.h"
 
 #include "base/console.h"
+#include "base/file_names.h"
 #include "base/text_file.h"
 #include "base/text_helpers.h"
 #include "import/csv_parser.h"
@@ -23,8 +24,7 @@ namespace {
 bool holdsCsvFile(const fs::path& folder) {
     std::error_code error;
     for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
-        std::string lower = base::lowercased(it->path().filename().string());
-        if (lower.size() >= 4 && lower.compare(lower.size() - 4, 4, ".csv") == 0)
+        if (base::hasSuffix(it->path().filename().string(), ".csv"))
             return true;
     }
     return false;

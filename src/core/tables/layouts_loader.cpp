@@ -1,6 +1,7 @@
 #include "tables/layouts_loader.h"
 
 #include "base/console.h"
+#include "base/file_names.h"
 #include "base/text_helpers.h"
 
 #include <algorithm>
@@ -36,8 +37,7 @@ bool LayoutsLoader::isLayoutFolder(const std::string& url) {
     if (ec)
         return false;
     for (const auto& entry : it) {
-        std::string lower = base::lowercased(entry.path().filename().string());
-        if (lower.ends_with(ColumnsLayout::fileSuffix))
+        if (base::hasSuffix(entry.path().filename().string(), ColumnsLayout::fileSuffix))
             return true;
     }
     return false;
