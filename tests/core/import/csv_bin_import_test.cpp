@@ -90,14 +90,9 @@ TEST_F(CsvBinImportTest, CancelledTsvIsSkippedAndAddedColumnsAreTold) {
     EXPECT_EQ(result.failedPaths, std::vector<std::string>{tsv});
     EXPECT_TRUE(m_quiet.contains("ERROR while opening " + tsv + ": User aborted the import operation"));
     ASSERT_GE(result.notifications.size(), 2u);
-    EXPECT_EQ(result.notifications[0],
-              NotificationData("Bizarre columns count",
-                               "1 columns were added to fit the data. Is the CSV well formatted?",
-                               NotificationType::WARNING));
-    EXPECT_EQ(result.notifications[1],
-              NotificationData("Columns without a name",
-                               csv + ": the file does not name the columns newcol_001, so Lumbra named them",
-                               NotificationType::WARNING));
+    EXPECT_EQ(result.notifications[0].title, "Bizarre columns count");
+    EXPECT_EQ(result.notifications[1].body,
+              csv + ": the file does not name the columns newcol_001, so Lumbra named them");
 }
 
 } // namespace
