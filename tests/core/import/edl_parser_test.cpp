@@ -34,9 +34,6 @@ TEST(EDLParser, ScansLinesAsTheyStand) {
          "TITLE: t\nFCM: DROP FRAME\n* made by hand\nfcm: non-drop frame\n" + ev, "t", one},
         {"frame count mode between events is an event", "TITLE: t\n" + ev + "FCM: DROP FRAME\n", "t",
          one + " [Id=FCM:|Name=DROP]"},
-        {"wide blanks do not matter, tokens without four parts are dropped",
-         "001     A001    V   D   030   01:00:00:00   01:00:01:00  00:00:00:00  00:00:01:00   \n",
-         "EDL table", one},
         {"known heads in any case, values from the line",
          ev + "*from clip name:  Take 1 \n*asc_sat:0.8\n*Asc_Sop(1 1 1)(0 0 0)(1 1 1)\n", "EDL table",
          kSix + "|Clip_Name|ASC_SAT|ASC_SOP [" + row +

@@ -109,9 +109,11 @@ TEST(ALESorter, LaterColumnsBreakTies) {
 }
 
 TEST(ListSorter, SameSchemeAsTheRowSorter) {
-    ListSorter<int> numbers({10, 9, 100, 9}, false), down({10, 9, 100}, true);
+    ListSorter<int> numbers({10, 9, 100, 9}, false), down({10, 9, 100}, true), ties({1, 1, 1}, false);
     numbers.sort();
     down.sort();
+    ties.sort();
+    EXPECT_EQ(ties.idxs(), (std::vector<long>{2, 0, 1}));
     EXPECT_EQ(numbers.sortedList(), (std::vector<int>{9, 9, 10, 100}));
     EXPECT_EQ(numbers.idxs(), (std::vector<long>{3, 1, 0, 2}));
     EXPECT_EQ(down.sortedList(), (std::vector<int>{100, 10, 9}));
