@@ -2,31 +2,22 @@
 
 #include <gtest/gtest.h>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace lumbra::import::sheet {
 namespace {
 
 TEST(CsvOptionsSheet, SeparatorControls) {
-    struct Case {
-        std::string name;
-        int tag;
-        std::string otherText;
-        char32_t expected;
+    // The tag, the text of the "other" field, the separator; an empty field reads as a comma.
+    const std::vector<std::tuple<int, std::string, char32_t>> cases{
+        {0, "|", U','}, {1, "|", U'\t'},           {2, "|", U';'}, {3, "|", U' '}, {4, "|", U'|'},
+        {4, "", U','},  {4, "\u00A6x", U'\u00A6'},
     };
-    const std::vector<Case> cases{
-        {"comma", 0, "|", U','},
-        {"tab", 1, "|", U'\t'},
-        {"semicolon", 2, "|", U';'},
-        {"blank", 3, "|", U' '},
-        {"other", 4, "|", U'|'},
-        {"other, empty field reads as comma", 4, "", U','},
-        {"other outside ASCII", 4, "\u00A6x", U'\u00A6'},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        EXPECT_EQ(separatorForTag(c.tag, c.otherText), c.expected);
-        EXPECT_EQ(tagForSeparator(c.expected), c.tag == 4 && c.expected == U',' ? 0 : c.tag);
+    for (const auto& [tag, otherText, expected] : cases) {
+        SCOPED_TRACE(tag);
+        EXPECT_EQ(separatorForTag(tag, otherText), expected);
+        EXPECT_EQ(tagForSeparator(expected), tag == 4 && expected == U',' ? 0 : tag);
     }
     const std::vector<std::pair<std::string, std::string>> typed{
         {"", ","}, {";", ";"}, {"ab", "b"}, {"a\u00A6", "\u00A6"}, {"\u00A6a", "a"}};

@@ -55,29 +55,26 @@ TEST(LayoutsLoader, LoadsEveryLayoutFolderInListingOrder) {
 }
 
 TEST(LayoutsLoader, RecognisesLayoutFolders) {
-    const struct {
-        const char* name;
-        std::vector<std::string> files;
-        bool expected;
-    } cases[] = {
-        {"a .layout file", {"A.layout"}, true},
-        {"suffix in capitals", {"A.LAYOUT"}, true},
-        {"a folder named like one", {"sub.layout/x"}, true},
-        {"details only", {"lumbra_details"}, false},
-        {"the word without the dot", {"mylayout"}, false},
-        {"suffix inside the name", {"A.layout.bak"}, false},
-        {"empty folder", {}, false},
+    // The one file of a folder ("" for none), and whether that makes it a layout folder.
+    const std::vector<std::pair<std::string, bool>> cases{
+        {"A.layout", true},
+        {"A.LAYOUT", true},
+        {"sub.layout/x", true},
+        {"lumbra_details", false},
+        {"mylayout", false},
+        {"A.layout.bak", false},
+        {"", false},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [file, expected] : cases) {
+        SCOPED_TRACE(file);
         TempDir dir;
-        for (const auto& f : c.files)
-            dir.write("f/" + f, "x");
+        if (!file.empty())
+            dir.write("f/" + file, "x");
         fs::create_directories(dir.file("f"));
-        EXPECT_EQ(LayoutsLoader::isLayoutFolder(dir.file("f")), c.expected);
+        EXPECT_EQ(LayoutsLoader::isLayoutFolder(dir.file("f")), expected);
         // A folder that is none loads nothing quietly.
         base::Notifications notes;
-        EXPECT_TRUE(c.expected || LayoutsLoader(dir.path()).loadLayout(dir.file("f"), &notes) == nullptr);
+        EXPECT_TRUE(expected || LayoutsLoader(dir.path()).loadLayout(dir.file("f"), &notes) == nullptr);
         EXPECT_TRUE(notes.empty());
     }
     TempDir dir;
