@@ -1,6 +1,7 @@
 #include "base/console.h"
 #include "base/scripted_interaction.h"
 #include "core/project/project_test_support.h"
+#include "core/tables/table_test_support.h"
 #include "import/csv_options.h"
 #include "project/bin.h"
 #include "project/bin_import.h"
@@ -28,11 +29,12 @@ protected:
         writeFile(m_folder.path / name, text);
         return (m_folder.path / name).string();
     }
-    std::vector<std::map<std::string, std::string>> rowsOf(const project::Bin& bin) const {
-        std::vector<std::map<std::string, std::string>> rows;
+    // The bin's columns and rows as `shown` shows a table.
+    static std::string shownBin(const project::Bin& bin) {
+        std::string out = tables::testing::joined(bin.table()->cols);
         for (const auto& entry : bin.table()->data)
-            rows.push_back(entry->data().toMap());
-        return rows;
+            out += " [" + tables::testing::shownRow(entry->data(), bin.table()->cols) + "]";
+        return out;
     }
 
     TempFolder m_folder;
@@ -42,11 +44,8 @@ protected:
 };
 
 TEST_F(CsvBinImportTest, OneQuestionServesEveryCsvOfTheBatchAndEachTsvAsksItsOwn) {
-    CsvOptions semicolon;
-    semicolon.separator = U';';
-    CsvOptions tab;
-    tab.separator = U'\t';
-    m_user.queueCsvOptions(semicolon);
+    const CsvOptions tab{.separator = U'\t'};
+    m_user.queueCsvOptions({.separator = U';'});
     m_user.queueCsvOptions(tab);
     auto result = project::addBinsFromFiles(
         m_project, {file("one.csv", "Name;Tape\r\nA;B\r\n"), file("two.ale", aleText),
@@ -59,13 +58,9 @@ TEST_F(CsvBinImportTest, OneQuestionServesEveryCsvOfTheBatchAndEachTsvAsksItsOwn
     EXPECT_EQ(m_user.unexpected(), 0);
 
     ASSERT_EQ(result.bins.size(), 4u);
-    EXPECT_EQ(result.bins[0]->table()->cols, (std::vector<std::string>{"Name", "Tape"}));
-    EXPECT_EQ(rowsOf(*result.bins[0]),
-              (std::vector<std::map<std::string, std::string>>{{{"Name", "A"}, {"Tape", "B"}}}));
-    EXPECT_EQ(rowsOf(*result.bins[2]),
-              (std::vector<std::map<std::string, std::string>>{{{"X", "1"}, {"Y", "2"}}}));
-    EXPECT_EQ(rowsOf(*result.bins[3]),
-              (std::vector<std::map<std::string, std::string>>{{{"P", "3"}, {"Q", "4"}}}));
+    EXPECT_EQ(shownBin(*result.bins[0]), "Name|Tape [Name=A|Tape=B]");
+    EXPECT_EQ(shownBin(*result.bins[2]), "X|Y [X=1|Y=2]");
+    EXPECT_EQ(shownBin(*result.bins[3]), "P|Q [P=3|Q=4]");
     // A table of the CSV reader gets a layout of all its columns, named after it.
     EXPECT_EQ(result.bins[2]->table()->tablename, "three");
     EXPECT_EQ(result.bins[2]->layout->name, "*three");
@@ -73,9 +68,7 @@ TEST_F(CsvBinImportTest, OneQuestionServesEveryCsvOfTheBatchAndEachTsvAsksItsOwn
 }
 
 TEST_F(CsvBinImportTest, CancelledQuestionLoadsNothingOfTheBatch) {
-    CsvOptions aborted;
-    aborted.user_aborted = true;
-    m_user.queueCsvOptions(aborted);
+    m_user.queueCsvOptions({.user_aborted = true});
     auto result = project::addBinsFromFiles(
         m_project, {file("two.ale", aleText), file("one.csv", "A\n1\n"), file("three.csv", "A\n1\n")});
     EXPECT_TRUE(result.bins.empty());
@@ -88,10 +81,8 @@ TEST_F(CsvBinImportTest, CancelledQuestionLoadsNothingOfTheBatch) {
 }
 
 TEST_F(CsvBinImportTest, CancelledTsvIsSkippedAndAddedColumnsAreTold) {
-    CsvOptions aborted;
-    aborted.user_aborted = true;
     m_user.queueCsvOptions(CsvOptions{});
-    m_user.queueCsvOptions(aborted);
+    m_user.queueCsvOptions({.user_aborted = true});
     const std::string tsv = file("four.tsv", "P\tQ\n");
     const std::string csv = file("one.csv", "A\n1,2\n");
     auto result = project::addBinsFromFiles(m_project, {csv, tsv});
@@ -99,14 +90,9 @@ TEST_F(CsvBinImportTest, CancelledTsvIsSkippedAndAddedColumnsAreTold) {
     EXPECT_EQ(result.failedPaths, std::vector<std::string>{tsv});
     EXPECT_TRUE(m_quiet.contains("ERROR while opening " + tsv + ": User aborted the import operation"));
     ASSERT_GE(result.notifications.size(), 2u);
-    EXPECT_EQ(result.notifications[0],
-              NotificationData("Bizarre columns count",
-                               "1 columns were added to fit the data. Is the CSV well formatted?",
-                               NotificationType::WARNING));
-    EXPECT_EQ(result.notifications[1],
-              NotificationData("Columns without a name",
-                               csv + ": the file does not name the columns newcol_001, so Lumbra named them",
-                               NotificationType::WARNING));
+    EXPECT_EQ(result.notifications[0].title, "Bizarre columns count");
+    EXPECT_EQ(result.notifications[1].body,
+              csv + ": the file does not name the columns newcol_001, so Lumbra named them");
 }
 
 } // namespace

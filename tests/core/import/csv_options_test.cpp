@@ -2,31 +2,22 @@
 
 #include <gtest/gtest.h>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace lumbra::import::sheet {
 namespace {
 
 TEST(CsvOptionsSheet, SeparatorControls) {
-    struct Case {
-        std::string name;
-        int tag;
-        std::string otherText;
-        char32_t expected;
+    // The tag, the text of the "other" field, the separator; an empty field reads as a comma.
+    const std::vector<std::tuple<int, std::string, char32_t>> cases{
+        {0, "|", U','}, {1, "|", U'\t'},           {2, "|", U';'}, {3, "|", U' '}, {4, "|", U'|'},
+        {4, "", U','},  {4, "\u00A6x", U'\u00A6'},
     };
-    const std::vector<Case> cases{
-        {"comma", 0, "|", U','},
-        {"tab", 1, "|", U'\t'},
-        {"semicolon", 2, "|", U';'},
-        {"blank", 3, "|", U' '},
-        {"other", 4, "|", U'|'},
-        {"other, empty field reads as comma", 4, "", U','},
-        {"other outside ASCII", 4, "\u00A6x", U'\u00A6'},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        EXPECT_EQ(separatorForTag(c.tag, c.otherText), c.expected);
-        EXPECT_EQ(tagForSeparator(c.expected), c.tag == 4 && c.expected == U',' ? 0 : c.tag);
+    for (const auto& [tag, otherText, expected] : cases) {
+        SCOPED_TRACE(tag);
+        EXPECT_EQ(separatorForTag(tag, otherText), expected);
+        EXPECT_EQ(tagForSeparator(expected), tag == 4 && expected == U',' ? 0 : tag);
     }
     const std::vector<std::pair<std::string, std::string>> typed{
         {"", ","}, {";", ";"}, {"ab", "b"}, {"a\u00A6", "\u00A6"}, {"\u00A6a", "a"}};
@@ -67,17 +58,22 @@ std::string lines(const std::string& line, int count) {
     return text;
 }
 
-TEST(CsvOptionsSheet, PreviewCutsAtTheNextLineFeed) {
+TEST(CsvOptionsSheet, PreviewCutsAtTheNextLineFeedCountingCharacters) {
     // 100 characters a line: the character numbered 100 k starts line k, whose line feed is 99 further.
     const std::string medium = lines(std::string(99, 'x'), 400);  // 40,000 characters
     const std::string large = lines(std::string(99, 'x'), 10000); // 1,000,000 characters
-    struct Case {
+    std::string e49;
+    for (int i = 0; i < 49; ++i)
+        e49 += "\u00E9";
+    const std::string accented = lines(e49, 400); // 50 characters and 99 bytes a line: 20,000 characters
+    const std::string shortText = lines("\u00E9\u00E9\u00E9\u00E9", 1500); // 13,500 bytes, 7,500 characters
+    const std::string noLineFeed(40000, 'x');
+    const struct {
         std::string name;
         const std::string* text;
         int slider;
         std::size_t expectedBytes;
-    };
-    const std::vector<Case> cases{
+    } cases[] = {
         {"a quarter", &medium, 1, 10099},
         {"a half", &medium, 2, 20099},
         {"three quarters", &medium, 3, 30099},
@@ -85,27 +81,15 @@ TEST(CsvOptionsSheet, PreviewCutsAtTheNextLineFeed) {
         {"large, at most 20,000", &large, 1, 20099},
         {"large, at most 100,000", &large, 2, 100099},
         {"large, at most 300,000", &large, 3, 300099},
+        // A quarter is 5,000 characters: line 100 starts at byte 9,900 and ends 98 bytes on.
+        {"characters, not bytes", &accented, 1, 9998},
+        {"too short for the slider: the whole text", &shortText, 1, 13500},
+        {"no line feed", &noLineFeed, 1, 40000},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         EXPECT_EQ(shortenedText(*c.text, c.slider).size(), c.expectedBytes);
     }
-}
-
-TEST(CsvOptionsSheet, PreviewCountsCharactersNotBytes) {
-    std::string e = "\u00E9";
-    std::string line;
-    for (int i = 0; i < 49; ++i)
-        line += e;
-    // 50 characters and 99 bytes a line, 400 lines: 20,000 characters.
-    const std::string text = lines(line, 400);
-    // A quarter is 5,000 characters: line 100 starts at byte 9,900 and ends 98 bytes on.
-    EXPECT_EQ(shortenedText(text, 1).size(), 9998u);
-    // 13,500 bytes but 7,500 characters: too short for the slider, the whole text.
-    const std::string shortText = lines(e + e + e + e, 1500);
-    EXPECT_EQ(shortenedText(shortText, 1).size(), shortText.size());
-    const std::string noLineFeed(40000, 'x');
-    EXPECT_EQ(shortenedText(noLineFeed, 1).size(), noLineFeed.size());
 }
 
 } // namespace

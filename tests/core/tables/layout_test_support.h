@@ -4,6 +4,8 @@
 #include "table_test_support.h"
 #include "tables/columns_layout.h"
 
+#include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <filesystem>
 #include <optional>
@@ -57,6 +59,26 @@ inline std::string writeLayoutFolder(const TempDir& dir, const std::string& fold
     dir.write(folder + "/lumbra_details", uuid + "\n1700000000.0\n1700000100.5\nRed\n0.1");
     dir.write(folder + "/" + file, text);
     return dir.file(folder);
+}
+
+// A layout in one line: its name, then each column with its width where it has one, "Cuts|Name|Start=100.5";
+// widths of columns it does not list follow as "|~Absent=12".
+inline std::string shownLayout(const ColumnsLayout& layout) {
+    auto withWidth = [&](const std::string& column) {
+        auto it = layout.colwidths.find(column);
+        if (it == layout.colwidths.end())
+            return column;
+        char digits[32];
+        return column + "=" + std::string(digits, std::to_chars(digits, digits + 32, it->second).ptr);
+    };
+    std::string out = layout.name;
+    for (const auto& column : layout.columns)
+        out += "|" + withWidth(column);
+    for (const auto& [column, width] : layout.colwidths) {
+        if (std::find(layout.columns.begin(), layout.columns.end(), column) == layout.columns.end())
+            out += "|~" + withWidth(column);
+    }
+    return out;
 }
 
 } // namespace lumbra::tables::testing

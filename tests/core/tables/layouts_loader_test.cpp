@@ -8,49 +8,29 @@ using namespace lumbra::tables;
 using namespace lumbra::tables::testing;
 namespace base = lumbra::base;
 namespace fs = std::filesystem;
-
-namespace {
-
-// A copy of the hand-written layout folders, since loading writes details where they are missing.
-void copyLayoutData(const TempDir& dir) {
-    fs::copy(fs::path(LUMBRA_TEST_DATA_DIR) / "layouts", dir.path(), fs::copy_options::recursive);
-}
-
-} // namespace
+using Tag = lumbra::base::Tag;
 
 TEST(LayoutsLoader, LoadsEveryLayoutFolderInListingOrder) {
+    // A copy of the hand-written layout folders, since loading writes details where they are missing.
     TempDir dir;
-    copyLayoutData(dir);
+    fs::copy(fs::path(LUMBRA_TEST_DATA_DIR) / "layouts", dir.path(), fs::copy_options::recursive);
     struct Expected {
-        std::string name;
-        std::vector<std::string> columns;
-        std::map<std::string, double> widths;
-        std::string uuid;
-        lumbra::base::Tag tag;
+        std::string shown;
+        Tag tag;
     };
+    const std::string broken = "Broken - 3D7A1E9C-5B2F-4C86-8E4D-1F6A0B3C9D75";
     const std::map<std::string, Expected> byFolder = {
         {"Dailies - 6F1C2B4E-8D3A-4B7E-9C21-0A5D3E7F1B22",
-         {"Dailies",
-          {"Name", "Start", "Scene", "Take"},
-          {{"Start", 100.0}, {"Scene", 87.5}},
-          "6F1C2B4E-8D3A-4B7E-9C21-0A5D3E7F1B22",
-          lumbra::base::Tag::green}},
-        {"Grade - 0B9E4C7A-2F6D-4E18-A3B5-7C1D9F2E4A60",
-         {"Grade",
-          {"Name", "ASC_SOP", "ASC_SAT"},
-          {{"Name", 120.0}, {"ASC_SOP", 310.5}},
-          "0B9E4C7A-2F6D-4E18-A3B5-7C1D9F2E4A60",
-          lumbra::base::Tag::none}},
-        {"Broken - 3D7A1E9C-5B2F-4C86-8E4D-1F6A0B3C9D75",
-         {"", {}, {}, "3D7A1E9C-5B2F-4C86-8E4D-1F6A0B3C9D75", lumbra::base::Tag::pink}},
-        {"Handmade", {"Handmade", {"Name", "Tape"}, {{"Name", 64.0}}, "", lumbra::base::Tag::none}},
+         {"Dailies|Name|Start=100|Scene=87.5|Take", Tag::green}},
+        {"Grade - 0B9E4C7A-2F6D-4E18-A3B5-7C1D9F2E4A60", {"Grade|Name=120|ASC_SOP=310.5|ASC_SAT", Tag::none}},
+        {broken, {"", Tag::pink}},
+        {"Handmade", {"Handmade|Name=64|Tape", Tag::none}},
     };
     std::vector<std::string> order;
     for (const auto& entry : fs::directory_iterator(dir.path())) {
         if (byFolder.contains(entry.path().filename().string()))
             order.push_back(entry.path().filename().string());
     }
-
     base::Notifications notes;
     base::PrintCapture capture;
     LayoutList layouts = LayoutsLoader(dir.path()).loadAll(&notes);
@@ -58,59 +38,49 @@ TEST(LayoutsLoader, LoadsEveryLayoutFolderInListingOrder) {
     for (std::size_t i = 0; i < order.size(); ++i) {
         SCOPED_TRACE(order[i]);
         const Expected& e = byFolder.at(order[i]);
-        EXPECT_EQ(layouts[i]->name, e.name);
-        EXPECT_EQ(layouts[i]->columns, e.columns);
-        EXPECT_EQ(layouts[i]->colwidths, e.widths);
+        EXPECT_EQ(shownLayout(*layouts[i]), e.shown);
         EXPECT_EQ(layouts[i]->tag, e.tag);
         EXPECT_FALSE(layouts[i]->hasChanged);
-        // A folder without details gets a new uuid, written at once into the folder.
-        std::string uuid = e.uuid.empty() ? *lumbra::base::readDetailsLine(dir.file(order[i]), 1) : e.uuid;
-        EXPECT_EQ(layouts[i]->uuid(), uuid);
+        // The uuid is the folder's; a folder without details gets a new one, written at once into the folder.
+        const auto dash = order[i].find(" - ");
+        EXPECT_EQ(layouts[i]->uuid(), dash == std::string::npos
+                                          ? *lumbra::base::readDetailsLine(dir.file(order[i]), 1)
+                                          : order[i].substr(dash + 3));
     }
-    std::string broken = dir.file("Broken - 3D7A1E9C-5B2F-4C86-8E4D-1F6A0B3C9D75");
     ASSERT_FALSE(notes.empty());
     EXPECT_EQ(notes.back(),
-              base::NotificationData("Error loading layout", "Error reading layout in " + broken,
+              base::NotificationData("Error loading layout", "Error reading layout in " + dir.file(broken),
                                      base::NotificationType::WARNING));
     EXPECT_FALSE(fs::exists(dir.file("notes/lumbra_details")));
 }
 
 TEST(LayoutsLoader, RecognisesLayoutFolders) {
-    struct Case {
-        const char* name;
-        std::vector<std::string> files;
-        bool expected;
+    // The one file of a folder ("" for none), and whether that makes it a layout folder.
+    const std::vector<std::pair<std::string, bool>> cases{
+        {"A.layout", true},
+        {"A.LAYOUT", true},
+        {"sub.layout/x", true},
+        {"lumbra_details", false},
+        {"mylayout", false},
+        {"A.layout.bak", false},
+        {"", false},
     };
-    const Case cases[] = {
-        {"a .layout file", {"A.layout"}, true},
-        {"suffix in capitals", {"A.LAYOUT"}, true},
-        {"a folder named like one", {"sub.layout/x"}, true},
-        {"details only", {"lumbra_details"}, false},
-        {"the word without the dot", {"mylayout"}, false},
-        {"suffix inside the name", {"A.layout.bak"}, false},
-        {"empty folder", {}, false},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [file, expected] : cases) {
+        SCOPED_TRACE(file);
         TempDir dir;
-        for (const auto& f : c.files)
-            dir.write("f/" + f, "x");
+        if (!file.empty())
+            dir.write("f/" + file, "x");
         fs::create_directories(dir.file("f"));
-        EXPECT_EQ(LayoutsLoader::isLayoutFolder(dir.file("f")), c.expected);
+        EXPECT_EQ(LayoutsLoader::isLayoutFolder(dir.file("f")), expected);
+        // A folder that is none loads nothing quietly.
+        base::Notifications notes;
+        EXPECT_TRUE(expected || LayoutsLoader(dir.path()).loadLayout(dir.file("f"), &notes) == nullptr);
+        EXPECT_TRUE(notes.empty());
     }
     TempDir dir;
     EXPECT_FALSE(LayoutsLoader::isLayoutFolder(dir.file("missing")));
     dir.write("plain.layout", "P");
     EXPECT_FALSE(LayoutsLoader::isLayoutFolder(dir.file("plain.layout")));
-}
-
-TEST(LayoutsLoader, OnlyLayoutFoldersAreLoaded) {
-    TempDir dir;
-    dir.write("notes/readme.txt", "x");
-    base::Notifications notes;
-    EXPECT_EQ(LayoutsLoader(dir.path()).loadLayout(dir.file("notes"), &notes), nullptr);
-    EXPECT_TRUE(notes.empty());
-    EXPECT_FALSE(fs::exists(dir.file("notes/lumbra_details")));
 }
 
 TEST(LayoutsLoader, ANameThatCannotNameAFolderRefusesTheLayout) {
