@@ -67,17 +67,16 @@ public:
 
 } // namespace
 
-TEST(SmartBinsInTree, MoveAcrossADomainRetestsTheMovedBins) {
+TEST(SmartBinsInTree, MovesRetestWhatTheDomainsAndTheSmartBinsCover) {
     SmartHost host;
-    auto inDomain = makeGroup("in");
+    auto inDomain = makeGroup("in"), elsewhere = makeGroup("elsewhere"), folder = makeGroup("folder");
     auto moving = makeLeaf("moving");
     auto outside = makeGroup("out", {moving});
-    auto elsewhere = makeGroup("elsewhere");
     host.bins->children = {inDomain, outside, elsewhere};
     host.bins->rebuildArray();
-    auto smart = makeSmartLeaf("smartbin_01", 0);
+    auto smart = makeSmartLeaf("smartbin_01", 2), second = makeSmartLeaf("smartbin_02", 1);
     fake(*smart->bin).domain = {inDomain.get()};
-    host.smartbins->children = {smart};
+    host.smartbins->children = {smart, second, folder};
     host.smartbins->rebuildArray();
 
     host.bins->moveItems({moving.get()}, elsewhere.get(), -1, &host);
@@ -88,19 +87,12 @@ TEST(SmartBinsInTree, MoveAcrossADomainRetestsTheMovedBins) {
     fake(*smart->bin).domain.push_back(outside.get());
     host.bins->moveItems({outside.get()}, inDomain.get(), -1, &host);
     EXPECT_EQ(fake(*smart->bin).binsTested.size(), 1u);
-}
+    EXPECT_EQ(host.tagTreeRebuilds, 0);
 
-TEST(SmartBinsInTree, MovingSmartBinsRetestsTheirRowsAndTheTagTrees) {
-    SmartHost host;
-    auto first = makeSmartLeaf("smartbin_01", 2);
-    auto second = makeSmartLeaf("smartbin_02", 1);
-    auto folder = makeGroup("folder");
-    host.smartbins->children = {first, second, folder};
-    host.smartbins->rebuildArray();
-    host.smartbins->moveItems({first.get()}, folder.get(), -1, &host);
-    EXPECT_TRUE(folder->isChild(first.get()));
-    // Every row of every smart bin of the tree is tested by each smart bin.
-    EXPECT_EQ(fake(*first->bin).rowsTested, 3);
+    // Every row of every smart bin of the tree is tested by each smart bin when smart bins move.
+    host.smartbins->moveItems({smart.get()}, folder.get(), -1, &host);
+    EXPECT_TRUE(folder->isChild(smart.get()));
+    EXPECT_EQ(fake(*smart->bin).rowsTested, 3);
     EXPECT_EQ(fake(*second->bin).rowsTested, 3);
     EXPECT_EQ(host.tagTreeRebuilds, 1);
 }
@@ -122,16 +114,12 @@ TEST(SmartBinsInTree, SmartBinFilesGoThroughTheProject) {
     EXPECT_EQ(listTree(folder), (std::set<std::string>{"lumbra_details", "Selects.smartbin"}));
 
     auto loaded = SmartbinsTreeLoader(dir.str()).load(&host, std::nullopt, nullptr);
-    EXPECT_EQ(loaded->id, "smartbins");
     EXPECT_EQ(host.read, (std::vector<std::string>{folder + "/Selects.smartbin"}));
-    ASSERT_EQ(loaded->toarray.size(), 1u);
-    EXPECT_EQ(loaded->toarray[0]->displayName(), "Selects");
+    ASSERT_EQ(namesOf(loaded->toarray), (Names{"Selects"}));
     EXPECT_EQ(fake(*loaded->toarray[0]).domain, (std::vector<const BinsTreeEntry*>{domainGroup.get()}));
-}
 
-TEST(SmartBinsInTree, WithoutAProjectASmartBinIsNotWritten) {
-    TempFolder dir;
-    auto leaf = makeSmartLeaf("smartbin_01", 1);
-    EXPECT_FALSE(leaf->bin->save(dir.str(), false, nullptr));
-    EXPECT_TRUE(leaf->bin->hasChanged);
+    // Without a project a smart bin is not written.
+    auto alone = makeSmartLeaf("smartbin_01", 1);
+    EXPECT_FALSE(alone->bin->save(dir.str(), false, nullptr));
+    EXPECT_TRUE(alone->bin->hasChanged);
 }

@@ -1,4 +1,3 @@
-#include "base/console.h"
 #include "project/legacy_readers.h"
 #include "project_test_support.h"
 
@@ -9,7 +8,6 @@ namespace {
 
 using namespace testing;
 using base::PrintCapture;
-using Names = std::vector<std::string>;
 
 // The ids of a node's children, in order.
 Names childIds(const BinsTreeEntry& node) {
@@ -20,38 +18,28 @@ Names childIds(const BinsTreeEntry& node) {
 }
 
 TEST(LegacyTreeLines, GroupsAreMadeAtTheStartOfTheirParent) {
-    struct Case {
-        std::string name;
-        std::vector<TreeLine> lines;
-        Names skip;
-        Names rootChildren;
-        Names firstChildChildren;
-    };
-    const std::vector<Case> cases = {
-        {"a group under the root", {{"treeentry", "root", "g1"}}, {}, {"g1", "old"}, {}},
+    using Lines = std::vector<TreeLine>;
+    const std::vector<std::tuple<const char*, Lines, Names>> cases = {
+        {"a group under the root", {{"treeentry", "root", "g1"}}, {"g1", "old"}},
         {"each new group goes first",
          {{"treeentry", "root", "g1"}, {"treeentry", "root", "g2"}},
-         {},
-         {"g2", "g1", "old"},
-         {}},
+         {"g2", "g1", "old"}},
         {"a child group under its parent",
          {{"treeentry", "root", "g1"}, {"treeentry", "g1", "g2"}},
-         {},
-         {"g1", "old"},
-         {"g2"}},
-        {"an unknown parent gives the root", {{"treeentry", "nowhere", "g1"}}, {}, {"g1", "old"}, {}},
-        {"the last two tokens count", {{"treeentry", "x", "root", "g1"}}, {}, {"g1", "old"}, {}},
-        {"two tokens add nothing", {{"treeentry", "g1"}}, {}, {"old"}, {}},
-        {"a node already there adds nothing", {{"treeentry", "root", "old"}}, {}, {"old"}, {}},
-        {"a bin's id makes no group", {{"treeentry", "root", "bin1"}}, {"bin1"}, {"old"}, {}},
-        {"smart lines are not plain lines", {{"smarttreeentry", "root", "g1"}}, {}, {"old"}, {}},
+         {"g1", "g2", "old"}},
+        {"an unknown parent gives the root", {{"treeentry", "nowhere", "g1"}}, {"g1", "old"}},
+        {"the last two tokens count", {{"treeentry", "x", "root", "g1"}}, {"g1", "old"}},
+        {"two tokens add nothing", {{"treeentry", "g1"}}, {"old"}},
+        {"a node already there adds nothing", {{"treeentry", "root", "old"}}, {"old"}},
+        {"a bin's id makes no group", {{"treeentry", "root", "bin1"}}, {"old"}},
+        {"smart lines are not plain lines", {{"smarttreeentry", "root", "g1"}}, {"old"}},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (auto [name, lines, ids] : cases) {
+        SCOPED_TRACE(name);
         auto root = makeGroup("root", {makeGroup("old")});
-        applyTreeEntryLines(*root, c.lines, treeKeys(false), c.skip, nullptr);
-        EXPECT_EQ(childIds(*root), c.rootChildren);
-        EXPECT_EQ(childIds(*root->children.front()), c.firstChildChildren);
+        applyTreeEntryLines(*root, lines, treeKeys(false), {"bin1"}, nullptr);
+        ids.insert(ids.begin(), "root");
+        EXPECT_EQ(root->allIds(), ids);
     }
 }
 
@@ -68,35 +56,27 @@ TEST(LegacyTreeLines, ValuesGoToTheNodesTheyName) {
                          {"treedisplayname", "g1"}},
                         treeKeys(false));
     const auto& group = *root->children[0];
-    EXPECT_EQ(group.name(), "Dailies");
-    EXPECT_EQ(group.created, 100.5);
-    EXPECT_EQ(group.modified, 200.0);
+    EXPECT_EQ(std::make_tuple(group.name(), group.created, group.modified),
+              std::make_tuple("Dailies", 100.5, 200.0));
     const auto& leaf = *root->children[1];
     EXPECT_EQ(leaf.bin->created, 300.0);
     EXPECT_NE(leaf.bin->modified, 0.0);
 }
 
-// A flat `bins` folder as the earlier layout left it.
-struct FlatBins {
-    FlatBins() {
-        writeFile(dir.path / "a.ale", aleText({"c1", "c2", "c3"}));
-        writeFile(dir.path / "a.bin",
-                  "tableid\tDay1\ndisplayname\tDay one\ntreebin\tg2\nlocked\tName\ntags\tx\nselected\n");
-        writeFile(dir.path / "b.bin", "tableid\tOrphan\n");
-        writeFile(dir.path / "c.ale", aleText({"c9"}));
-        writeFile(dir.path / "c.bin", "title\tDay2\ntreebin\tgone\nselected\n");
-        writeFile(dir.path / "d.ale", aleText({"c7"}));
-        fs::create_directories(dir.path / "d.bin");
-        writeFile(dir.path / "notes.txt", "not a bin\n");
-    }
-    TempFolder dir;
-};
-
 TEST(LegacyBins, FlatFolderIntoTheGroupsOfTheTreeLines) {
-    FlatBins flat;
+    TempFolder dir;
+    writeFile(dir.path / "a.ale", aleText({"c1", "c2", "c3"}));
+    writeFile(dir.path / "a.bin",
+              "tableid\tDay1\ndisplayname\tDay one\ntreebin\tg2\nlocked\tName\ntags\tx\nselected\n");
+    writeFile(dir.path / "b.bin", "tableid\tOrphan\n");
+    writeFile(dir.path / "c.ale", aleText({"c9"}));
+    writeFile(dir.path / "c.bin", "title\tDay2\ntreebin\tgone\nselected\n");
+    writeFile(dir.path / "d.ale", aleText({"c7"}));
+    fs::create_directories(dir.path / "d.bin");
+    writeFile(dir.path / "notes.txt", "not a bin\n");
     RecordingHost host;
     PrintCapture capture;
-    auto read = readLegacyBins(flat.dir.str(), *host.bins,
+    auto read = readLegacyBins(dir.str(), *host.bins,
                                {{"treeentry", "root", "g1"},
                                 {"treeentry", "g1", "g2"},
                                 {"treeentry", "root", "Day1"},
@@ -105,37 +85,31 @@ TEST(LegacyBins, FlatFolderIntoTheGroupsOfTheTreeLines) {
                                &host, nullptr);
     EXPECT_EQ(read, LegacyRead::partial);
     EXPECT_TRUE(capture.contains("ERROR: missing ale file for bin b"));
-    EXPECT_TRUE(capture.contains("ERROR while opening " + (flat.dir.path / "d.bin").string()));
-
+    EXPECT_TRUE(capture.contains("ERROR while opening " + (dir.path / "d.bin").string()));
     auto& root = *host.bins;
-    EXPECT_EQ(childIds(root), (Names{"g1", "Day2", "d"}));
-    auto& g1 = *root.children[0];
-    ASSERT_EQ(childIds(g1), (Names{"g2"}));
-    auto& g2 = *g1.children[0];
-    EXPECT_EQ(g2.name(), "Rushes");
-    ASSERT_EQ(childIds(g2), (Names{"Day1"}));
-
-    Bin& day1 = *g2.children[0]->bin;
-    EXPECT_EQ(day1.displayName(), "Day one");
+    EXPECT_EQ(root.allIds(), (Names{"root", "g1", "g2", "Day1", "Day2", "d"}));
+    EXPECT_EQ(root.children[0]->children[0]->name(), "Rushes");
+    Bin& day1 = *root.entryById("Day1")->bin;
+    EXPECT_EQ(namesOf(root.toarray), (Names{"Day one", "Day2", "d"}));
     EXPECT_EQ(day1.table()->data.size(), 3u);
-    EXPECT_EQ(day1.lockedColumns, (Names{"Name"}));
-    EXPECT_EQ(day1.tags, (Names{"x"}));
+    EXPECT_EQ(std::tie(day1.lockedColumns, day1.tags), std::make_tuple(Names{"Name"}, Names{"x"}));
     EXPECT_EQ(day1.created, 42.0);
     EXPECT_TRUE(day1.hasChanged);
-
     // Bins that were open wait for the main window, closed.
-    ASSERT_EQ(host.toOpen.size(), 2u);
-    EXPECT_EQ(host.toOpen[0], &day1);
-    EXPECT_EQ(host.toOpen[1], root.children[1]->bin.get());
+    EXPECT_EQ(host.toOpen, (std::vector<Bin*>{&day1, root.children[1]->bin.get()}));
     EXPECT_FALSE(day1.selected());
-
-    Bin& defaults = *root.children[2]->bin;
-    EXPECT_EQ(defaults.displayName(), "d");
-    EXPECT_EQ(root.toarray.size(), 3u);
 }
 
-TEST(LegacyBins, AnUnlistableFolderFails) {
+TEST(LegacyFolders, ListingCountsFilesAndGroupsAndAnUnlistableFolderFails) {
     TempFolder dir;
+    writeFile(dir.path / "lookup.db", "x");
+    writeFile(dir.path / "Group one" / "group", "");
+    writeFile(dir.path / "Other" / "thing", "");
+    auto content = listLegacyFolder(dir.str());
+    ASSERT_TRUE(content);
+    EXPECT_EQ(std::make_pair(content->files, content->groups),
+              std::make_pair(std::size_t{2}, std::size_t{1}));
+
     RecordingHost host;
     PrintCapture capture;
     std::string missing = (dir.path / "bins").string();
@@ -191,22 +165,11 @@ TEST(LegacyLayouts, FlatLayoutFilesSortedByName) {
         capture.contains("error while reading " + (dir.path / "empty.layout").string() + ": empty file"));
     EXPECT_TRUE(capture.contains("error while opening layout file " + (dir.path / "broken.layout").string()));
     ASSERT_EQ(layouts.layouts.size(), 2u);
-    EXPECT_EQ(layouts.layouts[0]->name, "Alpha");
-    EXPECT_EQ(layouts.layouts[0]->columns, (Names{"Scene"}));
-    EXPECT_EQ(layouts.layouts[1]->name, "Beta");
-    EXPECT_EQ(layouts.layouts[1]->columns, (Names{"Name", "Tape"}));
+    EXPECT_EQ(std::tie(layouts.layouts[0]->name, layouts.layouts[0]->columns),
+              std::make_tuple("Alpha", Names{"Scene"}));
+    EXPECT_EQ(std::tie(layouts.layouts[1]->name, layouts.layouts[1]->columns),
+              std::make_tuple("Beta", Names{"Name", "Tape"}));
     EXPECT_EQ(layouts.layouts[1]->colwidths.at("Name"), 120.5);
-}
-
-TEST(LegacyObjects, FilesAndGroupsOfAFlatFolder) {
-    TempFolder dir;
-    writeFile(dir.path / "lookup.db", "x");
-    writeFile(dir.path / "Group one" / "group", "");
-    writeFile(dir.path / "Other" / "thing", "");
-    auto content = listLegacyFolder(dir.str());
-    ASSERT_TRUE(content);
-    EXPECT_EQ(content->files, 2u);
-    EXPECT_EQ(content->groups, 1u);
 }
 
 } // namespace

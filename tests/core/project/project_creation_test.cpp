@@ -1,7 +1,5 @@
-#include "base/console.h"
 #include "project/project_creation.h"
 #include "project/setting_values.h"
-#include "project/shared_stuff.h"
 #include "project_test_support.h"
 
 #include <gtest/gtest.h>
@@ -14,126 +12,74 @@ using testing::TempFolder;
 TEST(ProjectCreation, RefusalsInTheWindowsOrder) {
     TempFolder folder;
     std::filesystem::create_directories(folder.path / "Taken");
-    struct Case {
-        const char* name;
-        std::string projectName;
-        std::vector<std::string> columns;
-        NewProjectRefusal refusal;
-        std::string warning;
+    const std::string forbidden = "the project name contains forbidden characters";
+    const std::vector<std::tuple<std::string, testing::Names, NewProjectRefusal, std::string>> cases{
+        {"", {"Name", "Tape", "Name"}, NewProjectRefusal::repeatedColumn, ""}, // comes first
+        {"", {}, NewProjectRefusal::emptyName, ""},
+        {"Taken", {}, NewProjectRefusal::folderExists, "a folder Taken already exists"},
+        {"a:b", {}, NewProjectRefusal::forbiddenCharacters, forbidden},
+        {"a\nb", {}, NewProjectRefusal::forbiddenCharacters, forbidden},
+        {"my project", {}, NewProjectRefusal::none, ""},
     };
-    const std::vector<Case> cases{
-        {"repeated column comes first", "", {"Name", "Tape", "Name"}, NewProjectRefusal::repeatedColumn, ""},
-        {"empty name is silent", "", {}, NewProjectRefusal::emptyName, ""},
-        {"existing folder", "Taken", {}, NewProjectRefusal::folderExists, "a folder Taken already exists"},
-        {"colon",
-         "a:b",
-         {},
-         NewProjectRefusal::forbiddenCharacters,
-         "the project name contains forbidden characters"},
-        {"line feed",
-         "a\nb",
-         {},
-         NewProjectRefusal::forbiddenCharacters,
-         "the project name contains forbidden characters"},
-        {"blank is taken", "my project", {}, NewProjectRefusal::none, ""},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        NewProjectSettings settings;
-        settings.name = c.projectName;
-        settings.columns = c.columns;
-        NewProjectCheck check = checkNewProject(folder.str(), settings);
-        EXPECT_EQ(check.refusal, c.refusal);
-        EXPECT_EQ(check.warning, c.warning);
+    for (const auto& [name, columns, refusal, warning] : cases) {
+        SCOPED_TRACE(name);
+        NewProjectCheck check = checkNewProject(folder.str(), {.name = name, .columns = columns});
+        EXPECT_EQ(check.refusal, refusal);
+        EXPECT_EQ(check.warning, warning);
     }
 }
 
 TEST(ProjectCreation, ValuesThatCannotBeReadBackAreRefused) {
-    struct Case {
-        const char* name;
-        void (*set)(NewProjectSettings&);
-        std::optional<std::string> reason;
-    };
-    const std::vector<Case> cases{
-        {"plain values", [](NewProjectSettings& s) { s.tapeId = " Reel  7"; }, std::nullopt},
-        {"double quote in the tape id", [](NewProjectSettings& s) { s.tapeId = "A\"B"; },
-         "the tape id holds a double quote (\"), which the bins' ALE files cannot keep"},
-        {"tab in the sound rate", [](NewProjectSettings& s) { s.sound = "48\tkhz"; },
-         "the sound rate holds a tab, which the project's files use between values"},
-        {"blank in the frame rate", [](NewProjectSettings& s) { s.fps = "25 fps"; },
+    const std::vector<std::pair<NewProjectSettings, std::optional<std::string>>> cases{
+        {{.tapeId = " Reel  7"}, std::nullopt},
+        {{.tapeId = "A\"B"}, "the tape id holds a double quote (\"), which the bins' ALE files cannot keep"},
+        {{.sound = "48\tkhz"}, "the sound rate holds a tab, which the project's files use between values"},
+        {{.fps = "25 fps"},
          "the frame rate holds a blank, and the bins' ALE files keep a frame rate as one word"},
-        {"trailing blank in the film format", [](NewProjectSettings& s) { s.filmFormat = "35mm "; },
-         "the film format ends with a blank, which the bins' ALE files do not keep"},
-        {"line feed in a column",
-         [](NewProjectSettings& s) {
-             s.columns = {"Name", "a\nb"};
-         },
+        {{.filmFormat = "35mm "}, "the film format ends with a blank, which the bins' ALE files do not keep"},
+        {{.columns = {"Name", "a\nb"}},
          "the column name a\nb holds a line break, which the project's files use between lines"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        NewProjectSettings settings;
+    for (auto [settings, reason] : cases) {
+        SCOPED_TRACE(reason.value_or("plain values"));
         settings.name = "P";
-        c.set(settings);
-        EXPECT_EQ(unreadableSettingReason(settings), c.reason);
-        EXPECT_EQ(checkNewProject("/nonexistent", settings).accepted(), !c.reason);
+        EXPECT_EQ(unreadableSettingReason(settings), reason);
+        EXPECT_EQ(checkNewProject("/nonexistent", settings).accepted(), !reason);
     }
     EXPECT_EQ(unreadablePropertiesReason({{"Lab", "a\"b"}, {"Camera", "A\tB"}}),
               "the property Camera holds a tab, which the project's files use between values");
 }
 
-TEST(ProjectCreation, RefusedProjectWritesNothingAndKeepsTheProjectEmpty) {
-    TempFolder folder;
-    SharedStuff sharedstuff;
-    NewProjectSettings settings;
-    settings.name = "bad;name";
-    bool saved = true;
-    EXPECT_EQ(createProject(sharedstuff, folder.str(), settings, &saved).refusal,
-              NewProjectRefusal::forbiddenCharacters);
-    EXPECT_FALSE(saved);
-    EXPECT_FALSE(sharedstuff.projectName);
-    EXPECT_TRUE(std::filesystem::is_empty(folder.path));
-}
-
-TEST(ProjectCreation, NoColumnsGivesTheTenSystemColumnsInBothLayouts) {
-    TempFolder folder;
-    SharedStuff sharedstuff;
-    NewProjectSettings settings;
-    settings.name = "Feature";
-    settings.fps = "25";
-    bool saved = false;
-    base::PrintCapture quiet;
-    ASSERT_TRUE(createProject(sharedstuff, folder.str(), settings, &saved).accepted());
-    EXPECT_TRUE(saved);
-    const std::string expectedColumns =
+TEST(ProjectCreation, WhatANewProjectFileHolds) {
+    const std::string systemColumns =
         "Name\tStart\tEnd\tDuration\tTracks\tVideo\tASC_SOP\tASC_SAT\tComments\tLumbra_Color_Tag";
-    std::string text = testing::readFile(folder.path / "Feature" / "tarelproject");
-    EXPECT_EQ(text.substr(0, text.find('\n')), "Feature");
-    EXPECT_NE(text.find("\nfps\t25\n"), std::string::npos);
-    EXPECT_NE(text.find("\nbaselayout\t" + expectedColumns + "\n"), std::string::npos);
-    EXPECT_NE(text.find("\nprojectlayout\t" + expectedColumns + "\n"), std::string::npos);
     // The film check box off stores an empty film format, and no tape id.
-    EXPECT_NE(text.find("\nfilmformat\t\n"), std::string::npos);
-    EXPECT_EQ(text.find("tapeid"), std::string::npos);
-    EXPECT_EQ(sharedstuff.projectLayouts.baseLayout->name, "Default");
-    EXPECT_EQ(sharedstuff.projectLayouts.projectLayout->name, "Project Default");
-    EXPECT_EQ(sharedstuff.projectLayouts.baseLayout->columns.size(), 10u);
-}
-
-TEST(ProjectCreation, GivenColumnsFilmFormatAndTape) {
-    TempFolder folder;
-    SharedStuff sharedstuff;
-    NewProjectSettings settings;
-    settings.name = "Short";
-    settings.columns = {"Name", "Tape"};
-    settings.filmFormat = "35mm, 4 perf";
-    settings.tapeId = "T01";
-    base::PrintCapture quiet;
-    ASSERT_TRUE(createProject(sharedstuff, folder.str(), settings).accepted());
-    std::string text = testing::readFile(folder.path / "Short" / "tarelproject");
-    EXPECT_NE(text.find("\nbaselayout\tName\tTape\n"), std::string::npos);
-    EXPECT_NE(text.find("\nfilmformat\t35mm, 4 perf\n"), std::string::npos);
-    EXPECT_NE(text.find("\ntapeid\tT01\n"), std::string::npos);
+    const std::vector<std::tuple<NewProjectSettings, testing::Names, std::string>> cases{
+        {{.name = "Feature", .fps = "25"},
+         {"Feature\n", "\nfps\t25\n", "\nbaselayout\t" + systemColumns + "\n",
+          "\nprojectlayout\t" + systemColumns + "\n", "\nfilmformat\t\n"},
+         "tapeid"},
+        {{.name = "Short", .filmFormat = "35mm, 4 perf", .tapeId = "T01", .columns = {"Name", "Tape"}},
+         {"\nbaselayout\tName\tTape\n", "\nfilmformat\t35mm, 4 perf\n", "\ntapeid\tT01\n"},
+         "nothing"},
+        {{.name = "bad;name"}, {}, "tarelproject"},
+    };
+    for (const auto& [settings, lines, absent] : cases) {
+        SCOPED_TRACE(settings.name);
+        TempFolder folder;
+        SharedStuff sharedstuff;
+        bool saved = false;
+        base::PrintCapture quiet;
+        EXPECT_EQ(createProject(sharedstuff, folder.str(), settings, &saved).accepted(), !lines.empty());
+        EXPECT_EQ(saved, !lines.empty());
+        const std::string text = testing::readFile(folder.path / settings.name / "tarelproject");
+        for (const auto& line : lines)
+            EXPECT_NE(("\n" + text).find(line), std::string::npos) << line;
+        EXPECT_EQ(text.find(absent), std::string::npos);
+        if (lines.empty()) {
+            EXPECT_TRUE(std::filesystem::is_empty(folder.path) && !sharedstuff.projectName);
+        }
+    }
 }
 
 TEST(ProjectCreation, SettingsFromAnAleFile) {
@@ -141,18 +87,15 @@ TEST(ProjectCreation, SettingsFromAnAleFile) {
     testing::writeFile(folder.path / "day.ale",
                        "Heading\nFIELD_DELIM\tTABS\nVIDEO_FORMAT\tPAL\nFPS\t24\n"
                        "AUDIO_FORMAT\t48khz\nTAPE\tR1\n\nColumn\nName\tScene\n\nData\nA\t1\n");
-    NewProjectSettings settings;
-    settings.filmFormat = "16mm";
+    NewProjectSettings settings{.filmFormat = "16mm"};
     base::PrintCapture quiet;
     ASSERT_TRUE(settingsFromFile((folder.path / "day.ale").string(), settings));
-    EXPECT_EQ(settings.fps, "24");
-    EXPECT_EQ(settings.tlResolution, "PAL");
-    EXPECT_EQ(settings.sound, "48khz");
-    EXPECT_EQ(settings.tapeId, "R1");
+    EXPECT_EQ(std::tie(settings.fps, settings.tlResolution, settings.sound, settings.tapeId),
+              std::make_tuple("24", "PAL", "48khz", "R1"));
     // No film format in the heading turns the check box off.
     EXPECT_FALSE(settings.filmFormat);
     // The reader's colour tag and the heading's tape come with the file's columns.
-    EXPECT_EQ(settings.columns, (std::vector<std::string>{"Lumbra_Color_Tag", "Tape", "Name", "Scene"}));
+    EXPECT_EQ(settings.columns, (testing::Names{"Lumbra_Color_Tag", "Tape", "Name", "Scene"}));
 
     NewProjectSettings untouched;
     std::string warning;

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "base/console.h"
 #include "base/saveable.h"
 #include "base/text_file.h"
 #include "project/bin.h"
 #include "project/bins_tree_entry.h"
+#include "project/shared_stuff.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -15,6 +18,7 @@
 namespace lumbra::project::testing {
 
 namespace fs = std::filesystem;
+using Names = std::vector<std::string>;
 
 class TempFolder {
 public:
@@ -125,6 +129,41 @@ public:
     TreeNode bins = makeGroup("root");
     TreeNode smartbins = makeGroup("smartbins");
     int tagTreeRebuilds = 0;
+};
+
+// The display names of bins, in order.
+inline Names namesOf(const std::vector<Bin*>& bins) {
+    Names out;
+    for (const Bin* bin : bins)
+        out.push_back(bin->displayName());
+    return out;
+}
+
+// The names of a node's children, in order.
+inline Names childNames(const BinsTreeEntry& node) {
+    Names out;
+    for (const auto& child : node.children)
+        out.push_back(child->name());
+    return out;
+}
+
+// Whether a printed line holds the text.
+inline bool printed(const base::PrintCapture& capture, const std::string& text) {
+    return std::any_of(capture.lines().begin(), capture.lines().end(),
+                       [&](const std::string& line) { return line.find(text) != std::string::npos; });
+}
+
+// A project "Film" in a temporary folder, without autosave, not saved yet.
+struct FilmProject {
+    explicit FilmProject(base::UserInteraction* interaction = nullptr) : s(interaction) {
+        s.currentFolder = dir.str();
+        s.projectName = "Film";
+        s.autosave = false;
+    }
+    [[nodiscard]] fs::path folder() const { return dir.path / "Film"; }
+
+    TempFolder dir;
+    SharedStuff s;
 };
 
 } // namespace lumbra::project::testing
