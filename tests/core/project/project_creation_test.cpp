@@ -50,38 +50,6 @@ TEST(ProjectCreation, ValuesThatCannotBeReadBackAreRefused) {
               "the property Camera holds a tab, which the project's files use between values");
 }
 
-TEST(ProjectCreation, WhatANewProjectFileHolds) {
-    const std::string systemColumns =
-        "Name\tStart\tEnd\tDuration\tTracks\tVideo\tASC_SOP\tASC_SAT\tComments\tLumbra_Color_Tag";
-    // The film check box off stores an empty film format, and no tape id.
-    const std::vector<std::tuple<NewProjectSettings, testing::Names, std::string>> cases{
-        {{.name = "Feature", .fps = "25"},
-         {"Feature\n", "\nfps\t25\n", "\nbaselayout\t" + systemColumns + "\n",
-          "\nprojectlayout\t" + systemColumns + "\n", "\nfilmformat\t\n"},
-         "tapeid"},
-        {{.name = "Short", .filmFormat = "35mm, 4 perf", .tapeId = "T01", .columns = {"Name", "Tape"}},
-         {"\nbaselayout\tName\tTape\n", "\nfilmformat\t35mm, 4 perf\n", "\ntapeid\tT01\n"},
-         "nothing"},
-        {{.name = "bad;name"}, {}, "tarelproject"},
-    };
-    for (const auto& [settings, lines, absent] : cases) {
-        SCOPED_TRACE(settings.name);
-        TempFolder folder;
-        SharedStuff sharedstuff;
-        bool saved = false;
-        base::PrintCapture quiet;
-        EXPECT_EQ(createProject(sharedstuff, folder.str(), settings, &saved).accepted(), !lines.empty());
-        EXPECT_EQ(saved, !lines.empty());
-        const std::string text = testing::readFile(folder.path / settings.name / "tarelproject");
-        for (const auto& line : lines)
-            EXPECT_NE(("\n" + text).find(line), std::string::npos) << line;
-        EXPECT_EQ(text.find(absent), std::string::npos);
-        if (lines.empty()) {
-            EXPECT_TRUE(std::filesystem::is_empty(folder.path) && !sharedstuff.projectName);
-        }
-    }
-}
-
 TEST(ProjectCreation, SettingsFromAnAleFile) {
     TempFolder folder;
     testing::writeFile(folder.path / "day.ale",
@@ -96,13 +64,6 @@ TEST(ProjectCreation, SettingsFromAnAleFile) {
     EXPECT_FALSE(settings.filmFormat);
     // The reader's colour tag and the heading's tape come with the file's columns.
     EXPECT_EQ(settings.columns, (testing::Names{"Lumbra_Color_Tag", "Tape", "Name", "Scene"}));
-
-    NewProjectSettings untouched;
-    std::string warning;
-    EXPECT_FALSE(settingsFromFile((folder.path / "missing.ale").string(), untouched, &warning));
-    EXPECT_EQ(warning, "ERROR while reading info from file");
-    EXPECT_EQ(untouched.fps, "23.98");
-    EXPECT_TRUE(untouched.columns.empty());
 }
 
 } // namespace
