@@ -143,60 +143,48 @@ TEST(Bin, InterpretsItsTokens) {
 }
 
 TEST(Bin, LoadWarnsAndGoesOnOrRefuses) {
-    struct Case {
-        std::string name;
-        std::vector<std::pair<std::string, std::string>>
-            files; // name, text; "dir" makes a folder; none: no folder
-        bool loads;
-        NotificationData note;
+    using Files = std::vector<std::pair<std::string, std::string>>; // name, text; "dir" makes a folder
+    const std::string ale = aleText({"a"}), defaults = ". Default values used for bin.";
+    // Files of a bin folder "clips", none for no folder; whether it loads; the last note, "@" for the folder.
+    const std::vector<std::tuple<Files, bool, std::string, std::string>> cases = {
+        {{{"clips.ale", ale}}, true, "No .bin file", "No .bin file in @" + defaults},
+        {{{"clips.bin", "displayname\tx\n"}}, false, "Loading error", "No .ale or .smartbin file in @"},
+        {{{"clips.ale", ale}, {"clips.bin", "dir"}},
+         true,
+         ".BIN file error",
+         "Error reading @/clips.bin" + defaults},
+        {{{"clips.ale", "x"}, {"clips.bin", ""}},
+         true,
+         "Loading error",
+         "Something went wrong loading @/clips.ale"},
+        {{}, false, "Loading error", "Error loading from @"},
+        {{{"clips.ale", ale}, {"zz.ale", ale}, {"yy.ale", "x"}, {"clips.bin", ""}},
+         true,
+         "Files ignored",
+         "The bin in @ reads only its own files and ignores yy.ale, zz.ale"},
     };
-    const std::string ale = aleText({"a"});
-    const std::vector<Case> cases = {
-        {"no .bin file",
-         {{"clips.ale", ale}},
-         true,
-         {"No .bin file", "No .bin file in @. Default values used for bin.", NotificationType::WARNING}},
-        {"no table file",
-         {{"clips.bin", "displayname\tx\n"}},
-         false,
-         {"Loading error", "No .ale or .smartbin file in @", NotificationType::KO}},
-        {"unreadable .bin file",
-         {{"clips.ale", ale}, {"clips.bin", "dir"}},
-         true,
-         {".BIN file error", "Error reading @/clips.bin. Default values used for bin.",
-          NotificationType::WARNING}},
-        {"faulty .ale file",
-         {{"clips.ale", "nothing here"}, {"clips.bin", "displayname\tx\n"}},
-         true,
-         {"Loading error", "Something went wrong loading @/clips.ale", NotificationType::WARNING}},
-        {"missing folder", {}, false, {"Loading error", "Error loading from @", NotificationType::KO}},
-        {"stray table files",
-         {{"clips.ale", ale}, {"zz.ale", ale}, {"yy.ale", "x"}, {"clips.bin", "tags\n"}},
-         true,
-         {"Files ignored", "The bin in @ reads only its own files and ignores yy.ale, zz.ale",
-          NotificationType::WARNING}},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [files, loads, title, body] : cases) {
+        SCOPED_TRACE(title);
         TempFolder parent;
         const fs::path dir = parent.path / "clips";
-        for (const auto& [file, text] : c.files)
+        for (const auto& [file, text] : files)
             text == "dir" ? static_cast<void>(fs::create_directories(dir / file))
                           : writeFile(dir / file, text);
         Bin bin(nullptr);
         Notifications notes;
         PrintCapture capture;
-        EXPECT_EQ(bin.load(dir.string(), &notes), c.loads);
+        EXPECT_EQ(bin.load(dir.string(), &notes), loads);
         ASSERT_FALSE(notes.empty());
-        NotificationData expected = c.note;
-        expected.body.replace(expected.body.find('@'), 1, dir.string());
-        EXPECT_EQ(notes.back(), expected);
+        std::string expected = body;
+        expected.replace(expected.find('@'), 1, dir.string());
+        EXPECT_EQ(notes.back(), NotificationData(title, expected,
+                                                 loads ? NotificationType::WARNING : NotificationType::KO));
         EXPECT_FALSE(bin.hasChanged);
-        EXPECT_EQ(fs::exists(dir / "lumbra_details"), !c.files.empty());
-        if (c.files.empty()) {
+        EXPECT_EQ(fs::exists(dir / "lumbra_details"), !files.empty());
+        if (files.empty()) {
             EXPECT_TRUE(capture.contains("ERROR loading from " + dir.string()));
         }
-        if (c.name == "no .bin file") {
+        if (title == "No .bin file") {
             EXPECT_TRUE(capture.contains("Warning: no bin file, default values used"));
             EXPECT_EQ(readFile(dir / "clips.bin"), "tableid\tclips\nlayout\ndisplayname\tclips\n");
             EXPECT_EQ(bin.table()->bin, &bin);

@@ -1,4 +1,5 @@
 #include "base/scripted_interaction.h"
+#include "project/legacy_readers.h"
 #include "project/project_loader.h"
 #include "project/project_saver.h"
 #include "project_test_support.h"
@@ -26,10 +27,8 @@ const std::string wholeProjectFile =
 // A project folder "Film" under a temporary parent, written by hand.
 struct ProjectFolder {
     ProjectFolder() { fs::create_directories(project); }
-    // A text of "/" makes a folder.
     void file(const std::string& relative, const std::string& text) const {
-        text == "/" ? static_cast<void>(fs::create_directories(project / relative))
-                    : writeFile(project / relative, text);
+        writeFile(project / relative, text);
     }
     // A bin (or, without a name, a group) in the current layout: its folder with details, table and .bin.
     void current(const std::string& under, const std::string& name, const char* uuid, bool bin = true,
@@ -52,14 +51,13 @@ struct ProjectFolder {
         file("layouts/mine.layout", "Mine\nName\t80\n");
     }
     // Every file by path and text, less the hidden temporaries of writes that a kill cut short.
-    [[nodiscard]] Files files() const { return filesOf(project); }
-    static Files filesOf(const fs::path& root) {
+    [[nodiscard]] Files files() const {
         Files out;
-        for (const auto& entry : fs::recursive_directory_iterator(root)) {
+        for (const auto& entry : fs::recursive_directory_iterator(project)) {
             std::string name = entry.path().filename().string();
             if (!entry.is_regular_file() || (name.front() == '.' && name.find(".tmp") != std::string::npos))
                 continue;
-            out[fs::relative(entry.path(), root).string()] = readFile(entry.path());
+            out[fs::relative(entry.path(), project).string()] = readFile(entry.path());
         }
         return out;
     }
@@ -152,71 +150,32 @@ TEST(ProjectOpening, AnEarlierProjectIsMigratedOnceAndThenOpensAsItIs) {
 
 // An opening that stops leaves every file as it was; one that goes on may leave a folder it cannot read.
 TEST(ProjectOpening, WhatEachFolderDoesToTheOpening) {
-    const std::string whole = wholeProjectFile, damaged =
-                                                    "is damaged (no fps line, no tlResolution line, no sound "
-                                                    "line, no baselayout line)";
-    // Files on top of a current bin A; a line printed, "@" for the project; the bins; paths kept, "-" gone.
-    const std::vector<std::tuple<const char*, Files, OpenResult, std::string, std::size_t, Names>> cases = {
-        {"cancel at the legacy alert", {{"bins", "/"}}, OpenResult::cancelled, "", 0, {"bins"}},
-        {"a folder for a project file",
-         {{"tarelproject", "/"}},
-         OpenResult::unreadableProject,
-         "ERROR while opening @/tarelproject",
-         0,
-         {}},
-        {"an empty project file", {{"tarelproject", ""}}, OpenResult::damagedProject, damaged, 0, {}},
-        {"a cut fps line",
-         {{"tarelproject", "Film\nfps\t"}},
-         OpenResult::damagedProject,
-         "is damaged (no tlResolution line, no sound line, no baselayout line, a cut last line)",
-         0,
-         {}},
-        {"a cut last line",
-         {{"tarelproject", whole + "maxNBackup\t1"}},
-         OpenResult::damagedProject,
-         "is damaged (a cut last line)",
-         0,
-         {}},
-        {"no folders", {{"tarelproject", whole}}, OpenResult::opened, "", 1, {"_bins_", "_smartbins_"}},
-        {"earlier and current bins end in one tree",
-         {{"tarelproject", whole},
-          {"bins/Old/Old.ale", aleText({"x"})},
-          {"bins/Old/Old.bin", "tableid\tOld\n"}},
-         OpenResult::opened,
-         "",
-         2,
-         {"-bins"}},
-        {"an earlier bin without a table keeps its folder",
-         {{"tarelproject", whole + "treeentry\troot\tg1\n"}, {"bins/lost.bin", "tableid\tlost\n"}},
-         OpenResult::opened,
-         "ERROR: missing ale file for bin lost",
-         1,
-         {"bins/lost.bin"}},
-        {"earlier bins that cannot be read",
-         {{"tarelproject", whole + "treeentry\troot\tg1\n"}, {"smartbins/x.smartbin", ""}},
-         OpenResult::binsFailed,
-         "ERROR while opening bins in folder @/bins",
-         0,
-         {}},
-        {"a pivot file",
-         {{"tarelproject", whole}, {"pivot", "x"}},
-         OpenResult::opened,
-         "ERROR while opening pivot tables in folder @/pivot",
-         1,
-         {}},
-        {"a db file",
-         {{"tarelproject", whole}, {"db", "x"}},
-         OpenResult::opened,
-         "ERROR while opening dbs in folder @/db",
-         1,
-         {}},
+    const std::string whole = "tarelproject=" + wholeProjectFile, legacy = whole + "treeentry\troot\tg1\n",
+                      damaged =
+                          "is damaged (no fps line, no tlResolution line, no sound line, no baselayout line)";
+    // Files beside a current bin A; a line printed, "@" for the project; the bins; paths kept, "-" gone.
+    const std::vector<std::tuple<std::string, OpenResult, std::string, std::size_t, std::string>> cases = {
+        {"bins=/", OpenResult::cancelled, "", 0, "bins"},
+        {"tarelproject=/", OpenResult::unreadableProject, "ERROR while opening @/tarelproject", 0, ""},
+        {"tarelproject=", OpenResult::damagedProject, damaged, 0, ""},
+        {"tarelproject=Film\nfps\t", OpenResult::damagedProject,
+         "is damaged (no tlResolution line, no sound line, no baselayout line, a cut last line)", 0, ""},
+        {whole + "maxNBackup\t1", OpenResult::damagedProject, "is damaged (a cut last line)", 0, ""},
+        {whole, OpenResult::opened, "", 1, "_bins_|_smartbins_"},
+        {whole + "|bins/Old/Old.ale=" + aleText({"x"}) + "|bins/Old/Old.bin=tableid\tOld\n",
+         OpenResult::opened, "", 2, "-bins"},
+        {legacy + "|bins/lost.bin=tableid\tlost\n", OpenResult::opened,
+         "ERROR: missing ale file for bin lost", 1, "bins/lost.bin"},
+        {legacy + "|smartbins/x.smartbin=", OpenResult::binsFailed,
+         "ERROR while opening bins in folder @/bins", 0, ""},
+        {whole + "|pivot=x", OpenResult::opened, "ERROR while opening pivot tables in folder @/pivot", 1, ""},
+        {whole + "|db=x", OpenResult::opened, "ERROR while opening dbs in folder @/db", 1, ""},
     };
-    for (const auto& [name, files, result, line, bins, paths] : cases) {
-        SCOPED_TRACE(name);
+    for (const auto& [files, result, line, bins, paths] : cases) {
+        SCOPED_TRACE(files);
         ProjectFolder folder;
         folder.current("_bins_", "A", uuidA);
-        for (const auto& [path, text] : files)
-            folder.file(path, text);
+        writeFiles(folder.project, files);
         const Files before = folder.files();
         const auto tree = listTree(folder.project);
         Opening opening(folder, result == OpenResult::cancelled ? "Cancel" : "Proceed");
@@ -227,15 +186,13 @@ TEST(ProjectOpening, WhatEachFolderDoesToTheOpening) {
         if (auto at = printedLine.find('@'); at != std::string::npos)
             printedLine.replace(at, 1, folder.project.string());
         EXPECT_TRUE(line.empty() || printed(capture, printedLine)) << printedLine;
-        if (result == OpenResult::damagedProject) {
-            EXPECT_NE(reason.find(line), std::string::npos) << reason;
-        }
+        EXPECT_TRUE(result != OpenResult::damagedProject || reason.find(line) != std::string::npos) << reason;
         EXPECT_EQ(opening.sharedstuff.bins->toarray.size(), bins);
         EXPECT_EQ(opening.chooserClosed, result == OpenResult::opened ? 1 : 0);
         if (result != OpenResult::opened) {
             EXPECT_EQ(std::tie(before, tree), std::make_tuple(folder.files(), listTree(folder.project)));
         }
-        for (const auto& path : paths)
+        for (const auto& path : split(paths))
             EXPECT_EQ(fs::exists(folder.project / (path[0] == '-' ? path.substr(1) : path)), path[0] != '-')
                 << path;
     }
@@ -345,6 +302,150 @@ TEST(ProjectOpening, AFailedUpdateOfTheEarlierLayoutLeavesItAsItWas) {
     ASSERT_EQ(again.open(), OpenResult::opened);
     EXPECT_EQ(again.sharedstuff.bins->toarray.size(), 2u);
     EXPECT_FALSE(fs::exists(folder.project / "bins"));
+}
+
+// The ids of a node's children, in order.
+Names childIds(const BinsTreeEntry& node) {
+    Names out;
+    for (const auto& child : node.children)
+        out.push_back(child->id);
+    return out;
+}
+
+TEST(LegacyTreeLines, GroupsAreMadeAtTheStartOfTheirParent) {
+    using Lines = std::vector<TreeLine>;
+    const std::vector<std::tuple<const char*, Lines, Names>> cases = {
+        {"a group under the root", {{"treeentry", "root", "g1"}}, {"g1", "old"}},
+        {"each new group goes first",
+         {{"treeentry", "root", "g1"}, {"treeentry", "root", "g2"}},
+         {"g2", "g1", "old"}},
+        {"a child group under its parent",
+         {{"treeentry", "root", "g1"}, {"treeentry", "g1", "g2"}},
+         {"g1", "g2", "old"}},
+        {"an unknown parent gives the root", {{"treeentry", "nowhere", "g1"}}, {"g1", "old"}},
+        {"the last two tokens count", {{"treeentry", "x", "root", "g1"}}, {"g1", "old"}},
+        {"two tokens add nothing", {{"treeentry", "g1"}}, {"old"}},
+        {"a node already there adds nothing", {{"treeentry", "root", "old"}}, {"old"}},
+        {"a bin's id makes no group", {{"treeentry", "root", "bin1"}}, {"old"}},
+        {"smart lines are not plain lines", {{"smarttreeentry", "root", "g1"}}, {"old"}},
+    };
+    for (auto [name, lines, ids] : cases) {
+        SCOPED_TRACE(name);
+        auto root = makeGroup("root", {makeGroup("old")});
+        applyTreeEntryLines(*root, lines, treeKeys(false), {"bin1"}, nullptr);
+        ids.insert(ids.begin(), "root");
+        EXPECT_EQ(root->allIds(), ids);
+    }
+}
+
+TEST(LegacyTreeLines, ValuesGoToTheNodesTheyName) {
+    auto root = makeGroup("root", {makeGroup("g1"), makeLeaf("clips")});
+    applyTreeValueLines(*root,
+                        {{"smarttreedisplayname", "g1", "Wrong"},
+                         {"treedisplayname", "g1", "Dailies"},
+                         {"treecreated", "g1", "100.5"},
+                         {"treemodified", "g1", "200"},
+                         {"treecreated", "clips", "300"},
+                         {"treemodified", "clips", "soon"},
+                         {"treedisplayname", "missing", "Nobody"},
+                         {"treedisplayname", "g1"}},
+                        treeKeys(false));
+    const auto& group = *root->children[0];
+    EXPECT_EQ(std::make_tuple(group.name(), group.created, group.modified),
+              std::make_tuple("Dailies", 100.5, 200.0));
+    const auto& leaf = *root->children[1];
+    EXPECT_EQ(leaf.bin->created, 300.0);
+    EXPECT_NE(leaf.bin->modified, 0.0);
+}
+
+TEST(LegacyBins, FlatFolderIntoTheGroupsOfTheTreeLines) {
+    TempFolder dir;
+    writeFiles(
+        dir.path,
+        "a.ale=" + aleText({"c1", "c2", "c3"}) +
+            "|a.bin=tableid\tDay1\ndisplayname\tDay one\ntreebin\tg2\nlocked\tName\ntags\tx\nselected\n"
+            "|b.bin=tableid\tOrphan\n|c.ale=" +
+            aleText({"c9"}) + "|c.bin=title\tDay2\ntreebin\tgone\nselected\n|d.ale=" + aleText({"c7"}) +
+            "|d.bin=/|notes.txt=not a bin\n");
+    RecordingHost host;
+    PrintCapture capture;
+    auto read = readLegacyBins(dir.str(), *host.bins,
+                               {{"treeentry", "root", "g1"},
+                                {"treeentry", "g1", "g2"},
+                                {"treeentry", "root", "Day1"},
+                                {"treedisplayname", "g2", "Rushes"},
+                                {"treecreated", "Day1", "42"}},
+                               &host, nullptr);
+    EXPECT_EQ(read, LegacyRead::partial);
+    EXPECT_TRUE(capture.contains("ERROR: missing ale file for bin b"));
+    EXPECT_TRUE(capture.contains("ERROR while opening " + (dir.path / "d.bin").string()));
+    auto& root = *host.bins;
+    EXPECT_EQ(root.allIds(), (Names{"root", "g1", "g2", "Day1", "Day2", "d"}));
+    EXPECT_EQ(root.allNames(), (Names{"root", "g1", "Rushes", "Day one", "Day2", "d"}));
+    Bin& day1 = *root.entryById("Day1")->bin;
+    EXPECT_EQ(day1.table()->data.size(), 3u);
+    EXPECT_EQ(std::tie(day1.lockedColumns, day1.tags, day1.created),
+              std::make_tuple(Names{"Name"}, Names{"x"}, 42.0));
+    EXPECT_TRUE(day1.hasChanged);
+    // Bins that were open wait for the main window, closed.
+    EXPECT_EQ(host.toOpen, (std::vector<Bin*>{&day1, root.children[1]->bin.get()}));
+    EXPECT_FALSE(day1.selected());
+}
+
+// A project that reads a .smartbin file as a table named after the file, and refuses "bad" ones.
+struct SmartReadingHost : RecordingHost {
+    bool readSmartbinFile(Bin& bin, const std::string& path, base::Notifications*) override {
+        std::string name = fs::path(path).stem().string();
+        if (name == "bad")
+            return false;
+        bin.setTable(makeTable(name));
+        return true;
+    }
+};
+
+TEST(LegacyFolders, SmartBinsLayoutsAndOtherObjects) {
+    TempFolder dir;
+    writeFiles(
+        dir.path,
+        "s1.smartbin=x|bad.smartbin=x|s1.bin=not a smart bin|b.layout=Beta\nName\t120.5\nTape\n"
+        "|a.layout=Alpha\nScene\n|empty.layout=|readme.txt=Gamma\nName\n|broken.layout=/|Group one/group=");
+    SmartReadingHost host;
+    PrintCapture capture;
+    auto read = readLegacySmartbins(dir.str(), *host.smartbins,
+                                    {{"smarttreeentry", "smartbins", "sg"},
+                                     {"treeentry", "smartbins", "plain"},
+                                     {"smarttreedisplayname", "sg", "Selects"}},
+                                    &host, nullptr);
+    EXPECT_EQ(read, LegacyRead::partial);
+    EXPECT_TRUE(capture.contains("ERROR while opening " + (dir.path / "bad.smartbin").string()));
+    // The flat files come at the root after the smart groups.
+    EXPECT_EQ(childIds(*host.smartbins), (Names{"sg", "s1"}));
+    EXPECT_EQ(host.smartbins->children[0]->name(), "Selects");
+    EXPECT_EQ(host.smartbins->toarray.size(), 1u);
+
+    tables::ProjectLayouts layouts;
+    EXPECT_EQ(readLegacyLayouts(dir.str(), layouts, nullptr), LegacyRead::partial);
+    EXPECT_TRUE(
+        capture.contains("error while reading " + (dir.path / "empty.layout").string() + ": empty file"));
+    EXPECT_TRUE(capture.contains("error while opening layout file " + (dir.path / "broken.layout").string()));
+    ASSERT_EQ(layouts.layouts.size(), 2u);
+    EXPECT_EQ(std::tie(layouts.layouts[0]->name, layouts.layouts[0]->columns),
+              std::make_tuple("Alpha", Names{"Scene"}));
+    EXPECT_EQ(std::tie(layouts.layouts[1]->name, layouts.layouts[1]->columns),
+              std::make_tuple("Beta", Names{"Name", "Tape"}));
+    EXPECT_EQ(layouts.layouts[1]->colwidths.at("Name"), 120.5);
+
+    // A folder counts as a group when it holds a "group" file, as a file otherwise.
+    auto content = listLegacyFolder(dir.str());
+    ASSERT_TRUE(content);
+    EXPECT_EQ(std::make_pair(content->files, content->groups),
+              std::make_pair(std::size_t{8}, std::size_t{1}));
+    std::string missing = (dir.path / "bins").string();
+    EXPECT_EQ(readLegacyBins(missing, *host.bins, {}, &host, nullptr), LegacyRead::failed);
+    EXPECT_TRUE(capture.contains("ERROR: cannot get files list from folder " + missing));
+    EXPECT_TRUE(host.bins->children.empty());
+    EXPECT_EQ(readLegacyLayouts(missing, layouts, nullptr), LegacyRead::failed);
+    EXPECT_FALSE(listLegacyFolder(missing));
 }
 
 } // namespace

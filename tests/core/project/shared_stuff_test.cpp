@@ -14,26 +14,6 @@ using lumbra::tables::EntryPtr;
 
 namespace {
 
-// A smart table that records what it was asked to test.
-class RecordingSmartTable : public lumbra::tables::ALETable, public SmartTableLink {
-public:
-    [[nodiscard]] bool hasDomain() const override { return false; }
-    [[nodiscard]] bool domainHolds(const BinsTreeEntry&) const override { return false; }
-    void reEvaluate(const EntryPtr& entry) override { rows.push_back(entry.get()); }
-    void reEvaluateAll(Bin& bin) override { bins.push_back(bin.displayName()); }
-    void resolveDomain(BinsTreeEntry&) override {}
-
-    std::vector<const ALEEntry*> rows;
-    std::vector<std::string> bins;
-};
-
-std::shared_ptr<Bin> makeSmartbin(const std::string& name, SharedStuff& s, RecordingSmartTable** table) {
-    auto smart = std::make_unique<RecordingSmartTable>();
-    smart->tablename = name;
-    *table = smart.get();
-    return std::make_shared<Bin>(std::move(smart), &s, nullptr, true);
-}
-
 struct CountingDelegate : SharedStuffDelegate {
     void reloadBinsLists() override { ++reloads; }
     int reloads = 0;
@@ -80,8 +60,7 @@ TEST(SharedStuff, OpenBinsAndAllBinsListPlainBinsFirst) {
     s.bins->addChild(group);
     s.addBin(b, group.get());
     s.addBin(c, group.get());
-    RecordingSmartTable* table = nullptr;
-    s.addSmartbin(makeSmartbin("S", s, &table));
+    s.addSmartbin(makeSmartLeaf("S", 0, &s)->bin);
     EXPECT_EQ(namesOf(s.openBins()), (Names{"A", "C", "S"}));
     EXPECT_EQ(namesOf(s.allBins()), (Names{"A", "B", "C", "S"}));
     // A closed box is no longer active.
@@ -104,16 +83,17 @@ TEST(SharedStuff, SmartBinsTestThePlainBinsAndChangedRows) {
     EXPECT_FALSE(s.something_to_save);
     s.addBin(makeBin("A", &s));
     s.addBin(makeBin("B", &s));
-    RecordingSmartTable* table = nullptr;
-    s.addSmartbin(makeSmartbin("S", s, &table));
-    EXPECT_EQ(table->bins, (Names{"A", "B"}));
+    auto smart = makeSmartLeaf("S", 0, &s)->bin;
+    s.addSmartbin(smart);
+    RecordingSmartTable* table = &smartTable(*smart);
+    EXPECT_EQ(namesOf(table->bins), (Names{"A", "B"}));
     EXPECT_EQ(namesOf(s.smartbins->toarray), Names{"S"});
     EXPECT_TRUE(s.something_to_save);
 
     Bin& a = *s.bins->toarray[0];
     table->bins.clear();
     s.refreshSmartbins(a, true);
-    EXPECT_EQ(table->bins, Names{"A"});
+    EXPECT_EQ(namesOf(table->bins), Names{"A"});
     const EntryPtr row = a.table()->data.at(0);
     s.rowChanged(*row);
     ALEEntry loose;
@@ -175,7 +155,10 @@ TEST(SharedStuff, ProjectTokens) {
     s.projectName = "Film";
     s.fps = "25";
     s.userDefinedProperties = {{"director", "Ann"}};
-    const std::tm day{.tm_mday = 7, .tm_mon = 2, .tm_year = 2025 - 1900};
+    std::tm day{};
+    day.tm_year = 2025 - 1900;
+    day.tm_mon = 2;
+    day.tm_mday = 7;
     const std::pair<const char*, std::optional<std::string>> cases[] = {
         {"projname", "Film"},       {"date", "07_03_2025"},    {"day", "07"},    {"month", "03"},
         {"year", "2025"},           {"projfps", "25"},         {"projtape", ""}, {"director", "Ann"},
