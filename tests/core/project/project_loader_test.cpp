@@ -30,7 +30,7 @@ struct ProjectFolder {
     void file(const std::string& relative, const std::string& text) const {
         writeFile(project / relative, text);
     }
-    // A bin (or, without a name, a group) in the current layout: its folder with details, table and .bin.
+    // A bin (or, not a bin, a group) in the current layout: its folder with details, table and .bin file.
     void current(const std::string& under, const std::string& name, const char* uuid, bool bin = true,
                  const std::string& binText = {}) const {
         std::string folder = under + "/" + name + " - " + uuid + "/";

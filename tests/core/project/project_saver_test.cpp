@@ -91,8 +91,10 @@ TEST(ProjectSaver, SaveWritesTheFolderInOrderDropsTheCacheAndASecondSaveRewrites
     std::string seen;
     for (const auto& line : capture.lines())
         seen += line.starts_with("-- saving ") || line.starts_with("saving project") ? line + "|" : "";
-    EXPECT_EQ(seen, "saving project Film|-- saving bins|-- saving smartbins|-- saving export presets|-- saving report "
-                    "presets|-- saving layout mapping presets|-- saving dbs|-- saving layouts|-- saving pivots|");
+    EXPECT_EQ(
+        seen,
+        "saving project Film|-- saving bins|-- saving smartbins|-- saving export presets|-- saving report "
+        "presets|-- saving layout mapping presets|-- saving dbs|-- saving layouts|-- saving pivots|");
     const auto tree = listTree(p.folder());
     EXPECT_EQ(tree.count("cache/"), 0u);
     EXPECT_EQ(readFile(p.folder() / ".selectionlist"), p.open->uuid() + "\n");
