@@ -1,280 +1,157 @@
 #include "base/console.h"
 #include "base/text_file.h"
 #include "base/text_helpers.h"
-#include "core/tables/table_test_support.h"
+#include "core/project/project_test_support.h"
 
 #include <gtest/gtest.h>
 
-namespace lumbra::tables {
+namespace lumbra::base {
 namespace {
 
 using Tokens = std::vector<std::string>;
+using std::nullopt;
 
 TEST(Tokenise, SplitsQuotesAndSeparators) {
-    struct Case {
-        const char* name;
-        std::string text;
-        std::string separators;
-        Tokens expected;
+    const std::vector<std::tuple<std::string, std::string, Tokens>> cases = {
+        {"", ",", {""}},                         // an empty text gives one empty token
+        {",a,,b,", ",", {"", "a", "", "b", ""}}, // empty tokens at the ends and between
+        {"a;b,c", ",;", {"a", "b", "c"}},        // later separators stand for the first
+        {"TAPE  A", " \t", {"TAPE", "", "A"}},   // two blanks in a row
+        {"\"a,b\",c", ",", {"a,b", "c"}},        // quotes group and are dropped
+        {"x\"y", ",", {"xy"}},                   // a lone quote is dropped
+        {"sa\"y\" hi", " ", {"say", "hi"}},      // quotes inside a word
+        {"a\u2192b", "\u2192", {"a", "b"}},      // a multi-byte separator
+        {"a\"\n\"b\nc", "\n", {"a\nb", "c"}},    // a quoted line feed stays in its token
     };
-    const Case cases[] = {
-        {"empty text gives one empty token", "", ",", {""}},
-        {"plain split", "a,b", ",", {"a", "b"}},
-        {"trailing separator ends in an empty token", "a,", ",", {"a", ""}},
-        {"two separators give an empty token", "a,,b", ",", {"a", "", "b"}},
-        {"leading separator", ",a", ",", {"", "a"}},
-        {"later separators stand for the first", "a;b,c", ",;", {"a", "b", "c"}},
-        {"blank and tab", "a b\tc", " \t", {"a", "b", "c"}},
-        {"two blanks in a row", "TAPE  A", " \t", {"TAPE", "", "A"}},
-        {"quotes group and are dropped", "\"a,b\",c", ",", {"a,b", "c"}},
-        {"a lone quote is dropped", "x\"y", ",", {"xy"}},
-        {"quotes inside a word", "sa\"y\" hi", " ", {"say", "hi"}},
-        {"only quotes", "\"\"", ",", {""}},
-        {"separator not present", "abc", ",", {"abc"}},
-        {"multi-byte separator",
-         "a\xE2\x86\x92"
-         "b",
-         "\xE2\x86\x92",
-         {"a", "b"}},
-        {"path", "/tmp/x/clip.ale", "/", {"", "tmp", "x", "clip.ale"}},
-        {"line feeds", "a\n\nb\n", "\n", {"a", "", "b", ""}},
-        {"quoted line feed stays in its token", "a\"\n\"b\nc", "\n", {"a\nb", "c"}},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        EXPECT_EQ(base::tokenise(c.text, c.separators), c.expected);
-    }
+    for (const auto& [text, separators, expected] : cases)
+        EXPECT_EQ(tokenise(text, separators), expected) << text;
 }
 
 TEST(QuotifyField, QuotesOnlyWhatWouldSplitTheRecord) {
-    struct Case {
-        const char* name;
-        std::string value;
-        std::string separator;
-        std::string expected;
+    const std::vector<std::tuple<std::string, std::string, std::string>> cases = {
+        {"A001C003", "\t", "A001C003"},
+        {"a\tb", "\t", "\"a\tb\""},
+        {"a\nb", ",", "\"a\nb\""},
+        {"say \"a,b\"", ",", "say \"a,b\""},             // separator inside straight quotes
+        {"x\"y,z", ",", "x\"y,z"},                       // an open quote hides the separator
+        {"a\"b\",c", ",", "\"a\"b\",c\""},               // inner quotes are not doubled
+        {"\u201Ca,b\u201D", ",", "\u201Ca,b\u201D"},     // separator inside curly quotes
+        {"\u201Ca\u201D,b", ",", "\"\u201Ca\u201D,b\""}, // after the curly quotes close
     };
-    const Case cases[] = {
-        {"plain value stands", "A001C003", "\t", "A001C003"},
-        {"separator marks", "a\tb", "\t", "\"a\tb\""},
-        {"line feed marks", "a\nb", ",", "\"a\nb\""},
-        {"separator inside straight quotes does not", "say \"a,b\"", ",", "say \"a,b\""},
-        {"an open quote hides the separator", "x\"y,z", ",", "x\"y,z"},
-        {"inner quotes are not doubled", "a\"b\",c", ",", "\"a\"b\",c\""},
-        {"separator inside curly quotes does not", "\u201Ca,b\u201D", ",", "\u201Ca,b\u201D"},
-        {"after the curly quotes close it does", "\u201Ca\u201D,b", ",", "\"\u201Ca\u201D,b\""},
-        {"empty value", "", ",", ""},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        EXPECT_EQ(base::quotifyField(c.value, c.separator), c.expected);
-    }
+    for (const auto& [value, separator, expected] : cases)
+        EXPECT_EQ(quotifyField(value, separator), expected) << value;
 }
 
 TEST(Trim, DropsListedCharactersAtOneEnd) {
-    struct Case {
-        const char* name;
-        std::string text;
-        std::string characters;
-        std::string left;
-        std::string right;
+    const std::vector<std::tuple<std::string, std::string, std::string, std::string>> cases = {
+        {" \t a b \t", " \t", "a b \t", " \t a b"},
+        {"   ", " ", "", ""},
+        {"xa x", " ", "xa x", "xa x"},
+        {"\u00AB\u00ABa\u00BB", "\u00AB\u00BB", "a\u00BB", "\u00AB\u00ABa"},
+        {" a ", "", " a ", " a "},
     };
-    const Case cases[] = {
-        {"blanks and tabs", " \t a b \t", " \t", "a b \t", " \t a b"},
-        {"nothing left", "   ", " ", "", ""},
-        {"empty text", "", " ", "", ""},
-        {"characters not in the list stay", "xa x", " ", "xa x", "xa x"},
-        {"line feed", "\n Heading \n", " \n", "Heading \n", "\n Heading"},
-        {"multi-byte characters",
-         "\xC2\xAB\xC2\xAB"
-         "a\xC2\xBB",
-         "\xC2\xAB\xC2\xBB", "a\xC2\xBB",
-         "\xC2\xAB\xC2\xAB"
-         "a"},
-        {"empty list trims nothing", " a ", "", " a ", " a "},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        EXPECT_EQ(base::trimLeft(c.text, c.characters), c.left);
-        EXPECT_EQ(base::trimRight(c.text, c.characters), c.right);
+    for (const auto& [text, characters, left, right] : cases) {
+        EXPECT_EQ(trimLeft(text, characters), left) << text;
+        EXPECT_EQ(trimRight(text, characters), right) << text;
     }
 }
 
-TEST(ParseTimecode, NeedsFourDecimalParts) {
-    struct Case {
-        const char* name;
-        std::string text;
-        std::optional<base::Timecode> expected;
+TEST(ParseTimecodeAndNumbers, FourDecimalPartsAndOneOptionalSign) {
+    const std::vector<std::pair<std::string, std::optional<Timecode>>> timecodes = {
+        {"01:02:03:04", Timecode{1, 2, 3, 4}},
+        {"10:20:30:40:xx", Timecode{10, 20, 30, 40}},
+        {"01:02:03", nullopt},
+        {"01:02:xx:04", nullopt},
+        {"01::03:04", nullopt},
+        {"01;02;03;04", nullopt},
+        {" 01:02:03:04", nullopt},
+        {"01:02:03:04.5", nullopt},
+        {"+-1:00:00:00", nullopt},
     };
-    const Case cases[] = {
-        {"plain", "01:02:03:04", base::Timecode{1, 2, 3, 4}},
-        {"single digits", "1:2:3:4", base::Timecode{1, 2, 3, 4}},
-        {"a fifth part is ignored", "10:20:30:40:xx", base::Timecode{10, 20, 30, 40}},
-        {"three parts", "01:02:03", std::nullopt},
-        {"letters", "01:02:xx:04", std::nullopt},
-        {"empty part", "01::03:04", std::nullopt},
-        {"semicolons are not separators", "01;02;03;04", std::nullopt},
-        {"blank before a part", " 01:02:03:04", std::nullopt},
-        {"decimal point", "01:02:03:04.5", std::nullopt},
-        {"empty text", "", std::nullopt},
+    for (const auto& [text, expected] : timecodes)
+        EXPECT_EQ(parseTimecode(text), expected) << text;
+    const std::vector<std::tuple<std::string, std::optional<long long>, std::optional<double>>> numbers = {
+        {"25", 25, 25.0},           {"+5", 5, 5.0},
+        {"-5", -5, -5.0},           {"23.976", nullopt, 23.976},
+        {"+-5", nullopt, nullopt},  {"--5", nullopt, nullopt},
+        {"+", nullopt, nullopt},    {"", nullopt, nullopt},
+        {" 5", nullopt, nullopt},   {"5 ", nullopt, nullopt},
+        {"0x10", nullopt, nullopt}, {"99999999999999999999", nullopt, 1e20},
+        {"-NaN", nullopt, nullopt}, {"+infinity", nullopt, nullopt},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        EXPECT_EQ(base::parseTimecode(c.text), c.expected);
+    for (const auto& [text, integer, decimal] : numbers) {
+        EXPECT_EQ(parseInteger(text), integer) << text;
+        EXPECT_EQ(parseDecimal(text), decimal) << text;
     }
 }
 
-TEST(ParseNumbers, OneOptionalSignAndNothingAround) {
-    struct Case {
-        const char* text;
-        std::optional<long long> integer;
-        std::optional<double> decimal;
+TEST(TextHelpers, CaseMappingAndUtf8Validity) {
+    EXPECT_EQ(lowercased("HEADING \u00C9COLE"), "heading \u00E9cole");
+    EXPECT_EQ(uppercased("tabs \xC3\xA9t\xC3\xA9"), "TABS \xC3\x89T\xC3\x89");
+    const std::vector<std::pair<std::string, bool>> cases = {
+        {"caf\xC3\xA9", true},
+        {"\xF0\x9F\x8E\xAC", true},
+        {"caf\xE9", false},                      // latin-1
+        {"\xC0\xAF", false},                     // overlong
+        {"\xE0\x80\xAF", false},                 // overlong three-byte
+        {"\xED\xA0\x80", false},                 // surrogate
+        {"\xF4\x90\x80\x80", false},             // beyond U+10FFFF
+        {"\x80", false},                         // stray continuation
+        {"0123456789abcdef caf\xE9", false},     // a long ascii run then latin-1
+        {"1234567\xC3\xA9 and more text", true}, // two bytes across an eight-byte block
+        {"0123456789abcdef\xE2\x86", false},     // cut short after a long run
     };
-    const Case cases[] = {
-        {"25", 25, 25.0},
-        {"+5", 5, 5.0},
-        {"-5", -5, -5.0},
-        {"23.976", std::nullopt, 23.976},
-        {"+-5", std::nullopt, std::nullopt},
-        {"-+5", std::nullopt, std::nullopt},
-        {"++5", std::nullopt, std::nullopt},
-        {"--5", std::nullopt, std::nullopt},
-        {"+", std::nullopt, std::nullopt},
-        {"", std::nullopt, std::nullopt},
-        {" 5", std::nullopt, std::nullopt},
-        {"5 ", std::nullopt, std::nullopt},
-        {"0x10", std::nullopt, std::nullopt},
-        {"1,5", std::nullopt, std::nullopt},
-        {"99999999999999999999", std::nullopt, 1e20},
-        {"nan", std::nullopt, std::nullopt},
-        {"-NaN", std::nullopt, std::nullopt},
-        {"inf", std::nullopt, std::nullopt},
-        {"+infinity", std::nullopt, std::nullopt},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.text);
-        EXPECT_EQ(base::parseInteger(c.text), c.integer);
-        EXPECT_EQ(base::parseDecimal(c.text), c.decimal);
-    }
-    EXPECT_EQ(base::parseTimecode("+-1:00:00:00"), std::nullopt);
-}
-
-TEST(TextHelpers, CaseMapping) {
-    EXPECT_EQ(base::lowercased("HEADING"), "heading");
-    EXPECT_EQ(base::lowercased("\xC3\x89"
-                               "COLE"),
-              "\xC3\xA9"
-              "cole");
-    EXPECT_EQ(base::uppercased("tabs"), "TABS");
-    EXPECT_EQ(base::uppercased("\xC3\xA9t\xC3\xA9"), "\xC3\x89T\xC3\x89");
-}
-
-TEST(TextHelpers, Utf8Validity) {
-    struct Case {
-        const char* name;
-        std::string bytes;
-        bool valid;
-    };
-    const Case cases[] = {
-        {"ascii", "abc", true},
-        {"two-byte", "caf\xC3\xA9", true},
-        {"four-byte", "\xF0\x9F\x8E\xAC", true},
-        {"latin-1 byte", "caf\xE9", false},
-        {"overlong", "\xC0\xAF", false},
-        {"overlong three-byte", "\xE0\x80\xAF", false},
-        {"surrogate", "\xED\xA0\x80", false},
-        {"beyond U+10FFFF", "\xF4\x90\x80\x80", false},
-        {"cut short", "\xE2\x86", false},
-        {"stray continuation", "\x80", false},
-        {"long ascii run then latin-1", "0123456789abcdef caf\xE9", false},
-        {"two-byte across an eight-byte block", "1234567\xC3\xA9 and more text", true},
-        {"cut short after a long run", "0123456789abcdef\xE2\x86", false},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        EXPECT_EQ(base::isValidUtf8(c.bytes), c.valid);
-    }
+    for (const auto& [bytes, valid] : cases)
+        EXPECT_EQ(isValidUtf8(bytes), valid) << bytes;
 }
 
 TEST(DecodeText, ByteOrderMarksAndLineEnds) {
-    struct Case {
-        const char* name;
-        std::string bytes;
-        std::optional<std::string> expected;
-    };
-    const Case cases[] = {
+    using S = std::string;
+    const std::vector<std::tuple<const char*, std::string, std::optional<std::string>>> cases = {
         {"utf-8", "a\r\nb\rc\n", "a\nb\rc\n"},
-        {"utf-8 with byte order mark",
-         "\xEF\xBB\xBF"
-         "caf\xC3\xA9\r\n",
-         "caf\xC3\xA9\n"},
-        {"utf-16 little endian",
-         std::string("\xFF\xFE"
-                     "a\0\xE9\0\r\0\n\0",
-                     10),
-         "a\xC3\xA9\n"},
-        {"utf-16 big endian", std::string("\xFE\xFF\0a\0\xE9\0\r\0\n", 10), "a\xC3\xA9\n"},
-        {"utf-16 surrogate pair", std::string("\xFF\xFE\x3C\xD8\xAC\xDF", 6), "\xF0\x9F\x8E\xAC"},
-        {"utf-16 lone surrogate",
-         std::string("\xFF\xFE\x3C\xD8"
-                     "a\0",
-                     6),
-         std::nullopt},
-        {"utf-16 odd length",
-         std::string("\xFF\xFE"
-                     "a\0b",
-                     5),
-         std::nullopt},
-        {"utf-16 little endian without a mark", std::string("N\0a\0\r\0\n\0\xE9\0", 10), "Na\n\xC3\xA9"},
-        {"utf-16 big endian without a mark, Cyrillic", std::string("\x04\x1F\0 \x04\x40", 6),
-         "\xD0\x9F \xD1\x80"},
-        {"zeros on both sides are no utf-16", std::string("a\0\0b", 4), std::string("a\0\0b", 4)},
-        {"not utf-8", "caf\xE9", std::nullopt},
+        {"utf-8 with byte order mark", "\uFEFFcaf\u00E9\r\n", "caf\xC3\xA9\n"},
+        {"utf-16 little endian", S("\xFF\xFE\x61\0\xE9\0\r\0\n\0", 10), "a\xC3\xA9\n"},
+        {"utf-16 big endian", S("\xFE\xFF\0a\0\xE9\0\r\0\n", 10), "a\xC3\xA9\n"},
+        {"utf-16 surrogate pair", S("\xFF\xFE\x3C\xD8\xAC\xDF", 6), "\xF0\x9F\x8E\xAC"},
+        {"utf-16 lone surrogate", S("\xFF\xFE\x3C\xD8\x61\0", 6), nullopt},
+        {"utf-16 odd length", S("\xFF\xFE\x61\0b", 5), nullopt},
+        {"utf-16 little endian without a mark", S("N\0a\0\r\0\n\0\xE9\0", 10), "Na\n\xC3\xA9"},
+        {"utf-16 big endian without a mark", S("\x04\x1F\0 \x04\x40", 6), "\xD0\x9F \xD1\x80"},
+        {"zeros on both sides are no utf-16", S("a\0\0b", 4), S("a\0\0b", 4)},
+        {"not utf-8", "caf\xE9", nullopt},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        std::string bytes = c.bytes;
-        bool ok = base::decodeText(bytes);
-        EXPECT_EQ(ok, c.expected.has_value());
+    for (const auto& [name, input, expected] : cases) {
+        SCOPED_TRACE(name);
+        std::string bytes = input;
+        EXPECT_EQ(decodeText(bytes), expected.has_value());
         // A refusal leaves the bytes as they were.
-        EXPECT_EQ(bytes, c.expected.value_or(c.bytes));
+        EXPECT_EQ(bytes, expected.value_or(input));
     }
 }
 
-TEST(ReadTextFile, FallsBackToLatin1WithoutTouchingLineEnds) {
-    testing::TempDir dir;
-    auto latin = dir.write("latin.txt", "caf\xE9\r\nna\xEFve\r");
-    EXPECT_EQ(base::readTextFile(latin), "caf\xC3\xA9\r\nna\xC3\xAFve\r");
-    auto utf8 = dir.write("utf8.txt", "caf\xC3\xA9\r\nx");
-    EXPECT_EQ(base::readTextFile(utf8), "caf\xC3\xA9\nx");
-    auto empty = dir.write("empty.txt", "");
-    EXPECT_EQ(base::readTextFile(empty), "");
-}
-
-TEST(ReadTextFile, UnreadablePathPrintsAndNotifies) {
-    testing::TempDir dir;
-    struct Case {
-        const char* name;
-        std::string path;
+TEST(ReadTextFile, FallsBackToLatin1AndAnUnreadablePathPrintsAndNotifies) {
+    project::testing::TempFolder dir;
+    const std::vector<std::pair<std::string, std::string>> files = {
+        {"caf\xE9\r\nna\xEFve\r", "caf\xC3\xA9\r\nna\xC3\xAFve\r"}, // latin-1 keeps its line ends
+        {"caf\xC3\xA9\r\nx", "caf\xC3\xA9\nx"},
+        {"", ""},
     };
-    const Case cases[] = {
-        {"missing file", dir.file("none.txt")},
-        {"a folder", dir.path()},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        base::PrintCapture capture;
-        base::Notifications notes;
-        EXPECT_EQ(base::readTextFile(c.path, &notes), std::nullopt);
-        EXPECT_EQ(capture.lines(), std::vector<std::string>{"ERROR reading " + c.path});
-        ASSERT_EQ(notes.size(), 1u);
-        EXPECT_EQ(notes[0].title, "Reading error");
-        EXPECT_EQ(notes[0].body, "Error reading file " + c.path);
-        EXPECT_EQ(notes[0].type, base::NotificationType::KO);
-
-        base::PrintCapture quiet;
-        EXPECT_EQ(base::readTextFile(c.path), std::nullopt);
+    for (const auto& [bytes, text] : files) {
+        project::testing::writeFile(dir.path / "file.txt", bytes);
+        EXPECT_EQ(readTextFile((dir.path / "file.txt").string()), text) << bytes;
+    }
+    for (const std::string& path : {(dir.path / "none.txt").string(), dir.str()}) {
+        SCOPED_TRACE(path);
+        PrintCapture capture;
+        Notifications notes;
+        EXPECT_EQ(readTextFile(path, &notes), nullopt);
+        EXPECT_EQ(capture.lines(), std::vector<std::string>{"ERROR reading " + path});
+        EXPECT_EQ(notes,
+                  (Notifications{{"Reading error", "Error reading file " + path, NotificationType::KO}}));
+        PrintCapture quiet;
+        EXPECT_EQ(readTextFile(path), nullopt);
     }
 }
 
 } // namespace
-} // namespace lumbra::tables
+} // namespace lumbra::base

@@ -1,6 +1,4 @@
-#include "base/console.h"
 #include "project/bin_import.h"
-#include "project/shared_stuff.h"
 #include "project_test_support.h"
 
 #include <gtest/gtest.h>
@@ -30,12 +28,7 @@ protected:
         writeFile(m_folder.path / name, text);
         return (m_folder.path / name).string();
     }
-    std::vector<std::string> topNames() const {
-        std::vector<std::string> names;
-        for (const auto& child : m_project.bins->children)
-            names.push_back(child->name());
-        return names;
-    }
+    std::vector<std::string> topNames() const { return testing::childNames(*m_project.bins); }
 
     TempFolder m_folder;
     SharedStuff m_project;
@@ -48,28 +41,22 @@ TEST(BinImportExtension, LastFourOrSevenCharactersInLowerCase) {
                                                                  {"edit.xml", ".xml"},
                                                                  {"ab", "ab"},
                                                                  {"/a/.ale", ".ale"}};
-    for (const auto& [path, expected] : cases) {
-        SCOPED_TRACE(path);
-        EXPECT_EQ(importExtension(path), expected);
-    }
+    for (const auto& [path, expected] : cases)
+        EXPECT_EQ(importExtension(path), expected) << path;
 }
 
 TEST_F(BinImportTest, ProjectHeadingReplacesTheFilesAndTheFilesIsKept) {
     m_project.tlResolution = "720";
     m_project.sound = "";
-    std::string path = file("clips.ale", aleFile("25", "1080"));
-    BinImportResult result = addBinsFromFiles(m_project, {path});
+    BinImportResult result = addBinsFromFiles(m_project, {file("clips.ale", aleFile("25", "1080"))});
     ASSERT_EQ(result.bins.size(), 1u);
     Bin& bin = *result.bins[0];
     const tables::ALETable& table = *bin.table();
-    EXPECT_EQ(table.fps, "25");
-    EXPECT_EQ(table.video_format, "720");
     // An empty project value takes the file's; no tape id in the project leaves the tape alone.
-    EXPECT_EQ(table.audio_format, "48khz");
-    EXPECT_EQ(table.tape, "A001");
-    EXPECT_EQ(bin.originalmeta_videoformat, "1080");
-    EXPECT_EQ(bin.originalmeta_audioformat, "48khz");
-    EXPECT_EQ(bin.originalmeta_tape, "A001");
+    EXPECT_EQ(std::tie(table.fps, table.video_format, table.audio_format, table.tape),
+              std::make_tuple("25", "720", "48khz", "A001"));
+    EXPECT_EQ(std::tie(bin.originalmeta_videoformat, bin.originalmeta_audioformat, bin.originalmeta_tape),
+              std::make_tuple("1080", "48khz", "A001"));
     EXPECT_FALSE(bin.originalmeta_filmformat);
     ASSERT_EQ(result.mismatches.size(), 1u);
     EXPECT_EQ(result.mismatches[0].differences, std::vector<std::string>{"vf"});
@@ -79,9 +66,9 @@ TEST_F(BinImportTest, ProjectHeadingReplacesTheFilesAndTheFilesIsKept) {
 
 TEST_F(BinImportTest, MismatchesGroupBySetOfDifferences) {
     m_project.tapeId = "T9";
-    std::vector<std::string> paths{file("a.ale", aleFile("24", "1080")), file("b.ale", aleFile("25", "1080")),
-                                   file("c.ale", aleFile("24", "1080"))};
-    BinImportResult result = addBinsFromFiles(m_project, paths);
+    BinImportResult result = addBinsFromFiles(m_project, {file("a.ale", aleFile("24", "1080")),
+                                                          file("b.ale", aleFile("25", "1080")),
+                                                          file("c.ale", aleFile("24", "1080"))});
     ASSERT_EQ(result.mismatches.size(), 2u);
     EXPECT_EQ(result.mismatches[0].differences, (std::vector<std::string>{"fps", "tape"}));
     EXPECT_EQ(result.mismatches[0].bins.size(), 2u);
@@ -98,19 +85,20 @@ TEST_F(BinImportTest, MismatchesGroupBySetOfDifferences) {
 }
 
 TEST_F(BinImportTest, CapOpensTheFirstBinsAndBadFilesDoNotStopTheBatch) {
+    BinImportResult none = addBinsFromFiles(m_project, {file("a.txt", "x")});
+    EXPECT_TRUE(none.bins.empty() && none.notifications.empty());
+    EXPECT_FALSE(m_project.something_to_save);
     m_project.maxShowBinToImport = 2;
     std::string good = file("clips.ale", aleFile("25", "1080"));
     std::string bad = (m_folder.path / "missing.ale").string();
-    std::string unknown = file("notes.txt", "text");
-    BinImportResult result = addBinsFromFiles(m_project, {good, bad, unknown, good, good});
+    BinImportResult result = addBinsFromFiles(m_project, {good, bad, file("notes.txt", "text"), good, good});
     ASSERT_EQ(result.bins.size(), 3u);
     EXPECT_EQ(topNames(), (std::vector<std::string>{"clips", "clips_02", "clips_03"}));
-    EXPECT_TRUE(result.bins[0]->selected());
-    EXPECT_TRUE(result.bins[1]->selected());
-    EXPECT_FALSE(result.bins[2]->selected());
+    EXPECT_EQ(
+        std::make_tuple(result.bins[0]->selected(), result.bins[1]->selected(), result.bins[2]->selected()),
+        std::make_tuple(true, true, false));
     EXPECT_EQ(result.failedPaths, std::vector<std::string>{bad});
     EXPECT_EQ(result.failureReasons, std::vector<std::string>{"the file does not exist"});
-    EXPECT_EQ(m_project.bins->toarray.size(), 3u);
     ASSERT_FALSE(result.notifications.empty());
     EXPECT_EQ(result.notifications.back(),
               base::NotificationData("Many bins added", "Didn't show all the added bins to avoid cluttering",
@@ -118,13 +106,6 @@ TEST_F(BinImportTest, CapOpensTheFirstBinsAndBadFilesDoNotStopTheBatch) {
     EXPECT_EQ(m_project.bufferedNotifications.front(),
               base::NotificationData("", "ERROR while opening " + bad + ": the file does not exist",
                                      NotificationType::KO));
-}
-
-TEST_F(BinImportTest, NothingReadableChangesNothing) {
-    BinImportResult result = addBinsFromFiles(m_project, {file("a.txt", "x")});
-    EXPECT_TRUE(result.bins.empty());
-    EXPECT_TRUE(result.notifications.empty());
-    EXPECT_FALSE(m_project.something_to_save);
 }
 
 TEST_F(BinImportTest, DroppedOnAGroupOrOnABinInIt) {
@@ -136,10 +117,7 @@ TEST_F(BinImportTest, DroppedOnAGroupOrOnABinInIt) {
     // Dropped on the first bin of the group at place 1: both new bins go in there, in file order.
     addBinsFromFiles(m_project, {file("x.ale", aleFile("25", "1080")), file("y.ale", aleFile("25", "1080"))},
                      {group->children[0].get(), 1});
-    std::vector<std::string> names;
-    for (const auto& child : group->children)
-        names.push_back(child->name());
-    EXPECT_EQ(names, (std::vector<std::string>{"clips", "x", "y", "clips_02"}));
+    EXPECT_EQ(testing::childNames(*group), (std::vector<std::string>{"clips", "x", "y", "clips_02"}));
     EXPECT_EQ(m_project.bins->children.size(), 1u);
     EXPECT_EQ(m_project.bins->toarray.size(), 4u);
 }

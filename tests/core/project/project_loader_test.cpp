@@ -1,48 +1,65 @@
-#include "base/console.h"
 #include "base/scripted_interaction.h"
+#include "project/legacy_readers.h"
 #include "project/project_loader.h"
 #include "project/project_saver.h"
-#include "project/shared_stuff.h"
 #include "project_test_support.h"
 
-#include <chrono>
 #include <csignal>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <map>
-#include <random>
 #include <sys/wait.h>
-#include <thread>
 
 namespace lumbra::project {
 namespace {
 
 using namespace testing;
 using base::PrintCapture;
-using Names = std::vector<std::string>;
+using Files = std::map<std::string, std::string>;
 
 constexpr const char* uuidA = "AAAAAAAA-0000-0000-0000-000000000001";
 constexpr const char* uuidB = "BBBBBBBB-0000-0000-0000-000000000002";
 constexpr const char* uuidG = "CCCCCCCC-0000-0000-0000-000000000003";
 
+// The least that a project file holds: the lines every project file has.
+const std::string wholeProjectFile =
+    "Film\nfps\t25\ntlResolution\t1080\nsound\t48khz\nbaselayout\tName\tTape\n";
+
 // A project folder "Film" under a temporary parent, written by hand.
 struct ProjectFolder {
     ProjectFolder() { fs::create_directories(project); }
-
     void file(const std::string& relative, const std::string& text) const {
         writeFile(project / relative, text);
     }
-    // A bin in the current layout: its folder with details, table and .bin file.
-    void currentBin(const std::string& under, const std::string& name, const char* uuid,
-                    const std::string& binText = {}) const {
+    // A bin (or, not a bin, a group) in the current layout: its folder with details, table and .bin file.
+    void current(const std::string& under, const std::string& name, const char* uuid, bool bin = true,
+                 const std::string& binText = {}) const {
         std::string folder = under + "/" + name + " - " + uuid + "/";
         file(folder + "lumbra_details", std::string(uuid) + "\n100.0\n200.0\nNone\ntest");
-        file(folder + name + ".ale", aleText({name + "_c1"}));
-        file(folder + name + ".bin", "tableid\t" + name + "\ndisplayname\t" + name + "\n" + binText);
+        if (bin) {
+            file(folder + name + ".ale", aleText({name + "_c1"}));
+            file(folder + name + ".bin", "tableid\t" + name + "\ndisplayname\t" + name + "\n" + binText);
+        }
     }
-    void currentGroup(const std::string& under, const std::string& name, const char* uuid) const {
-        file(under + "/" + name + " - " + uuid + "/lumbra_details",
-             std::string(uuid) + "\n100.0\n200.0\nNone\ntest");
+    // An earlier project: the tree in the project file, bins and layouts flat.
+    void earlier() const {
+        file("tarelproject", wholeProjectFile + "treeentry\troot\tg1\ntreedisplayname\tg1\tDailies\n"
+                                                "projectlayout\tName\tTape\n");
+        file("bins/day1.ale", aleText({"c1", "c2"}));
+        file("bins/day1.bin", "tableid\tday1\ndisplayname\tDay one\ntreebin\tg1\nselected\n");
+        file("bins/day2.ale", aleText({"c3"}));
+        file("bins/day2.bin", "tableid\tday2\ndisplayname\tDay two\n");
+        file("layouts/mine.layout", "Mine\nName\t80\n");
+    }
+    // Every file by path and text, less the hidden temporaries of writes that a kill cut short.
+    [[nodiscard]] Files files() const {
+        Files out;
+        for (const auto& entry : fs::recursive_directory_iterator(project)) {
+            std::string name = entry.path().filename().string();
+            if (!entry.is_regular_file() || (name.front() == '.' && name.find(".tmp") != std::string::npos))
+                continue;
+            out[fs::relative(entry.path(), project).string()] = readFile(entry.path());
+        }
+        return out;
     }
 
     TempFolder parent;
@@ -58,25 +75,20 @@ struct RecordingWindow : MainWindowLink {
 };
 
 struct Opening {
-    explicit Opening(const ProjectFolder& folder) : sharedstuff(&interaction) {
+    explicit Opening(const ProjectFolder& folder, const char* answer = "Proceed")
+        : sharedstuff(&interaction) {
         sharedstuff.currentFolder = folder.parent.str();
         sharedstuff.projectName = "Film";
+        interaction.queueAlert(answer);
     }
-    OpenResult open() {
+    OpenResult open(std::string* reason = nullptr) {
         OpenHooks hooks;
         hooks.makeMainWindow = [this](SharedStuff& project) {
             windowMadeWithBins = project.bins->toarray.size();
             return &window;
         };
         hooks.closeChooser = [this] { ++chooserClosed; };
-        return openProject(sharedstuff, hooks);
-    }
-    // Names of the bins that are open, plain bins first.
-    Names openNames() const {
-        Names out;
-        for (Bin* bin : sharedstuff.openBins())
-            out.push_back(bin->displayName());
-        return out;
+        return openProject(sharedstuff, hooks, reason);
     }
 
     base::ScriptedInteraction interaction;
@@ -86,402 +98,146 @@ struct Opening {
     int chooserClosed = 0;
 };
 
-const std::string legacyAlertText = "Legacy saving folders/saving_system detected. By continuing, the "
-                                    "project will be updated to the new saving "
-                                    "system.\n\nIt is recommended to BACKUP your data before proceeding.";
-
-// The least that a project file holds: the lines every project file has.
-const std::string wholeProjectFile =
-    "Film\nfps\t25\ntlResolution\t1080\nsound\t48khz\nbaselayout\tName\tTape\n";
-
-// An earlier project: the tree in the project file, bins and layouts flat.
-void writeEarlierProject(const ProjectFolder& folder) {
-    folder.file("tarelproject", wholeProjectFile + "treeentry\troot\tg1\ntreedisplayname\tg1\tDailies\n"
-                                                   "projectlayout\tName\tTape\n");
-    folder.file("bins/day1.ale", aleText({"c1", "c2"}));
-    folder.file("bins/day1.bin", "tableid\tday1\ndisplayname\tDay one\ntreebin\tg1\nselected\n");
-    folder.file("bins/day2.ale", aleText({"c3"}));
-    folder.file("bins/day2.bin", "tableid\tday2\ndisplayname\tDay two\n");
-    folder.file("layouts/mine.layout", "Mine\nName\t80\n");
-}
-
-TEST(ProjectOpening, AnEarlierProjectIsMigratedAndSaved) {
+TEST(ProjectOpening, AnEarlierProjectIsMigratedOnceAndThenOpensAsItIs) {
     ProjectFolder folder;
-    writeEarlierProject(folder);
-    Opening opening(folder);
-    opening.interaction.queueAlert("Proceed");
-    ASSERT_EQ(opening.open(), OpenResult::opened);
-
-    ASSERT_EQ(opening.interaction.alerts().size(), 1u);
-    const auto& alert = opening.interaction.alerts().front();
-    EXPECT_EQ(alert.title, "Legacy saving folders");
-    EXPECT_EQ(alert.text, legacyAlertText);
-    EXPECT_EQ(alert.buttons, (Names{"Proceed", "Cancel"}));
-
-    // The window came after the bins and before anything opened; the chooser closed then.
-    EXPECT_EQ(opening.windowMadeWithBins, 2u);
-    EXPECT_EQ(opening.chooserClosed, 1);
-    EXPECT_GE(opening.window.reloads, 1);
-    EXPECT_EQ(opening.window.boxes, (std::vector<std::pair<std::string, bool>>{{"Day one", true}}));
-    EXPECT_EQ(opening.openNames(), (Names{"Day one"}));
-
-    auto& project = opening.sharedstuff;
-    EXPECT_EQ(project.fps, "25");
-    ASSERT_EQ(project.projectLayouts.layouts.size(), 1u);
-    EXPECT_EQ(project.projectLayouts.layouts[0]->name, "Mine");
-
-    // On disk: the earlier folders are gone and the current ones hold everything.
-    EXPECT_FALSE(fs::exists(folder.project / "bins"));
-    EXPECT_FALSE(fs::exists(folder.project / "layouts"));
-    BinsTreeEntry* group = project.bins->entryById("g1");
-    ASSERT_TRUE(group);
-    Bin* dayOne = project.bins->toarray[0];
-    std::string groupFolder = "_bins_/Dailies - " + group->uuid() + "/";
-    std::string binFolder = groupFolder + "Day one - " + dayOne->uuid() + "/";
-    auto tree = listTree(folder.project);
-    EXPECT_TRUE(tree.count(binFolder + "Day one.ale"));
-    EXPECT_TRUE(tree.count(binFolder + "Day one.bin"));
-    EXPECT_TRUE(tree.count("layout/Mine - " + project.projectLayouts.layouts[0]->uuid() + "/Mine.layout"));
-    EXPECT_EQ(readFile(folder.project / "layout" / ("Mine - " + project.projectLayouts.layouts[0]->uuid()) /
-                       "Mine.layout"),
-              "Mine\nName\t80.0");
-    EXPECT_EQ(readFile(folder.project / ".selectionlist"), dayOne->uuid() + "\n");
-    EXPECT_EQ(readFile(folder.project / "tarelproject").rfind("Film\nfps\t25\n", 0), 0u);
-    EXPECT_EQ(readFile(folder.project / "tarelproject").find("treeentry"), std::string::npos);
-}
-
-TEST(ProjectOpening, ASecondOpenAsksNothingAndRewritesNoBin) {
-    ProjectFolder folder;
-    writeEarlierProject(folder);
+    folder.earlier();
     {
-        Opening first(folder);
-        first.interaction.queueAlert("Proceed");
-        ASSERT_EQ(first.open(), OpenResult::opened);
+        Opening opening(folder);
+        ASSERT_EQ(opening.open(), OpenResult::opened);
+        ASSERT_EQ(opening.interaction.alerts().size(), 1u);
+        const auto& alert = opening.interaction.alerts().front();
+        EXPECT_EQ(alert.title, "Legacy saving folders");
+        EXPECT_EQ(alert.text,
+                  "Legacy saving folders/saving_system detected. By continuing, the project will be "
+                  "updated to the new saving system.\n\nIt is recommended to BACKUP your data before "
+                  "proceeding.");
+        EXPECT_EQ(alert.buttons, (Names{"Proceed", "Cancel"}));
+        // The window came after the bins and before anything opened; the chooser closed then.
+        EXPECT_EQ(opening.windowMadeWithBins, 2u);
+        EXPECT_EQ(opening.chooserClosed, 1);
+        EXPECT_GE(opening.window.reloads, 1);
+        EXPECT_EQ(opening.window.boxes, (std::vector<std::pair<std::string, bool>>{{"Day one", true}}));
+        auto& project = opening.sharedstuff;
+        EXPECT_EQ(namesOf(project.openBins()), (Names{"Day one"}));
+        EXPECT_EQ(project.fps, "25");
+        ASSERT_EQ(project.projectLayouts.layouts.size(), 1u);
+        // On disk: the earlier folders are gone and the current ones hold everything.
+        const std::string layout =
+            "layout/Mine - " + project.projectLayouts.layouts[0]->uuid() + "/Mine.layout";
+        Bin* dayOne = project.bins->toarray[0];
+        const std::string bin = "_bins_/Dailies - " + project.bins->entryById("g1")->uuid() + "/Day one - " +
+                                dayOne->uuid() + "/Day one.";
+        const Files files = folder.files();
+        EXPECT_FALSE(fs::exists(folder.project / "bins") || fs::exists(folder.project / "layouts"));
+        EXPECT_TRUE(files.count(bin + "ale") && files.count(bin + "bin"));
+        EXPECT_EQ(files.at(layout), "Mine\nName\t80.0");
+        EXPECT_EQ(files.at(".selectionlist"), dayOne->uuid() + "\n");
+        EXPECT_EQ(files.at("tarelproject").rfind("Film\nfps\t25\n", 0), 0u);
+        EXPECT_EQ(files.at("tarelproject").find("treeentry"), std::string::npos);
     }
-    auto binFiles = [&] {
-        std::map<std::string, std::pair<std::string, fs::file_time_type>> out;
-        for (const auto& [path, time] : fileTimes(folder.project / "_bins_"))
-            out[path] = {readFile(path), time};
-        return out;
-    };
-    auto before = binFiles();
-    auto treeBefore = listTree(folder.project);
-
+    auto binTimes = [&] { return fileTimes(folder.project / "_bins_"); };
+    const Files before = folder.files();
+    const auto timesBefore = binTimes();
     Opening second(folder);
     ASSERT_EQ(second.open(), OpenResult::opened);
     EXPECT_TRUE(second.interaction.alerts().empty());
-    EXPECT_EQ(second.openNames(), (Names{"Day one"}));
+    EXPECT_EQ(namesOf(second.sharedstuff.openBins()), (Names{"Day one"}));
     EXPECT_EQ(second.sharedstuff.bins->toarray.size(), 2u);
-    EXPECT_EQ(listTree(folder.project), treeBefore);
-    EXPECT_EQ(binFiles(), before);
     ASSERT_TRUE(second.sharedstuff.save());
-    EXPECT_EQ(binFiles(), before);
+    EXPECT_EQ(folder.files(), before);
+    EXPECT_EQ(binTimes(), timesBefore);
 }
 
-TEST(ProjectOpening, CancelAtTheLegacyAlertChangesNothing) {
-    ProjectFolder folder;
-    writeEarlierProject(folder);
-    auto snapshot = [&] {
-        std::map<std::string, std::string> out;
-        for (const auto& path : listTree(folder.project))
-            out[path] = path.back() == '/' ? "" : readFile(folder.project / path);
-        return out;
+// An opening that stops leaves every file as it was; one that goes on may leave a folder it cannot read.
+TEST(ProjectOpening, WhatEachFolderDoesToTheOpening) {
+    const std::string whole = "tarelproject=" + wholeProjectFile, legacy = whole + "treeentry\troot\tg1\n",
+                      damaged =
+                          "is damaged (no fps line, no tlResolution line, no sound line, no baselayout line)";
+    // Files beside a current bin A; a line printed, "@" for the project; the bins; paths kept, "-" gone.
+    const std::vector<std::tuple<std::string, OpenResult, std::string, std::size_t, std::string>> cases = {
+        {"bins=/", OpenResult::cancelled, "", 0, "bins"},
+        {"tarelproject=/", OpenResult::unreadableProject, "ERROR while opening @/tarelproject", 0, ""},
+        {"tarelproject=", OpenResult::damagedProject, damaged, 0, ""},
+        {"tarelproject=Film\nfps\t", OpenResult::damagedProject,
+         "is damaged (no tlResolution line, no sound line, no baselayout line, a cut last line)", 0, ""},
+        {whole + "maxNBackup\t1", OpenResult::damagedProject, "is damaged (a cut last line)", 0, ""},
+        {whole, OpenResult::opened, "", 1, "_bins_|_smartbins_"},
+        {whole + "|bins/Old/Old.ale=" + aleText({"x"}) + "|bins/Old/Old.bin=tableid\tOld\n",
+         OpenResult::opened, "", 2, "-bins"},
+        {legacy + "|bins/lost.bin=tableid\tlost\n", OpenResult::opened,
+         "ERROR: missing ale file for bin lost", 1, "bins/lost.bin"},
+        {legacy + "|smartbins/x.smartbin=", OpenResult::binsFailed,
+         "ERROR while opening bins in folder @/bins", 0, ""},
+        {whole + "|pivot=x", OpenResult::opened, "ERROR while opening pivot tables in folder @/pivot", 1, ""},
+        {whole + "|db=x", OpenResult::opened, "ERROR while opening dbs in folder @/db", 1, ""},
     };
-    auto before = snapshot();
-    Opening opening(folder);
-    opening.interaction.queueAlert("Cancel");
-    EXPECT_EQ(opening.open(), OpenResult::cancelled);
-    EXPECT_EQ(snapshot(), before);
-    EXPECT_EQ(opening.chooserClosed, 0);
-    EXPECT_TRUE(opening.sharedstuff.bins->children.empty());
-}
-
-TEST(ProjectOpening, AnUnreadableProjectFileEndsTheOpen) {
-    ProjectFolder folder;
-    fs::create_directories(folder.project / "tarelproject");
-    folder.currentBin("_bins_", "A", uuidA);
-    auto before = listTree(folder.project);
-    Opening opening(folder);
-    PrintCapture capture;
-    EXPECT_EQ(opening.open(), OpenResult::unreadableProject);
-    EXPECT_TRUE(capture.contains("ERROR while opening " + (folder.project / "tarelproject").string()));
-    EXPECT_EQ(listTree(folder.project), before);
-    EXPECT_EQ(opening.chooserClosed, 0);
-    EXPECT_TRUE(opening.sharedstuff.bins->children.empty());
-}
-
-TEST(ProjectOpening, ADamagedProjectFileIsKeptAndNothingOpens) {
-    const std::vector<std::pair<std::string, std::string>> cases = {
-        {"", "no fps line, no tlResolution line, no sound line, no baselayout line"},
-        {"Film\n", "no fps line, no tlResolution line, no sound line, no baselayout line"},
-        {"Film\nfps\t", "no tlResolution line, no sound line, no baselayout line, a cut last line"},
-        {wholeProjectFile + "timeInMinBackup\t1", "a cut last line"},
-    };
-    for (const auto& [text, damage] : cases) {
-        SCOPED_TRACE(text);
+    for (const auto& [files, result, line, bins, paths] : cases) {
+        SCOPED_TRACE(files);
         ProjectFolder folder;
-        folder.file("tarelproject", text);
-        folder.currentBin("_bins_", "A", uuidA);
-        Opening opening(folder);
+        folder.current("_bins_", "A", uuidA);
+        writeFiles(folder.project, files);
+        const Files before = folder.files();
+        const auto tree = listTree(folder.project);
+        Opening opening(folder, result == OpenResult::cancelled ? "Cancel" : "Proceed");
+        PrintCapture capture;
         std::string reason;
-        EXPECT_EQ(openProject(opening.sharedstuff, {}, &reason), OpenResult::damagedProject);
-        EXPECT_NE(reason.find("is damaged (" + damage + ")"), std::string::npos) << reason;
-        EXPECT_EQ(readFile(folder.project / "tarelproject"), text);
+        EXPECT_EQ(opening.open(&reason), result);
+        std::string printedLine = line;
+        if (auto at = printedLine.find('@'); at != std::string::npos)
+            printedLine.replace(at, 1, folder.project.string());
+        EXPECT_TRUE(line.empty() || printed(capture, printedLine)) << printedLine;
+        EXPECT_TRUE(result != OpenResult::damagedProject || reason.find(line) != std::string::npos) << reason;
+        EXPECT_EQ(opening.sharedstuff.bins->toarray.size(), bins);
+        EXPECT_EQ(opening.chooserClosed, result == OpenResult::opened ? 1 : 0);
+        if (result != OpenResult::opened) {
+            EXPECT_EQ(std::tie(before, tree), std::make_tuple(folder.files(), listTree(folder.project)));
+        }
+        for (const auto& path : split(paths))
+            EXPECT_EQ(fs::exists(folder.project / (path[0] == '-' ? path.substr(1) : path)), path[0] != '-')
+                << path;
     }
 }
 
 TEST(ProjectOpening, WhichBinsOpen) {
-    struct Case {
-        std::string name;
-        std::optional<std::string> selectionlist;
-        Names open;
-    };
-    const std::vector<Case> cases = {
+    const std::vector<std::tuple<const char*, std::optional<std::string>, Names>> cases = {
         {"the bins' own files without a list", std::nullopt, {"A"}},
         {"only what the list names", std::string(uuidB) + "\n", {"B"}},
         {"a deleted bin in the list is passed over",
-         "DDDDDDDD-0000-0000-0000-000000000009\n" + std::string(uuidB) + "\n",
+         "DDDDDDDD-0000-0000-0000-000000000009\n" + std::string(uuidB),
          {"B"}},
         {"a group's uuid opens nothing", std::string(uuidG) + "\n", {}},
         {"an empty list opens nothing", std::string(), {}},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, selectionlist, open] : cases) {
+        SCOPED_TRACE(name);
         ProjectFolder folder;
         folder.file("tarelproject", wholeProjectFile);
-        folder.currentBin("_bins_", "A", uuidA, "selected\n");
-        folder.currentGroup("_bins_", "G", uuidG);
-        folder.currentBin("_bins_/G - " + std::string(uuidG), "B", uuidB);
-        if (c.selectionlist)
-            folder.file(".selectionlist", *c.selectionlist);
+        folder.current("_bins_", "A", uuidA, true, "selected\n");
+        folder.current("_bins_", "G", uuidG, false);
+        folder.current("_bins_/G - " + std::string(uuidG), "B", uuidB);
+        if (selectionlist)
+            folder.file(".selectionlist", *selectionlist);
         Opening opening(folder);
         ASSERT_EQ(opening.open(), OpenResult::opened);
-        EXPECT_EQ(opening.openNames(), c.open);
+        EXPECT_EQ(namesOf(opening.sharedstuff.openBins()), open);
         EXPECT_EQ(opening.sharedstuff.bins->toarray.size(), 2u);
     }
 }
 
-TEST(ProjectOpening, BinsAndCurrentBinsEndInOneTree) {
-    ProjectFolder folder;
-    folder.file("tarelproject", wholeProjectFile);
-    folder.currentBin("bins", "Old", uuidA);
-    folder.currentBin("_bins_", "New", uuidB);
-    Opening opening(folder);
-    opening.interaction.queueAlert("Proceed");
-    ASSERT_EQ(opening.open(), OpenResult::opened);
-    Names names;
-    for (Bin* bin : opening.sharedstuff.bins->toarray)
-        names.push_back(bin->displayName());
-    std::sort(names.begin(), names.end());
-    EXPECT_EQ(names, (Names{"New", "Old"}));
-    EXPECT_FALSE(fs::exists(folder.project / "bins"));
-    auto tree = listTree(folder.project);
-    EXPECT_TRUE(tree.count("_bins_/Old - " + std::string(uuidA) + "/Old.ale"));
-    EXPECT_TRUE(tree.count("_bins_/New - " + std::string(uuidB) + "/New.ale"));
-}
-
-TEST(ProjectOpening, AProjectWithoutBinsGetsAnEmptyFolder) {
-    ProjectFolder folder;
-    folder.file("tarelproject", wholeProjectFile);
-    Opening opening(folder);
-    ASSERT_EQ(opening.open(), OpenResult::opened);
-    EXPECT_TRUE(fs::is_directory(folder.project / "_bins_"));
-    EXPECT_TRUE(fs::is_directory(folder.project / "_smartbins_"));
-    EXPECT_TRUE(opening.sharedstuff.bins->children.empty());
-    EXPECT_EQ(readFile(folder.project / "tarelproject").rfind("Film\n", 0), 0u);
-}
-
-TEST(ProjectOpening, AFailedEarlierReadKeepsItsFolder) {
-    ProjectFolder folder;
-    writeEarlierProject(folder);
-    folder.file("bins/lost.bin", "tableid\tlost\n");
-    Opening opening(folder);
-    opening.interaction.queueAlert("Proceed");
-    PrintCapture capture;
-    ASSERT_EQ(opening.open(), OpenResult::opened);
-    EXPECT_TRUE(capture.contains("ERROR: missing ale file for bin lost"));
-    EXPECT_EQ(opening.sharedstuff.bins->toarray.size(), 2u);
-    EXPECT_TRUE(fs::exists(folder.project / "bins" / "lost.bin"));
-    EXPECT_FALSE(fs::exists(folder.project / "layouts"));
-}
-
-TEST(ProjectOpening, EarlierBinsThatCannotBeReadEndTheOpen) {
-    ProjectFolder folder;
-    folder.file("tarelproject", wholeProjectFile + "treeentry\troot\tg1\n");
-    folder.file("smartbins/x.smartbin", "");
-    Opening opening(folder);
-    opening.interaction.queueAlert("Proceed");
-    PrintCapture capture;
-    EXPECT_EQ(opening.open(), OpenResult::binsFailed);
-    EXPECT_TRUE(capture.contains("ERROR while opening bins in folder " + (folder.project / "bins").string()));
-    EXPECT_EQ(opening.chooserClosed, 0);
-    EXPECT_TRUE(fs::exists(folder.project / "smartbins" / "x.smartbin"));
-}
-
-TEST(ProjectOpening, FailingLaterFoldersLeaveTheProjectOpen) {
-    ProjectFolder folder;
-    folder.file("tarelproject", wholeProjectFile);
-    folder.currentBin("_bins_", "A", uuidA);
-    folder.file("pivot", "not a folder");
-    folder.file("db", "not a folder");
-    Opening opening(folder);
-    PrintCapture capture;
-    ASSERT_EQ(opening.open(), OpenResult::opened);
-    EXPECT_TRUE(capture.contains("ERROR while opening pivot tables in folder " +
-                                 (folder.project / "pivot").string()));
-    EXPECT_TRUE(capture.contains("ERROR while opening dbs in folder " + (folder.project / "db").string()));
-    EXPECT_EQ(opening.sharedstuff.bins->toarray.size(), 1u);
-}
-
-// Kill-safety: a save killed at any moment leaves each file whole, old or new.
-constexpr int killBins = 16;
-constexpr int oldRows = 1500;
-
-Names clipNames(const std::string& bin, int rows) {
-    Names out;
-    out.reserve(static_cast<std::size_t>(rows));
-    for (int i = 0; i < rows; ++i)
-        out.push_back(bin + "_clip_" + std::to_string(i));
-    return out;
-}
-
-void writeLargeProject(const fs::path& parent) {
-    fs::create_directories(parent);
-    SharedStuff project;
-    project.currentFolder = parent.string();
-    project.projectName = "Film";
-    for (int g = 0; g < 4; ++g) {
-        auto group = std::make_shared<BinsTreeEntry>("group" + std::to_string(g), nullptr,
-                                                     std::vector<TreeNode>{}, &project);
-        for (int b = 0; b < killBins / 4; ++b) {
-            std::string name = "bin" + std::to_string(g) + "_" + std::to_string(b);
-            group->addBin(
-                std::make_shared<Bin>(makeTable(name, clipNames(name, oldRows)), &project, nullptr, true));
-        }
-        project.bins->addChild(group);
-    }
-    ASSERT_TRUE(project.save());
-}
-
-// What the killed process does: open the project, change every bin and a setting, save.
-void openChangeAndSave(const fs::path& parent) {
-    SharedStuff project;
-    project.currentFolder = parent.string();
-    project.projectName = "Film";
-    if (openProject(project) != OpenResult::opened)
-        return;
-    for (Bin* bin : project.bins->toarray) {
-        std::string name = bin->table()->tablename;
-        bin->setTable(makeTable(name, clipNames(name + "_new", oldRows + 1)));
-        bin->hasChanged = true;
-    }
-    project.fps = "50";
-    project.save();
-}
-
-// Every file of the project by path, less the hidden temporaries of writes that a kill cut short.
-std::map<std::string, std::string> projectFiles(const fs::path& project) {
-    std::map<std::string, std::string> out;
-    for (const auto& entry : fs::recursive_directory_iterator(project)) {
-        std::string name = entry.path().filename().string();
-        if (!entry.is_regular_file() || (name.front() == '.' && name.find(".tmp") != std::string::npos))
-            continue;
-        out[fs::relative(entry.path(), project).string()] = readFile(entry.path());
-    }
-    return out;
-}
-
-TEST(ProjectOpening, ASaveKilledAtAnyMomentLeavesEachFileOldOrNew) {
-    TempFolder root;
-    const fs::path pristine = root.path / "pristine";
-    const fs::path reference = root.path / "reference";
-    const fs::path run = root.path / "run";
-    {
-        PrintCapture quiet;
-        writeLargeProject(pristine);
-    }
-    ASSERT_FALSE(HasFatalFailure());
-    const auto oldFiles = projectFiles(pristine / "Film");
-
-    fs::copy(pristine, reference, fs::copy_options::recursive);
-    auto started = std::chrono::steady_clock::now();
-    {
-        PrintCapture quiet;
-        openChangeAndSave(reference);
-    }
-    auto fullRun =
-        std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - started);
-    const auto newFiles = projectFiles(reference / "Film");
-    Names oldPaths;
-    Names newPaths;
-    for (const auto& [path, text] : oldFiles)
-        oldPaths.push_back(path);
-    for (const auto& [path, text] : newFiles)
-        newPaths.push_back(path);
-    ASSERT_EQ(oldPaths, newPaths);
-    ASSERT_NE(oldFiles, newFiles);
-
-    const unsigned seed = std::random_device{}();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
-    std::uniform_int_distribution<long> delay(0, fullRun.count() * 6 / 5);
-    for (int round = 0; round < 8; ++round) {
-        SCOPED_TRACE("round " + std::to_string(round));
-        fs::remove_all(run);
-        fs::copy(pristine, run, fs::copy_options::recursive);
-        pid_t child = ::fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            int devnull = ::open("/dev/null", O_WRONLY);
-            ::dup2(devnull, STDOUT_FILENO);
-            ::dup2(devnull, STDERR_FILENO);
-            openChangeAndSave(run);
-            ::_exit(0);
-        }
-        std::this_thread::sleep_for(std::chrono::microseconds(delay(random)));
-        ::kill(child, SIGKILL);
-        int status = 0;
-        ::waitpid(child, &status, 0);
-
-        for (const auto& [path, text] : projectFiles(run / "Film")) {
-            SCOPED_TRACE(path);
-            auto oldText = oldFiles.find(path);
-            auto newText = newFiles.find(path);
-            ASSERT_TRUE(oldText != oldFiles.end() || newText != newFiles.end());
-            EXPECT_TRUE((oldText != oldFiles.end() && text == oldText->second) ||
-                        (newText != newFiles.end() && text == newText->second));
-        }
-
-        SharedStuff reopened;
-        reopened.currentFolder = run.string();
-        reopened.projectName = "Film";
-        PrintCapture quiet;
-        ASSERT_EQ(openProject(reopened), OpenResult::opened);
-        ASSERT_EQ(reopened.bins->toarray.size(), static_cast<std::size_t>(killBins));
-        for (Bin* bin : reopened.bins->toarray) {
-            std::size_t rows = bin->table()->data.size();
-            EXPECT_TRUE(rows == oldRows || rows == oldRows + 1) << bin->displayName();
-        }
-    }
-}
-
-// A new bin's table cut short by a kill: complete (killed before its rename) it is recovered; cut
-// half-way the bin is reported as broken and never shown as a group. A stale temporary goes.
-TEST(ProjectOpening, ABinKilledWhileFirstWrittenIsRecoveredOrReported) {
-    struct Case {
-        const char* name;
-        base::WriteStep step;
-        Names bins;
-        std::size_t temporaries;
-    };
-    const std::vector<Case> cases = {
-        {"complete, killed before its rename", base::WriteStep::rename, {"A", "New"}, 0},
-        {"killed half-way", base::WriteStep::write, {"A"}, 1}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+// A save killed while a file is written leaves it whole, old or new. A new bin's table complete but
+// killed before its rename is recovered; cut half-way the bin is reported as broken and never shown as a
+// group. A stale temporary goes.
+TEST(ProjectOpening, ASaveKilledWhileAFileIsWrittenLeavesItOldOrNew) {
+    const std::vector<std::tuple<const char*, base::WriteStep, Names, std::size_t, const char*>> cases = {
+        {"New.ale", base::WriteStep::rename, {"A", "New"}, 0, "50"},
+        {"New.ale", base::WriteStep::write, {"A"}, 1, "50"},
+        {"tarelproject", base::WriteStep::write, {"A"}, 0, "25"}};
+    for (const auto& [file, step, bins, temporaries, fps] : cases) {
+        SCOPED_TRACE(std::string(file) +
+                     (step == base::WriteStep::write ? " half-way" : " before its rename"));
         ProjectFolder folder;
         folder.file("tarelproject", wholeProjectFile);
-        folder.currentBin("_bins_", "A", uuidA);
+        folder.current("_bins_", "A", uuidA);
         folder.file("_bins_/A - " + std::string(uuidA) + "/.A.ale.tmp12.5", "stale");
         pid_t child = ::fork();
         ASSERT_GE(child, 0);
@@ -489,11 +245,13 @@ TEST(ProjectOpening, ABinKilledWhileFirstWrittenIsRecoveredOrReported) {
             PrintCapture quiet;
             Opening opening(folder);
             static_cast<void>(opening.open());
-            base::setWriteFaultHook([&](const std::string& path, base::WriteStep step) {
-                if (step == c.step && path.ends_with("New.ale"))
-                    ::raise(SIGKILL);
-                return false;
-            });
+            base::setWriteFaultHook(
+                [&, step = step, file = file](const std::string& path, base::WriteStep at) {
+                    if (at == step && path.ends_with(file))
+                        ::raise(SIGKILL);
+                    return false;
+                });
+            opening.sharedstuff.fps = "50";
             opening.sharedstuff.addBin(makeBin("New", &opening.sharedstuff));
             static_cast<void>(opening.sharedstuff.save());
             ::_exit(0);
@@ -505,19 +263,15 @@ TEST(ProjectOpening, ABinKilledWhileFirstWrittenIsRecoveredOrReported) {
         PrintCapture capture;
         Opening reopened(folder);
         ASSERT_EQ(reopened.open(), OpenResult::opened);
-        Names names;
-        for (const auto& node : reopened.sharedstuff.bins->children)
-            names.push_back(node->name());
+        Names names = childNames(*reopened.sharedstuff.bins);
         std::sort(names.begin(), names.end());
-        EXPECT_EQ(names, c.bins);
-        EXPECT_EQ(
-            std::any_of(capture.lines().begin(), capture.lines().end(),
-                        [](const std::string& line) { return line.starts_with("ERROR: broken bin in "); }),
-            c.temporaries == 1);
-        std::size_t temporaries = 0;
+        EXPECT_EQ(names, bins);
+        EXPECT_EQ(reopened.sharedstuff.fps, fps);
+        EXPECT_EQ(printed(capture, "ERROR: broken bin in "), temporaries == 1);
+        std::size_t left = 0;
         for (const auto& path : listTree(folder.project))
-            temporaries += base::parseTemporaryFileName(fs::path(path).filename().string()).has_value();
-        EXPECT_EQ(temporaries, c.temporaries);
+            left += base::parseTemporaryFileName(fs::path(path).filename().string()).has_value();
+        EXPECT_EQ(left, temporaries);
     }
 }
 
@@ -525,31 +279,173 @@ TEST(ProjectOpening, ABinKilledWhileFirstWrittenIsRecoveredOrReported) {
 // stays as it was and nothing of the update is left; saves into the folder are refused.
 TEST(ProjectOpening, AFailedUpdateOfTheEarlierLayoutLeavesItAsItWas) {
     ProjectFolder folder;
-    writeEarlierProject(folder);
-    const auto before = projectFiles(folder.project);
+    folder.earlier();
+    const Files before = folder.files();
     int writes = 0;
     base::setWriteFaultHook([&](const std::string&, base::WriteStep step) {
         return step == base::WriteStep::rename && ++writes == 4;
     });
     Opening opening(folder);
-    opening.interaction.queueAlert("Proceed");
     PrintCapture quiet;
     std::string reason;
-    const OpenResult result = openProject(opening.sharedstuff, {}, &reason);
+    const OpenResult result = opening.open(&reason);
     base::setWriteFaultHook({});
     EXPECT_EQ(result, OpenResult::migrationFailed);
     EXPECT_NE(reason.find("the project was left in its earlier layout"), std::string::npos) << reason;
-    auto after = projectFiles(folder.project);
+    auto after = folder.files();
     std::erase_if(after, [](const auto& file) { return file.first.starts_with("_"); });
     EXPECT_EQ(after, before);
     EXPECT_EQ(listTree(folder.project / "_bins_"), (std::set<std::string>{"lumbra_details"}));
     EXPECT_FALSE(opening.sharedstuff.save());
 
     Opening again(folder);
-    again.interaction.queueAlert("Proceed");
     ASSERT_EQ(again.open(), OpenResult::opened);
     EXPECT_EQ(again.sharedstuff.bins->toarray.size(), 2u);
     EXPECT_FALSE(fs::exists(folder.project / "bins"));
+}
+
+// The ids of a node's children, in order.
+Names childIds(const BinsTreeEntry& node) {
+    Names out;
+    for (const auto& child : node.children)
+        out.push_back(child->id);
+    return out;
+}
+
+TEST(LegacyTreeLines, GroupsAreMadeAtTheStartOfTheirParent) {
+    using Lines = std::vector<TreeLine>;
+    const std::vector<std::tuple<const char*, Lines, Names>> cases = {
+        {"a group under the root", {{"treeentry", "root", "g1"}}, {"g1", "old"}},
+        {"each new group goes first",
+         {{"treeentry", "root", "g1"}, {"treeentry", "root", "g2"}},
+         {"g2", "g1", "old"}},
+        {"a child group under its parent",
+         {{"treeentry", "root", "g1"}, {"treeentry", "g1", "g2"}},
+         {"g1", "g2", "old"}},
+        {"an unknown parent gives the root", {{"treeentry", "nowhere", "g1"}}, {"g1", "old"}},
+        {"the last two tokens count", {{"treeentry", "x", "root", "g1"}}, {"g1", "old"}},
+        {"two tokens add nothing", {{"treeentry", "g1"}}, {"old"}},
+        {"a node already there adds nothing", {{"treeentry", "root", "old"}}, {"old"}},
+        {"a bin's id makes no group", {{"treeentry", "root", "bin1"}}, {"old"}},
+        {"smart lines are not plain lines", {{"smarttreeentry", "root", "g1"}}, {"old"}},
+    };
+    for (auto [name, lines, ids] : cases) {
+        SCOPED_TRACE(name);
+        auto root = makeGroup("root", {makeGroup("old")});
+        applyTreeEntryLines(*root, lines, treeKeys(false), {"bin1"}, nullptr);
+        ids.insert(ids.begin(), "root");
+        EXPECT_EQ(root->allIds(), ids);
+    }
+}
+
+TEST(LegacyTreeLines, ValuesGoToTheNodesTheyName) {
+    auto root = makeGroup("root", {makeGroup("g1"), makeLeaf("clips")});
+    applyTreeValueLines(*root,
+                        {{"smarttreedisplayname", "g1", "Wrong"},
+                         {"treedisplayname", "g1", "Dailies"},
+                         {"treecreated", "g1", "100.5"},
+                         {"treemodified", "g1", "200"},
+                         {"treecreated", "clips", "300"},
+                         {"treemodified", "clips", "soon"},
+                         {"treedisplayname", "missing", "Nobody"},
+                         {"treedisplayname", "g1"}},
+                        treeKeys(false));
+    const auto& group = *root->children[0];
+    EXPECT_EQ(std::make_tuple(group.name(), group.created, group.modified),
+              std::make_tuple("Dailies", 100.5, 200.0));
+    const auto& leaf = *root->children[1];
+    EXPECT_EQ(leaf.bin->created, 300.0);
+    EXPECT_NE(leaf.bin->modified, 0.0);
+}
+
+TEST(LegacyBins, FlatFolderIntoTheGroupsOfTheTreeLines) {
+    TempFolder dir;
+    writeFiles(
+        dir.path,
+        "a.ale=" + aleText({"c1", "c2", "c3"}) +
+            "|a.bin=tableid\tDay1\ndisplayname\tDay one\ntreebin\tg2\nlocked\tName\ntags\tx\nselected\n"
+            "|b.bin=tableid\tOrphan\n|c.ale=" +
+            aleText({"c9"}) + "|c.bin=title\tDay2\ntreebin\tgone\nselected\n|d.ale=" + aleText({"c7"}) +
+            "|d.bin=/|notes.txt=not a bin\n");
+    RecordingHost host;
+    PrintCapture capture;
+    auto read = readLegacyBins(dir.str(), *host.bins,
+                               {{"treeentry", "root", "g1"},
+                                {"treeentry", "g1", "g2"},
+                                {"treeentry", "root", "Day1"},
+                                {"treedisplayname", "g2", "Rushes"},
+                                {"treecreated", "Day1", "42"}},
+                               &host, nullptr);
+    EXPECT_EQ(read, LegacyRead::partial);
+    EXPECT_TRUE(capture.contains("ERROR: missing ale file for bin b"));
+    EXPECT_TRUE(capture.contains("ERROR while opening " + (dir.path / "d.bin").string()));
+    auto& root = *host.bins;
+    EXPECT_EQ(root.allIds(), (Names{"root", "g1", "g2", "Day1", "Day2", "d"}));
+    EXPECT_EQ(root.allNames(), (Names{"root", "g1", "Rushes", "Day one", "Day2", "d"}));
+    Bin& day1 = *root.entryById("Day1")->bin;
+    EXPECT_EQ(day1.table()->data.size(), 3u);
+    EXPECT_EQ(std::tie(day1.lockedColumns, day1.tags, day1.created),
+              std::make_tuple(Names{"Name"}, Names{"x"}, 42.0));
+    EXPECT_TRUE(day1.hasChanged);
+    // Bins that were open wait for the main window, closed.
+    EXPECT_EQ(host.toOpen, (std::vector<Bin*>{&day1, root.children[1]->bin.get()}));
+    EXPECT_FALSE(day1.selected());
+}
+
+// A project that reads a .smartbin file as a table named after the file, and refuses "bad" ones.
+struct SmartReadingHost : RecordingHost {
+    bool readSmartbinFile(Bin& bin, const std::string& path, base::Notifications*) override {
+        std::string name = fs::path(path).stem().string();
+        if (name == "bad")
+            return false;
+        bin.setTable(makeTable(name));
+        return true;
+    }
+};
+
+TEST(LegacyFolders, SmartBinsLayoutsAndOtherObjects) {
+    TempFolder dir;
+    writeFiles(
+        dir.path,
+        "s1.smartbin=x|bad.smartbin=x|s1.bin=not a smart bin|b.layout=Beta\nName\t120.5\nTape\n"
+        "|a.layout=Alpha\nScene\n|empty.layout=|readme.txt=Gamma\nName\n|broken.layout=/|Group one/group=");
+    SmartReadingHost host;
+    PrintCapture capture;
+    auto read = readLegacySmartbins(dir.str(), *host.smartbins,
+                                    {{"smarttreeentry", "smartbins", "sg"},
+                                     {"treeentry", "smartbins", "plain"},
+                                     {"smarttreedisplayname", "sg", "Selects"}},
+                                    &host, nullptr);
+    EXPECT_EQ(read, LegacyRead::partial);
+    EXPECT_TRUE(capture.contains("ERROR while opening " + (dir.path / "bad.smartbin").string()));
+    // The flat files come at the root after the smart groups.
+    EXPECT_EQ(childIds(*host.smartbins), (Names{"sg", "s1"}));
+    EXPECT_EQ(host.smartbins->children[0]->name(), "Selects");
+    EXPECT_EQ(host.smartbins->toarray.size(), 1u);
+
+    tables::ProjectLayouts layouts;
+    EXPECT_EQ(readLegacyLayouts(dir.str(), layouts, nullptr), LegacyRead::partial);
+    EXPECT_TRUE(
+        capture.contains("error while reading " + (dir.path / "empty.layout").string() + ": empty file"));
+    EXPECT_TRUE(capture.contains("error while opening layout file " + (dir.path / "broken.layout").string()));
+    ASSERT_EQ(layouts.layouts.size(), 2u);
+    EXPECT_EQ(std::tie(layouts.layouts[0]->name, layouts.layouts[0]->columns),
+              std::make_tuple("Alpha", Names{"Scene"}));
+    EXPECT_EQ(std::tie(layouts.layouts[1]->name, layouts.layouts[1]->columns),
+              std::make_tuple("Beta", Names{"Name", "Tape"}));
+    EXPECT_EQ(layouts.layouts[1]->colwidths.at("Name"), 120.5);
+
+    // A folder counts as a group when it holds a "group" file, as a file otherwise.
+    auto content = listLegacyFolder(dir.str());
+    ASSERT_TRUE(content);
+    EXPECT_EQ(std::make_pair(content->files, content->groups),
+              std::make_pair(std::size_t{8}, std::size_t{1}));
+    std::string missing = (dir.path / "bins").string();
+    EXPECT_EQ(readLegacyBins(missing, *host.bins, {}, &host, nullptr), LegacyRead::failed);
+    EXPECT_TRUE(capture.contains("ERROR: cannot get files list from folder " + missing));
+    EXPECT_TRUE(host.bins->children.empty());
+    EXPECT_EQ(readLegacyLayouts(missing, layouts, nullptr), LegacyRead::failed);
+    EXPECT_FALSE(listLegacyFolder(missing));
 }
 
 } // namespace

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "base/console.h"
 #include "base/saveable.h"
 #include "base/text_file.h"
 #include "project/bin.h"
 #include "project/bins_tree_entry.h"
+#include "project/shared_stuff.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -15,6 +18,7 @@
 namespace lumbra::project::testing {
 
 namespace fs = std::filesystem;
+using Names = std::vector<std::string>;
 
 class TempFolder {
 public:
@@ -39,6 +43,28 @@ public:
 inline void writeFile(const fs::path& p, const std::string& text) {
     fs::create_directories(p.parent_path());
     std::ofstream(p, std::ios::binary) << text;
+}
+
+// The parts of "a|b|c"; none for an empty text.
+inline Names split(const std::string& spec) {
+    Names out;
+    for (std::size_t start = 0; start < spec.size();) {
+        std::size_t end = std::min(spec.find('|', start), spec.size());
+        out.push_back(spec.substr(start, end - start));
+        start = end + 1;
+    }
+    return out;
+}
+
+// Writes "path=text|path=text" under the folder; a text of "/" makes a folder.
+inline void writeFiles(const fs::path& root, const std::string& spec) {
+    for (const auto& item : split(spec)) {
+        const std::size_t eq = item.find('=');
+        if (item.substr(eq + 1) == "/")
+            fs::create_directories(root / item.substr(0, eq));
+        else
+            writeFile(root / item.substr(0, eq), item.substr(eq + 1));
+    }
 }
 
 inline std::string readFile(const fs::path& p) {
@@ -125,6 +151,76 @@ public:
     TreeNode bins = makeGroup("root");
     TreeNode smartbins = makeGroup("smartbins");
     int tagTreeRebuilds = 0;
+};
+
+// A smart table that records what it is asked to test; it looks only in the nodes of its domain, if any.
+class RecordingSmartTable : public tables::ALETable, public SmartTableLink {
+public:
+    [[nodiscard]] bool hasDomain() const override { return !domain.empty(); }
+    [[nodiscard]] bool domainHolds(const BinsTreeEntry& node) const override {
+        return std::find(domain.begin(), domain.end(), &node) != domain.end();
+    }
+    void reEvaluate(const tables::EntryPtr& entry) override { rows.push_back(entry.get()); }
+    void reEvaluateAll(Bin& bin) override { bins.push_back(&bin); }
+    void resolveDomain(BinsTreeEntry& tree) override {
+        for (const auto& uuid : domainUuids) {
+            if (auto* node = tree.entryByUuid(uuid))
+                domain.push_back(node);
+        }
+    }
+
+    std::vector<const BinsTreeEntry*> domain;
+    Names domainUuids;
+    std::vector<const tables::ALEEntry*> rows;
+    std::vector<Bin*> bins;
+};
+
+inline RecordingSmartTable& smartTable(Bin& bin) {
+    return dynamic_cast<RecordingSmartTable&>(*bin.table());
+}
+
+// A smart bin in a leaf, with empty rows.
+inline TreeNode makeSmartLeaf(const std::string& id, int rows = 0, BinsHost* host = nullptr) {
+    auto table = std::make_unique<RecordingSmartTable>();
+    table->tablename = id;
+    for (int i = 0; i < rows; ++i)
+        table->data.push_back(std::make_shared<tables::ALEEntry>());
+    return std::make_shared<BinsTreeEntry>(id, std::make_shared<Bin>(std::move(table), host, nullptr, true));
+}
+
+// The display names of bins, in order.
+inline Names namesOf(const std::vector<Bin*>& bins) {
+    Names out;
+    for (const Bin* bin : bins)
+        out.push_back(bin->displayName());
+    return out;
+}
+
+// The names of a node's children, in order.
+inline Names childNames(const BinsTreeEntry& node) {
+    Names out;
+    for (const auto& child : node.children)
+        out.push_back(child->name());
+    return out;
+}
+
+// Whether a printed line holds the text.
+inline bool printed(const base::PrintCapture& capture, const std::string& text) {
+    return std::any_of(capture.lines().begin(), capture.lines().end(),
+                       [&](const std::string& line) { return line.find(text) != std::string::npos; });
+}
+
+// A project "Film" in a temporary folder, without autosave, not saved yet.
+struct FilmProject {
+    explicit FilmProject(base::UserInteraction* interaction = nullptr) : s(interaction) {
+        s.currentFolder = dir.str();
+        s.projectName = "Film";
+        s.autosave = false;
+    }
+    [[nodiscard]] fs::path folder() const { return dir.path / "Film"; }
+
+    TempFolder dir;
+    SharedStuff s;
 };
 
 } // namespace lumbra::project::testing
