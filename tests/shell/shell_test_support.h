@@ -13,6 +13,18 @@
 #include <QTest>
 #include <memory>
 #include <string>
+#include <vector>
+
+namespace QTest {
+// Lists of names read in failure messages.
+template <> inline char* toString(const std::vector<std::string>& names) {
+    QStringList items;
+    for (const std::string& name : names) {
+        items << QString::fromStdString(name);
+    }
+    return qstrdup(("[" + items.join(QStringLiteral(", ")) + "]").toUtf8().constData());
+}
+} // namespace QTest
 
 namespace lumbra::shell::testing {
 
