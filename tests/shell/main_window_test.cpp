@@ -143,35 +143,20 @@ QWidget* demoPanel(lumbra::project::SharedStuff&, QWidget* parent) {
 
 } // namespace
 
-class MainWindowTest : public QObject {
+class MainWindowTest : public lumbra::shell::testing::ShellWalk {
     Q_OBJECT
 
 private slots:
-    void initTestCase() {
-        QVERIFY(m_settingsDir.isValid());
-        QCoreApplication::setOrganizationName(QStringLiteral("LumbraTests"));
-        QCoreApplication::setApplicationName(QStringLiteral("main_window_test"));
-        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_settingsDir.path());
-    }
+    void initTestCase() { initSettings("main_window_test"); }
 
     void init() {
-        m_folder = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_folder->isValid());
-        auto interaction = std::make_unique<ScriptedInteraction>();
-        m_interaction = interaction.get();
-        m_delegate = std::make_unique<AppDelegate>(std::move(interaction));
+        startApplication();
         writeText(file("day1.ale"), aleText({"A001C001", "A001C002", "A001C003"}));
         writeText(file("day2.ALE"), aleText({"B001C001"}));
         writeText(file("notes.txt"), "not a clip list");
     }
 
-    void cleanup() {
-        if (m_window) {
-            m_window->sharedstuff().something_to_save = false;
-            delete m_window.data();
-        }
-        m_delegate.reset();
-    }
+    void cleanup() { stopApplication(); }
 
     void droppedFilesBecomeBinsAndToolPanelsTakeTheirPlace() {
         MainWindowViewController::registerPanel("pivot", demoPanel);
@@ -416,23 +401,6 @@ private slots:
         QVERIFY(m_window->grab().save(path));
         qInfo("screenshot: %s", qPrintable(path));
     }
-
-private:
-    [[nodiscard]] QString file(const QString& name) const {
-        return m_folder->path() + QStringLiteral("/files/") + name;
-    }
-
-    // A project "Shoot" made and opened as the chooser does, with its window.
-    void openProject() {
-        lumbra::shell::testing::openShootProject(m_folder->path() + QStringLiteral("/projects"), *m_delegate,
-                                                 m_interaction, m_window);
-    }
-
-    QTemporaryDir m_settingsDir;
-    std::unique_ptr<QTemporaryDir> m_folder;
-    ScriptedInteraction* m_interaction = nullptr;
-    std::unique_ptr<AppDelegate> m_delegate;
-    QPointer<MainWindowViewController> m_window;
 };
 
 QTEST_MAIN(MainWindowTest)

@@ -7,6 +7,7 @@
 #include "project/project_creation.h"
 #include "project_chooser_window.h"
 #include "qt_user_defaults.h"
+#include "shell_test_support.h"
 
 #include <QAction>
 #include <QDir>
@@ -55,34 +56,19 @@ QStringList titlesOf(const QList<QToolButton*>& buttons) {
 
 } // namespace
 
-class ProjectChooserTest : public QObject {
+class ProjectChooserTest : public lumbra::shell::testing::ShellWalk {
     Q_OBJECT
 
 private slots:
-    void initTestCase() {
-        QVERIFY(m_settingsDir.isValid());
-        QCoreApplication::setOrganizationName(QStringLiteral("LumbraTests"));
-        QCoreApplication::setApplicationName(QStringLiteral("project_chooser_test"));
-        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_settingsDir.path());
-    }
+    void initTestCase() { initSettings("project_chooser_test"); }
 
-    void init() {
-        QSettings().clear();
-        m_projects = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_projects->isValid());
-        auto interaction = std::make_unique<ScriptedInteraction>();
-        m_interaction = interaction.get();
-        m_delegate = std::make_unique<AppDelegate>(std::move(interaction));
-    }
+    void init() { startApplication(); }
 
-    void cleanup() {
-        m_delegate.reset();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
+    void cleanup() { stopApplication(); }
 
     void chooserListsTheProjectsOfEachFolderAndStoresTheChosenOne() {
         QSettings().setValue(QStringLiteral("NSFullScreenMenuItemEverywhere"), true);
-        const QString root = m_projects->path();
+        const QString root = m_folder->path();
         for (const char* name : {"Delta", "Alpha", "Charlie", "Bravo", ".Hidden", "Outer/Nested"}) {
             makeProject(root + QLatin1Char('/') + QString::fromLatin1(name));
         }
@@ -176,7 +162,7 @@ private slots:
 
     void openingProjectsInTurnFromTheChooserShowsEachTree() {
         // Two projects of twenty bins in four groups; each open replaces the trees the lists were built on.
-        const QString root = m_projects->path();
+        const QString root = m_folder->path();
         for (const char* name : {"Alpha", "Bravo"}) {
             lumbra::project::SharedStuff maker(m_interaction);
             lumbra::project::NewProjectSettings settings;
@@ -220,12 +206,6 @@ private slots:
             QVERIFY(!window);
         }
     }
-
-private:
-    QTemporaryDir m_settingsDir;
-    std::unique_ptr<QTemporaryDir> m_projects;
-    std::unique_ptr<AppDelegate> m_delegate;
-    ScriptedInteraction* m_interaction = nullptr;
 };
 
 QTEST_MAIN(ProjectChooserTest)

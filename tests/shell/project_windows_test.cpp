@@ -93,41 +93,18 @@ QStringList childNames(const QAbstractItemModel& model, const QModelIndex& paren
 
 } // namespace
 
-class ProjectWindowsTest : public QObject {
+class ProjectWindowsTest : public lumbra::shell::testing::ShellWalk {
     Q_OBJECT
 
 private slots:
-    void initTestCase() {
-        QVERIFY(m_settingsDir.isValid());
-        QCoreApplication::setOrganizationName(QStringLiteral("LumbraTests"));
-        QCoreApplication::setApplicationName(QStringLiteral("project_windows_test"));
-        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_settingsDir.path());
-    }
+    void initTestCase() { initSettings("project_windows_test"); }
 
     void init() {
-        QSettings().clear();
-        m_projects = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_projects->isValid());
-        QSettings().setValue(QStringLiteral("localfolder"), m_projects->path());
-        auto interaction = std::make_unique<ScriptedInteraction>();
-        m_interaction = interaction.get();
-        m_delegate = std::make_unique<AppDelegate>(std::move(interaction));
+        startApplication();
+        QSettings().setValue(QStringLiteral("localfolder"), m_folder->path());
     }
 
-    void cleanup() {
-        QList<QPointer<QWidget>> windows;
-        for (QWidget* widget : QApplication::topLevelWidgets()) {
-            if (qobject_cast<MainWindowViewController*>(widget) != nullptr ||
-                qobject_cast<NewProjectWindow*>(widget) != nullptr) {
-                windows.append(widget);
-            }
-        }
-        for (const QPointer<QWidget>& window : windows) {
-            delete window.data();
-        }
-        m_delegate.reset();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
+    void cleanup() { stopApplication(); }
 
     void newProjectIsTypedInAndCreatedOnDisk() {
         NewProjectWindow* window = openNewProjectWindow();
@@ -143,7 +120,7 @@ private slots:
         QTest::keyClicks(name, QStringLiteral("Reel:1"));
         QTest::mouseClick(create, Qt::LeftButton);
         QCOMPARE(warnings->text(), QStringLiteral("the project name contains forbidden characters"));
-        QVERIFY(QDir().mkpath(m_projects->path() + QStringLiteral("/Taken")));
+        QVERIFY(QDir().mkpath(m_folder->path() + QStringLiteral("/Taken")));
         name->clear();
         QTest::keyClicks(name, QStringLiteral("Taken"));
         QVERIFY(!warnings->isVisible());
@@ -177,7 +154,7 @@ private slots:
         QTest::keyClicks(name, QStringLiteral("My Film"));
         QTest::mouseClick(create, Qt::LeftButton);
 
-        const QByteArray project = readText(m_projects->path() + QStringLiteral("/My Film/tarelproject"));
+        const QByteArray project = readText(m_folder->path() + QStringLiteral("/My Film/tarelproject"));
         QVERIFY2(project.startsWith("My Film\nfps\t25\ntlResolution\t1080\nsound\t44.1khz\ntapeid\tT42\n"
                                     "filmformat\t16mm\n"),
                  project.constData());
@@ -196,13 +173,13 @@ private slots:
         NewProjectWindow* window = openNewProjectWindow();
         auto* warnings = window->findChild<QLabel*>(QStringLiteral("warningsLabel"));
         auto* load = window->findChild<QPushButton*>(QStringLiteral("loadFromFileButton"));
-        QString chosen = m_projects->path() + QStringLiteral("/missing.ale");
+        QString chosen = m_folder->path() + QStringLiteral("/missing.ale");
         window->setFileChooser([&chosen](QWidget*) { return chosen; });
         QTest::mouseClick(load, Qt::LeftButton);
         QCOMPARE(warnings->text(), QStringLiteral("ERROR while reading info from file"));
         QTRY_VERIFY_WITH_TIMEOUT(!warnings->isVisible(), 4000);
 
-        chosen = m_projects->path() + QStringLiteral("/day.ale");
+        chosen = m_folder->path() + QStringLiteral("/day.ale");
         writeText(chosen, "Heading\nFIELD_DELIM\tTABS\nVIDEO_FORMAT\tPAL\nAUDIO_FORMAT\t48khz\nFPS\t50\n"
                           "FILM_FORMAT\t35mm, 3 perf\nTAPE\tT9\n\nColumn\nName\tStart\tScene\n\nData\n"
                           "c1\t01:00:00:00\t12\n");
@@ -228,7 +205,7 @@ private slots:
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         QVERIFY(topLevel<NewProjectWindow>("newprojectwindow") == nullptr);
         QVERIFY(m_delegate->projectChooser() != nullptr && m_delegate->projectChooser()->isVisible());
-        QCOMPARE(QDir(m_projects->path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot), QStringList());
+        QCOMPARE(QDir(m_folder->path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot), QStringList());
     }
 
     void aProjectOpensFromTheChooserIsEditedSavedAndClosed() {
@@ -249,7 +226,7 @@ private slots:
         main->sharedstuff().timeInMinBackup = 0.001;
         main->sharedstuff().restartBackupTimer();
         QCOMPARE(main->backupTimer()->interval(), 60);
-        const QDir backups(m_projects->path() + QStringLiteral("/Film/backup"));
+        const QDir backups(m_folder->path() + QStringLiteral("/Film/backup"));
         QTRY_VERIFY_WITH_TIMEOUT(!backups.entryList({QStringLiteral("*-Film.zip")}, QDir::Files).isEmpty(),
                                  5000);
         main->sharedstuff().timeInMinBackup = 15;
@@ -303,13 +280,13 @@ private slots:
         QCOMPARE(main->sharedstuff().tapeId.value_or(""), std::string("X1"));
 
         main->findChild<QAction*>(QStringLiteral("saveAction"))->trigger();
-        const QByteArray project = readText(m_projects->path() + QStringLiteral("/Film/tarelproject"));
+        const QByteArray project = readText(m_folder->path() + QStringLiteral("/Film/tarelproject"));
         QVERIFY2(project.startsWith("Film\nfps\t29.96\n"), project.constData());
         QVERIFY(project.contains("\ntapeid\tX1\n"));
         QVERIFY(project.contains("\nuserdefinedproperty\tCustom Prop 1\tJane\n"));
         QVERIFY(project.contains("\nuserdefinedproperty\tDirector\tAnn\n"));
         const std::string saved =
-            "Project saved to " + (m_projects->path() + QStringLiteral("/Film")).toStdString();
+            "Project saved to " + (m_folder->path() + QStringLiteral("/Film")).toStdString();
         QVERIFY(main->log().lines().front().ends_with(" - " + saved));
         QCOMPARE(main->notificationsBox()->item(0).title, std::string("Saved"));
 
@@ -332,7 +309,7 @@ private slots:
         openHandMadeProject();
         auto* main = topLevel<MainWindowViewController>("mainwindow");
         QVERIFY(main != nullptr);
-        QFile::remove(m_projects->path() + QStringLiteral("/Film/.selectionlist"));
+        QFile::remove(m_folder->path() + QStringLiteral("/Film/.selectionlist"));
         main->sharedstuff().something_to_save = true; // a change not saved yet, or nothing would be asked
         m_interaction->queueAlert(std::string("Save"));
         QAction* quit = main->findChild<QAction*>(QStringLiteral("quitAction"));
@@ -340,7 +317,7 @@ private slots:
         QTimer::singleShot(5000, qApp, [] { QCoreApplication::exit(7); });
         QCOMPARE(QCoreApplication::exec(), 0);
         QCOMPARE(m_interaction->alerts().size(), 1u);
-        QVERIFY(QFileInfo::exists(m_projects->path() + QStringLiteral("/Film/.selectionlist")));
+        QVERIFY(QFileInfo::exists(m_folder->path() + QStringLiteral("/Film/.selectionlist")));
     }
 
 private:
@@ -361,7 +338,7 @@ private:
     }
 
     void openHandMadeProject() {
-        const QString project = m_projects->path() + QStringLiteral("/Film");
+        const QString project = m_folder->path() + QStringLiteral("/Film");
         writeText(project + QStringLiteral("/tarelproject"),
                   "Film\nfps\t25\ntlResolution\t1080\nsound\t48khz\nbaselayout\tName\n");
         const QString bins = project + QStringLiteral("/_bins_");
@@ -401,11 +378,6 @@ private:
         main->findChild<QAction*>(QStringLiteral("projectMetadataAction"))->trigger();
         QVERIFY(ran);
     }
-
-    QTemporaryDir m_settingsDir;
-    std::unique_ptr<QTemporaryDir> m_projects;
-    std::unique_ptr<AppDelegate> m_delegate;
-    ScriptedInteraction* m_interaction = nullptr;
 };
 
 QTEST_MAIN(ProjectWindowsTest)

@@ -152,24 +152,17 @@ QStringList rowOf(const QAbstractItemModel& model, int row) {
 
 } // namespace
 
-class DatabasePanelTest : public QObject {
+class DatabasePanelTest : public lumbra::shell::testing::ShellWalk {
     Q_OBJECT
 
 private slots:
     void initTestCase() {
-        QVERIFY(m_settingsDir.isValid());
-        QCoreApplication::setOrganizationName(QStringLiteral("LumbraTests"));
-        QCoreApplication::setApplicationName(QStringLiteral("database_panel_test"));
-        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_settingsDir.path());
+        initSettings("database_panel_test");
         lumbra::shell::registerToolPanels();
     }
 
     void init() {
-        m_folder = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_folder->isValid());
-        auto interaction = std::make_unique<ScriptedInteraction>();
-        m_interaction = interaction.get();
-        m_delegate = std::make_unique<AppDelegate>(std::move(interaction));
+        startApplication();
         writeText(file("plates.csv"), "Name,Path,Size\n"
                                       "A001C001,/shots/day1/A001_0001.dpx,10\n"
                                       "A001C001,/shots/day1/A001_0002.dpx,20\n"
@@ -181,13 +174,7 @@ private slots:
         QVERIFY(QFile::copy(edl, file("reel1.edl")));
     }
 
-    void cleanup() {
-        if (m_window) {
-            m_window->sharedstuff().something_to_save = false;
-            delete m_window.data();
-        }
-        m_delegate.reset();
-    }
+    void cleanup() { stopApplication(); }
 
     void databasesComeInAreEditedBecomeBinsAndSave() {
         openProject();
@@ -364,23 +351,6 @@ private slots:
         QVERIFY(!caller.received->data.empty());
         QVERIFY(project.db.empty());
     }
-
-private:
-    [[nodiscard]] QString file(const QString& name) const {
-        return m_folder->path() + QStringLiteral("/files/") + name;
-    }
-
-    // A project "Shoot" made and opened as the chooser does, with its window.
-    void openProject() {
-        lumbra::shell::testing::openShootProject(m_folder->path() + QStringLiteral("/projects"), *m_delegate,
-                                                 m_interaction, m_window);
-    }
-
-    QTemporaryDir m_settingsDir;
-    std::unique_ptr<QTemporaryDir> m_folder;
-    ScriptedInteraction* m_interaction = nullptr;
-    std::unique_ptr<AppDelegate> m_delegate;
-    QPointer<MainWindowViewController> m_window;
 };
 
 QTEST_MAIN(DatabasePanelTest)
