@@ -72,32 +72,6 @@ TEST(BinBoxColumns, PinnedColumnsFollowThePinnedListFilteredByTheLayout) {
     EXPECT_EQ(splitColumns({"Scene"}, {}), ColumnSplit{});
 }
 
-TEST(BinBoxColumns, TitlesLocksWidthsAndOrderMarks) {
-    BoxFixture f;
-    f.bin->lockedColumns = {"Tape"};
-    f.bin->layout->colwidths["Comments"] = 240.0;
-    tables::ProjectLayouts layouts;
-    layouts.columnsdefaultwidth = ColumnsDefaultWidth::fixed;
-    layouts.columnsfixedwidth = 77.0;
-    const OrderMark order{"Name", true};
-
-    const auto main =
-        columnSpecs({"Name", "Tape", "Comments", "Lumbra_Color_Tag"}, false, *f.bin, layouts, order);
-    ASSERT_EQ(main.size(), 4u);
-    EXPECT_EQ(main[0], (ColumnSpec{"Name", "Name ↑", true, false, ColumnSizing::given, 77.0, false}));
-    EXPECT_EQ(main[1], (ColumnSpec{"Tape", "Tape 🔒", false, false, ColumnSizing::given, 77.0, false}));
-    EXPECT_EQ(main[2], (ColumnSpec{"Comments", "Comments", true, false, ColumnSizing::given, 240.0, true}));
-    EXPECT_EQ(main[3],
-              (ColumnSpec{"Lumbra_Color_Tag", "Tag", false, true, ColumnSizing::given, 30.0, false}));
-
-    // Pinned: a pin before the name, the lock mark after it but the cell stays editable; `fixed` leaves
-    // the width alone there.
-    const auto pinned = columnSpecs({"Tape"}, true, *f.bin, layouts, OrderMark{"Tape", false});
-    ASSERT_EQ(pinned.size(), 1u);
-    EXPECT_EQ(pinned[0],
-              (ColumnSpec{"Tape", "📌 Tape 🔒 ↓", true, false, ColumnSizing::untouched, 0.0, false}));
-}
-
 TEST(BinBoxColumns, WidthRuleForColumnsWithoutStoredWidth) {
     BoxFixture f;
     struct Case {
