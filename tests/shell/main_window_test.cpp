@@ -21,24 +21,15 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QMenu>
-#include <QMenuBar>
 #include <QMimeData>
-#include <QPlainTextEdit>
 #include <QPushButton>
-#include <QRadioButton>
-#include <QSettings>
 #include <QTableView>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <QToolButton>
 #include <QUrl>
-#include <functional>
 #include <memory>
 
-using lumbra::base::NotificationData;
-using lumbra::base::NotificationType;
 using lumbra::base::ScriptedInteraction;
 using lumbra::shell::AppDelegate;
 using lumbra::shell::BinsList;
