@@ -91,6 +91,12 @@ protected:
 
     static std::string data(const std::string& name) { return std::string(LUMBRA_CLI_DATA_DIR) + "/" + name; }
     std::string temp(const std::string& name) const { return (m_dir / name).string(); }
+    // Writes the bytes to `name` under the test's folder, making the folders on the way; its path.
+    std::string file(const std::string& name, const std::string& bytes) const {
+        fs::create_directories(fs::path(temp(name)).parent_path());
+        std::ofstream(temp(name), std::ios::binary) << bytes;
+        return temp(name);
+    }
 
     fs::path m_dir;
 };

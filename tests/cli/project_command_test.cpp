@@ -37,15 +37,9 @@ protected:
         EXPECT_EQ(result.exitCode, 0) << result.err;
         return temp(name);
     }
-    // A group folder in the project's bins tree, as a save writes one.
-    void addGroup(const std::string& project, const std::string& name, const std::string& uuid) {
-        fs::path folder = fs::path(project) / "_bins_" / (name + " - " + uuid);
-        fs::create_directories(folder);
-        std::ofstream(folder / "lumbra_details") << uuid << "\n0.0\n0.0\nNone\n";
-    }
 };
 
-TEST_F(ProjectCommandTest, CreateWritesTheSettingsAndTheTwoLayouts) {
+TEST_F(ProjectCommandTest, CreateWritesTheSettingsAndLayoutsGivenOrTakesThemFromAnAleFile) {
     std::string project = create("Feature", {"--fps", "25", "--columns", "Name,Tape", "--tape", "T1"});
     std::string file = readAll(fs::path(project) / "tarelproject");
     EXPECT_TRUE(file.starts_with("Feature\nfps\t25\ntlResolution\t1080\nsound\t44.1khz\ntapeid\tT1\n"))
@@ -53,211 +47,181 @@ TEST_F(ProjectCommandTest, CreateWritesTheSettingsAndTheTwoLayouts) {
     EXPECT_NE(file.find("\nbaselayout\tName\tTape\n"), std::string::npos);
     EXPECT_NE(file.find("\nprojectlayout\tName\tTape\n"), std::string::npos);
     EXPECT_TRUE(fs::is_directory(fs::path(project) / "_bins_"));
-
     auto info = run({"project", "info", project});
     EXPECT_EQ(info.exitCode, 0) << info.err;
     EXPECT_NE(info.out.find("\nfps: 25\n"), std::string::npos);
     EXPECT_NE(info.out.find("\n  Default: Name, Tape\n  Project Default: Name, Tape\n"), std::string::npos);
-}
 
-TEST_F(ProjectCommandTest, CreateFromAnAleFileTakesItsHeadingUnderTheOptions) {
-    std::string project = create("Day", {"--from-ale", data("clips.ale"), "--sound", "44.1khz"});
-    std::string file = readAll(fs::path(project) / "tarelproject");
+    file = readAll(fs::path(create("Day", {"--from-ale", data("clips.ale"), "--sound", "44.1khz"})) /
+                   "tarelproject");
     EXPECT_TRUE(file.starts_with("Day\nfps\t25\ntlResolution\t1080\nsound\t44.1khz\ntapeid\tA001\n"
                                  "filmformat\t35mm, 4 perf\n"))
         << file;
     EXPECT_NE(file.find("\nbaselayout\tLumbra_Color_Tag\tTape\tName\tStart\tEnd\tScene\tComments\n"),
               std::string::npos);
-
-    auto missing = run({"project", "create", temp("Other"), "--from-ale", temp("none.ale")});
-    EXPECT_EQ(missing.exitCode, 1);
-    EXPECT_EQ(missing.err, "Cannot create " + temp("Other") + ": ERROR while reading info from file " +
-                               temp("none.ale") + "\n");
-    EXPECT_FALSE(fs::exists(m_dir / "Other"));
 }
 
-TEST_F(ProjectCommandTest, RefusedCreationsSayWhyAndLeaveTheFolderAsItWas) {
-    std::string existing = create("Taken", {"--fps", "24"});
-    auto before = snapshot(m_dir / "Taken");
+TEST_F(ProjectCommandTest, RefusalsExitOneWithOneLineAndChangeNothing) {
+    const std::string taken = create("Taken", {"--fps", "24"});
+    const auto before = snapshot(taken);
+    const std::string p = create("P");
+    ASSERT_EQ(run({"project", "import", p, data("clips.ale")}).exitCode, 0);
+    ASSERT_EQ(run({"db", "add", p, file("t.csv", "A\n1\n")}).exitCode, 0);
+    const lumbra::cli::testing::ChildSetup gone{
+        .unprivileged = false, .memoryLimit = 0, .goneWorkingFolder = temp("gone")};
     struct Case {
-        const char* name;
         std::vector<std::string> args;
         std::string err;
+        lumbra::cli::testing::ChildSetup setup = {};
     };
     const std::vector<Case> cases{
-        {"existing project",
-         {"project", "create", existing},
-         "Cannot create " + existing + ": a folder Taken already exists\n"},
-        {"forbidden character",
-         {"project", "create", temp("a;b")},
+        {{"project", "create", taken}, "Cannot create " + taken + ": a folder Taken already exists\n"},
+        {{"project", "create", temp("a;b")},
          "Cannot create " + temp("a;b") + ": the project name contains forbidden characters\n"},
-        {"column named twice",
-         {"project", "create", temp("New"), "--columns", "Name,Tape,Name"},
+        {{"project", "create", temp("New"), "--columns", "Name,Tape,Name"},
          "Cannot create " + temp("New") + ": a column is named twice\n"},
-        {"no parent folder",
-         {"project", "create", temp("none/New")},
+        {{"project", "create", temp("none/New")},
          "Cannot create " + temp("none/New") + ": the folder " + temp("none") + " does not exist\n"},
+        {{"project", "create", temp("Other"), "--from-ale", temp("none.ale")},
+         "Cannot create " + temp("Other") + ": ERROR while reading info from file " + temp("none.ale") +
+             "\n"},
+        {{"project", "create", "P"}, "Cannot create P: the working folder cannot be read\n", gone},
+        {{"project", "info", "P"}, "Cannot open P: the working folder cannot be read\n", gone},
+        {{"project", "info", temp("none")}, "Cannot open " + temp("none") + ": no project there\n"},
+        {{"project", "import", p, temp("notes.txt")},
+         "Cannot import " + temp("notes.txt") + ": no reader for its file suffix\n"},
+        {{"project", "copy", p, temp("missing")}, "Cannot save to " + temp("missing") + ": no such folder\n"},
+        {{"bin", "export", p, "nope", temp("o.ale")}, "Cannot export from " + p + ": no bin named nope\n"},
+        {{"bin", "export", p, "clips", temp("o.pdf")},
+         "Cannot write " + temp("o.pdf") + ": no writer for its file suffix\n"},
+        {{"bin", "export", temp("none"), "clips", temp("o.ale")},
+         "Cannot open " + temp("none") + ": no project there\n"},
+        {{"db", "show", p, "nope"}, "Cannot find nope in " + p + ": no database has that name"},
+        {{"db", "tool", p, "t", "group-by", "B"}, "Cannot run group-by on t: no column B"},
+        {{"db", "add", p, file("n.txt", "x")}, "Cannot load 1 of 1 files as databases"},
+        {{"db", "list", temp("none")}, "Cannot open " + temp("none") + ": no project there"},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        auto result = run(c.args);
+        SCOPED_TRACE(c.args[1] + " " + c.args[2]);
+        auto result = run(c.args, c.setup);
         EXPECT_EQ(result.exitCode, 1);
-        EXPECT_EQ(result.err, c.err);
+        EXPECT_TRUE(result.err.starts_with(c.err)) << result.err;
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
     }
-    EXPECT_EQ(snapshot(m_dir / "Taken"), before);
-    EXPECT_FALSE(fs::exists(m_dir / "New"));
-    EXPECT_FALSE(fs::exists(m_dir / "a;b"));
+    EXPECT_EQ(snapshot(taken), before);
+    for (const char* name : {"New", "a;b", "Other", "o.ale", "o.pdf"})
+        EXPECT_FALSE(fs::exists(m_dir / name)) << name;
+
+    // A damaged project file is named and left as it was.
+    const std::string text = readAll(fs::path(taken) / "tarelproject");
+    std::ofstream(fs::path(taken) / "tarelproject", std::ios::trunc) << text.substr(0, 9);
+    auto damaged = run({"project", "info", taken});
+    EXPECT_EQ(damaged.exitCode, 1);
+    EXPECT_EQ(std::count(damaged.err.begin(), damaged.err.end(), '\n'), 1) << damaged.err;
+    EXPECT_NE(damaged.err.find("is damaged"), std::string::npos) << damaged.err;
+    EXPECT_EQ(readAll(fs::path(taken) / "tarelproject"), text.substr(0, 9));
 }
 
-TEST_F(ProjectCommandTest, ImportAddsOneBinPerFileIntoTheGroupAndSaves) {
-    std::string project = create("P", {"--fps", "25", "--columns", "Name"});
-    addGroup(project, "Scenes", "11111111-2222-3333-4444-555555555555");
+TEST_F(ProjectCommandTest, ImportAddsOneBinPerFileIntoItsGroupAndExportsThem) {
+    const std::string project = create("P", {"--fps", "25", "--columns", "Name"});
+    // A group folder as a save writes one.
+    const std::string scenes = "Scenes - 11111111-2222-3333-4444-555555555555";
+    fs::create_directories(fs::path(project) / "_bins_" / scenes);
+    std::ofstream(fs::path(project) / "_bins_" / scenes / "lumbra_details")
+        << scenes.substr(9) << "\n0.0\n0.0\nNone\n";
     auto result =
         run({"project", "import", project, data("clips.ale"), data("clips.ale"), "--group", "Scenes"});
     EXPECT_EQ(result.exitCode, 0) << result.err;
-    EXPECT_EQ(result.err, "");
     // The sound of the file (48khz) differs from the project's (44.1khz) in both bins.
     EXPECT_NE(result.out.find("[WARNING] Metadata mismatch: 2 Bins Metadata Mismatch.\n"), std::string::npos);
     EXPECT_NE(result.out.find("[OK] Load OK: Successfully loaded 2 bins\n"), std::string::npos);
+    const fs::path group = fs::path(project) / "_bins_" / scenes;
+    const fs::path first = onlyFolder(group, "clips - ");
+    const fs::path second = onlyFolder(group, "clips_02 - ");
+    ASSERT_FALSE(first.empty() || second.empty());
+    EXPECT_NE(readAll(second / "clips_02.ale").find("AUDIO_FORMAT\t44.1khz\n"), std::string::npos);
+    EXPECT_NE(readAll(second / "clips_02.bin").find("originalmeta_audioformat\t48khz"), std::string::npos);
 
-    fs::path group = onlyFolder(fs::path(project) / "_bins_", "Scenes - ");
-    ASSERT_FALSE(group.empty());
-    fs::path first = onlyFolder(group, "clips - ");
-    fs::path second = onlyFolder(group, "clips_02 - ");
-    ASSERT_FALSE(first.empty());
-    ASSERT_FALSE(second.empty());
-    std::string ale = readAll(second / "clips_02.ale");
-    EXPECT_NE(ale.find("AUDIO_FORMAT\t44.1khz\n"), std::string::npos);
-    std::string binFile = readAll(second / "clips_02.bin");
-    EXPECT_NE(binFile.find("originalmeta_audioformat\t48khz"), std::string::npos) << binFile;
-
-    auto info = run({"project", "info", project});
-    std::string uuid = first.filename().string().substr(std::string("clips - ").size());
-    EXPECT_NE(info.out.find("Bins:\n  Scenes/\n    clips\t" + uuid +
-                            "\t2 rows\t7 columns\tunlocked\n    clips_02\t"),
-              std::string::npos)
-        << info.out;
-}
-
-TEST_F(ProjectCommandTest, ImportIntoAGroupNotYetThereMakesIt) {
-    std::string project = create("P");
-    auto result = run({"project", "import", project, data("clips.ale"), "--group", "Day 1"});
-    EXPECT_EQ(result.exitCode, 0) << result.err;
-    fs::path group = onlyFolder(fs::path(project) / "_bins_", "Day 1 - ");
-    ASSERT_FALSE(group.empty());
-    EXPECT_FALSE(onlyFolder(group, "clips - ").empty());
-
-    auto again = run({"project", "import", project, data("clips.ale"), "--group", "Day 1"});
-    EXPECT_EQ(again.exitCode, 0) << again.err;
-    EXPECT_FALSE(onlyFolder(group, "clips_02 - ").empty());
-    auto info = run({"project", "info", project});
-    EXPECT_NE(info.out.find("  Day 1/\n    clips\t"), std::string::npos) << info.out;
-
-    // Names are escaped in the listing, so that each bin stays one line of tab-separated fields.
+    // A group not yet there is made; the CSV flags answer the layout question for the tsv too; an EDL bin is
+    // named by its title. Missing files are refused one line each; the others are loaded and saved.
     fs::copy_file(data("clips.ale"), temp("a\tb\\c\nd.ale"));
     ASSERT_EQ(run({"project", "import", project, temp("a\tb\\c\nd.ale"), "--group", "Day\t2"}).exitCode, 0);
-    info = run({"project", "info", project});
-    EXPECT_NE(info.out.find("\n  Day\\t2/\n    a\\tb\\\\c\\nd\t"), std::string::npos) << info.out;
-}
-
-TEST_F(ProjectCommandTest, ImportFailuresExitOneAndKeepTheProject) {
-    std::string project = create("P");
-
-    auto unknown = run({"project", "import", project, temp("notes.txt")});
-    EXPECT_EQ(unknown.exitCode, 1);
-    EXPECT_EQ(unknown.err, "Cannot import " + temp("notes.txt") + ": no reader for its file suffix\n");
-    EXPECT_EQ(onlyFolder(fs::path(project) / "_bins_", "clips"), fs::path());
-
-    // A file that cannot be read does not stop the others, which are saved.
-    auto partly = run({"project", "import", project, temp("missing.ale"), data("clips.ale")});
-    EXPECT_EQ(partly.exitCode, 1);
-    EXPECT_EQ(partly.err, "Cannot read " + temp("missing.ale") + ": the file does not exist\n");
-    EXPECT_NE(partly.out.find("[KO] Operation not executed: ERROR while opening " + temp("missing.ale") +
+    result = run({"project", "import", project, file("day.csv", "Name;Tape\nA1;R1\nA2;R2\n"),
+                  file("sound.tsv", "Roll;Take\nS1;3\n"), temp("missing.ale"),
+                  file("day3.edl", "TITLE: Day 3\n001  A003C001 V     C        10:00:00:00 10:00:02:00 "
+                                   "01:00:00:00 01:00:02:00\n"),
+                  "--separator", "semicolon"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err, "Cannot read " + temp("missing.ale") + ": the file does not exist\n");
+    EXPECT_NE(result.out.find("[KO] Operation not executed: ERROR while opening " + temp("missing.ale") +
                               ": the file does not exist\n"),
               std::string::npos);
-    EXPECT_FALSE(onlyFolder(fs::path(project) / "_bins_", "clips - ").empty());
+    EXPECT_NE(result.out.find("[OK] Load OK: Successfully loaded 3 bins\n"), std::string::npos) << result.out;
 
-    auto none = run({"project", "info", temp("Nothing")});
-    EXPECT_EQ(none.exitCode, 1);
-    EXPECT_EQ(none.err, "Cannot open " + temp("Nothing") + ": no project there\n");
+    // Names are escaped in the listing, so that each bin stays one line of tab-separated fields; bins read
+    // back from their ALE files have the colour tag column.
+    const std::string info = run({"project", "info", project}).out;
+    const std::string uuid = first.filename().string().substr(8);
+    for (const std::string& part :
+         {"\n  Scenes/\n    clips\t" + uuid + "\t2 rows\t7 columns\tunlocked\n    clips_02\t",
+          std::string("\n  Day\\t2/\n    a\\tb\\\\c\\nd\t"), std::string("\t2 rows\t3 columns\tunlocked\n"),
+          std::string("\t1 row\t3 columns\tunlocked\n"), std::string("\n  Day 3\t")})
+        EXPECT_NE(info.find(part), std::string::npos) << part << "\n" << info;
+
+    // The bin carries the project's sound; the file's film format and tape stay, the project having none.
+    auto byName = run({"bin", "export", project, "clips", temp("out.ale"), "--columns", "Name,Scene"});
+    EXPECT_EQ(byName.exitCode, 0) << byName.err;
+    EXPECT_EQ(readAll(temp("out.ale")),
+              "Heading\nFIELD_DELIM\tTABS\nVIDEO_FORMAT\t1080\nFPS\t25\nAUDIO_FORMAT\t"
+              "44.1khz\nFILM_FORMAT\t35mm, 4 perf\nTAPE\tA001\n\nColumn\nName\tScene\n"
+              "\nData\nA001C001\t12\nA001C002\t12A\n");
+    auto byUuid = run({"bin", "export", project, uuid, temp("out.tsv"), "--columns=Scene,Name"});
+    EXPECT_EQ(byUuid.exitCode, 0) << byUuid.err;
+    EXPECT_EQ(readAll(temp("out.tsv")), "Scene\tName\n\n12\tA001C001\n12A\tA001C002");
 }
 
 TEST_F(ProjectCommandTest, AQuestionStopsWithStatusTwoUnlessAnswered) {
     // An earlier layout on disk makes the open ask before it changes anything.
+    file("Old/tarelproject", "Old\nfps\t25\ntlResolution\t1080\nsound\t48khz\nbaselayout\tName\n");
     fs::create_directories(m_dir / "Old" / "bins");
-    std::ofstream(m_dir / "Old" / "tarelproject")
-        << "Old\nfps\t25\ntlResolution\t1080\nsound\t48khz\nbaselayout\tName\n";
-    auto before = snapshot(m_dir / "Old");
-
+    const auto before = snapshot(m_dir / "Old");
     auto asked = run({"project", "save", temp("Old")});
     EXPECT_EQ(asked.exitCode, 2);
     EXPECT_TRUE(asked.err.starts_with(
         "Question: Legacy saving folders: Legacy saving folders/saving_system detected."))
         << asked.err;
     EXPECT_EQ(snapshot(m_dir / "Old"), before);
-
     auto refused = run({"project", "save", temp("Old"), "--no"});
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_EQ(refused.err, "Cannot open " + temp("Old") + ": updating its earlier layout was refused\n");
     EXPECT_EQ(snapshot(m_dir / "Old"), before);
-
     auto accepted = run({"project", "save", temp("Old"), "--yes"});
     EXPECT_EQ(accepted.exitCode, 0) << accepted.err;
     EXPECT_FALSE(fs::exists(m_dir / "Old" / "bins"));
     EXPECT_TRUE(fs::is_directory(m_dir / "Old" / "_bins_"));
-    EXPECT_NE(readAll(m_dir / "Old" / "tarelproject").find("\nfps\t25\n"), std::string::npos);
-}
-
-TEST_F(ProjectCommandTest, AValueThatCannotBeReadBackAndADamagedProjectFileAreRefused) {
-    auto quoted = run({"project", "create", temp("Q"), "--tape", "A\"B"});
-    EXPECT_EQ(quoted.exitCode, 2);
-    EXPECT_TRUE(quoted.err.find("the tape id holds a double quote") != std::string::npos) << quoted.err;
-    EXPECT_FALSE(fs::exists(m_dir / "Q"));
-
-    std::string project = create("P", {"--columns", "Name"});
-    std::string text = readAll(fs::path(project) / "tarelproject");
-    std::ofstream(fs::path(project) / "tarelproject", std::ios::trunc) << text.substr(0, 9);
-    auto damaged = run({"project", "info", project});
-    EXPECT_EQ(damaged.exitCode, 1);
-    EXPECT_EQ(std::count(damaged.err.begin(), damaged.err.end(), '\n'), 1) << damaged.err;
-    EXPECT_TRUE(damaged.err.find("is damaged") != std::string::npos) << damaged.err;
-    EXPECT_EQ(readAll(fs::path(project) / "tarelproject"), text.substr(0, 9));
 }
 
 TEST_F(ProjectCommandTest, CopyZipAndBackup) {
     std::string project = create("P", {"--columns", "Name"});
     ASSERT_EQ(run({"project", "import", project, data("clips.ale")}).exitCode, 0);
     fs::create_directories(m_dir / "dest");
-
     auto copy = run({"project", "copy", project, temp("dest")});
     EXPECT_EQ(copy.exitCode, 0) << copy.err;
     EXPECT_NE(copy.out.find("Successfully saved to " + temp("dest") + "/P\n"), std::string::npos) << copy.out;
-    auto again = run({"project", "copy", project, temp("dest")});
-    EXPECT_EQ(again.exitCode, 0);
+    EXPECT_EQ(run({"project", "copy", project, temp("dest")}).exitCode, 0);
     for (const char* name : {"P", "P_02"}) {
         SCOPED_TRACE(name);
         EXPECT_TRUE(readAll(m_dir / "dest" / name / "tarelproject").starts_with("P\n"));
         EXPECT_FALSE(onlyFolder(m_dir / "dest" / name / "_bins_", "clips - ").empty());
     }
-
-    auto zip = run({"project", "zip", project, temp("dest")});
-    EXPECT_EQ(zip.exitCode, 0) << zip.err;
+    EXPECT_EQ(run({"project", "zip", project, temp("dest")}).exitCode, 0);
     EXPECT_TRUE(readAll(m_dir / "dest" / "P.zip").starts_with("PK"));
+    EXPECT_EQ(run({"project", "backup", project}).exitCode, 0);
+    const fs::path archive = fs::directory_iterator(fs::path(project) / "backup")->path();
+    EXPECT_TRUE(archive.string().ends_with("-P.zip")) << archive;
 
-    auto backup = run({"project", "backup", project});
-    EXPECT_EQ(backup.exitCode, 0) << backup.err;
-    std::vector<std::string> archives;
-    for (const auto& entry : fs::directory_iterator(fs::path(project) / "backup"))
-        archives.push_back(entry.path().filename().string());
-    ASSERT_EQ(archives.size(), 1u);
-    EXPECT_TRUE(archives[0].ends_with("-P.zip")) << archives[0];
-
-    auto noDest = run({"project", "copy", project, temp("missing")});
-    EXPECT_EQ(noDest.exitCode, 1);
-    EXPECT_EQ(noDest.err, "Cannot save to " + temp("missing") + ": no such folder\n");
-
-    // A destination path of 4040 bytes takes the project file, not the bins' longer paths: the copy
-    // fails part-way, and what it had written goes.
+    // A destination path of 4040 bytes takes the project file, not the bins' longer paths: the copy fails
+    // part-way, and what it had written goes.
     fs::path deep = m_dir / "deep";
     while (deep.string().size() < 4040)
         deep /= std::string(std::min<std::size_t>(200, 4040 - deep.string().size() - 1), 'd');
@@ -276,13 +240,11 @@ TEST_F(ProjectCommandTest, ASaveThatFailsAtOpeningExitsOneAndChangesNothing) {
     fs::permissions(project, fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
                     fs::perm_options::remove);
     const auto before = snapshot(project);
-    const std::vector<std::vector<std::string>> commands{
-        {"project", "info", project},
-        {"project", "copy", project, temp("dest")},
-        {"project", "zip", project, temp("dest")},
-        {"bin", "export", project, "clips", temp("dest/clips.csv")},
-    };
-    for (const auto& args : commands) {
+    for (const std::vector<std::string>& args :
+         {std::vector<std::string>{"project", "info", project},
+          {"project", "copy", project, temp("dest")},
+          {"project", "zip", project, temp("dest")},
+          {"bin", "export", project, "clips", temp("dest/clips.csv")}}) {
         SCOPED_TRACE(args[1]);
         auto result = run(args, {.unprivileged = true, .memoryLimit = 0, .goneWorkingFolder = {}});
         EXPECT_EQ(result.exitCode, 1);
@@ -290,21 +252,6 @@ TEST_F(ProjectCommandTest, ASaveThatFailsAtOpeningExitsOneAndChangesNothing) {
     }
     EXPECT_TRUE(fs::is_empty(m_dir / "dest"));
     EXPECT_EQ(snapshot(project), before);
-}
-
-TEST_F(ProjectCommandTest, UsageErrorsExitTwo) {
-    const std::vector<std::vector<std::string>> cases{{"project"},
-                                                      {"project", "rename", temp("P")},
-                                                      {"project", "import", temp("P")},
-                                                      {"project", "copy", temp("P")},
-                                                      {"project", "info", temp("P"), "--fps", "25"},
-                                                      {"project", "save", temp("P"), "--yes", "--no"}};
-    for (const auto& args : cases) {
-        SCOPED_TRACE(args.back());
-        auto result = run(args);
-        EXPECT_EQ(result.exitCode, 2);
-        EXPECT_TRUE(result.err.starts_with("lumbra-cli project: ")) << result.err;
-    }
 }
 
 } // namespace

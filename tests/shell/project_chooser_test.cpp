@@ -7,6 +7,7 @@
 #include "project/project_creation.h"
 #include "project_chooser_window.h"
 #include "qt_user_defaults.h"
+#include "shell_test_support.h"
 
 #include <QAction>
 #include <QDir>
@@ -55,136 +56,77 @@ QStringList titlesOf(const QList<QToolButton*>& buttons) {
 
 } // namespace
 
-class ProjectChooserTest : public QObject {
+class ProjectChooserTest : public lumbra::shell::testing::ShellWalk {
     Q_OBJECT
 
 private slots:
-    void initTestCase() {
-        QVERIFY(m_settingsDir.isValid());
-        QCoreApplication::setOrganizationName(QStringLiteral("LumbraTests"));
-        QCoreApplication::setApplicationName(QStringLiteral("project_chooser_test"));
-        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_settingsDir.path());
-    }
+    void initTestCase() { initSettings("project_chooser_test"); }
 
-    void init() {
-        QSettings().clear();
-        m_projects = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_projects->isValid());
-        auto interaction = std::make_unique<ScriptedInteraction>();
-        m_interaction = interaction.get();
-        m_delegate = std::make_unique<AppDelegate>(std::move(interaction));
-    }
+    void init() { startApplication(); }
 
-    void cleanup() {
-        m_delegate.reset();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
+    void cleanup() { stopApplication(); }
 
-    void startShowsTheChooserWithItsControls() {
+    void chooserListsTheProjectsOfEachFolderAndStoresTheChosenOne() {
         QSettings().setValue(QStringLiteral("NSFullScreenMenuItemEverywhere"), true);
+        const QString root = m_folder->path();
+        for (const char* name : {"Delta", "Alpha", "Charlie", "Bravo", ".Hidden", "Outer/Nested"}) {
+            makeProject(root + QLatin1Char('/') + QString::fromLatin1(name));
+        }
+        makeProject(root + QStringLiteral("/No marker"), QStringLiteral("tarelproject.txt"));
+        makeProject(root + QStringLiteral("/server/Series"));
+        QSettings().setValue(QStringLiteral("localfolder"), root);
+        QSettings().setValue(QStringLiteral("sharedfolder"), root + QStringLiteral("/server"));
+        QSettings().setValue(QStringLiteral("externalfolder"), root + QStringLiteral("/unplugged"));
         m_delegate->start();
         ProjectChooserWindow* chooser = m_delegate->projectChooser();
-        QVERIFY(chooser != nullptr);
         QVERIFY(QTest::qWaitForWindowExposed(chooser));
         QCOMPARE(chooser->windowTitle(), QStringLiteral("Projects"));
         QCOMPARE(QSettings().value(QStringLiteral("NSFullScreenMenuItemEverywhere")).toBool(), false);
-        for (const char* name : {"localFolderButton", "sharedFolderButton", "externalFolderButton",
-                                 "pathButton", "newProjectButton"}) {
-            QVERIFY2(chooser->findChild<QPushButton*>(QString::fromLatin1(name)) != nullptr, name);
-        }
-        QVERIFY(chooser->findChild<QWidget*>(QStringLiteral("projectsTableView")) != nullptr);
-        QVERIFY(chooser->findChild<QPushButton*>(QStringLiteral("localFolderButton"))->isChecked());
-
-        QStringList menus;
-        for (const QAction* menu : chooser->menuBar()->actions()) {
-            menus.append(menu->text());
-        }
-        QCOMPARE(menus, (QStringList{QStringLiteral("&File"), QStringLiteral("&Help")}));
+        // The chooser's File menu does not offer to open itself: Quit alone.
         const QList<QAction*> fileActions = chooser->menuBar()->actions().first()->menu()->actions();
-        // The chooser does not offer to open itself.
         QCOMPARE(fileActions.size(), 1);
         QCOMPARE(fileActions.last()->shortcut(), QKeySequence(QStringLiteral("Ctrl+Q")));
         // A second start finds the chooser on screen and opens nothing more.
         m_delegate->lifecycle().showProjectChooserIfNoWindows(true);
         QCOMPARE(m_delegate->windowCount(), 1);
-    }
 
-    void gridListsExactlyTheValidProjectsInThreeColumns() {
-        const QString root = m_projects->path();
-        for (const char* name : {"Delta", "Alpha", "Charlie", "Bravo"}) {
-            makeProject(root + QLatin1Char('/') + QString::fromLatin1(name));
-        }
-        makeProject(root + QStringLiteral("/.Hidden"));
-        makeProject(root + QStringLiteral("/No marker"), QStringLiteral("tarelproject.txt"));
-        makeProject(root + QStringLiteral("/Outer/Nested"));
-        QSettings().setValue(QStringLiteral("localfolder"), root);
-        m_delegate->start();
-        ProjectChooserWindow* chooser = m_delegate->projectChooser();
-        QVERIFY(QTest::qWaitForWindowExposed(chooser));
-
+        // Only the folders holding the marker file, in order of name, three to a row.
         const QList<QToolButton*> buttons = chooser->projectButtons();
         QCOMPARE(titlesOf(buttons), (QStringList{QStringLiteral("Alpha"), QStringLiteral("Bravo"),
                                                  QStringLiteral("Charlie"), QStringLiteral("Delta")}));
         QCOMPARE(buttons[2]->toolTip(), QStringLiteral("Open project Charlie"));
-        QCOMPARE(buttons[0]->iconSize(), QSize(70, 70));
-        QVERIFY(!buttons[0]->icon().isNull());
-        QCOMPARE(buttons[1]->y(), buttons[0]->y());
         QCOMPARE(buttons[2]->y(), buttons[0]->y());
         QVERIFY(buttons[2]->x() > buttons[1]->x());
         QVERIFY(buttons[3]->y() > buttons[0]->y());
         QCOMPARE(buttons[3]->x(), buttons[0]->x());
-    }
 
-    void folderSegmentsSwitchFolderAndNewProjectFollowsTheFolder() {
-        const QString shared = m_projects->path() + QStringLiteral("/server");
-        makeProject(shared + QStringLiteral("/Series"));
-        QSettings().setValue(QStringLiteral("sharedfolder"), shared);
-        QSettings().setValue(QStringLiteral("externalfolder"),
-                             m_projects->path() + QStringLiteral("/unplugged"));
-        m_delegate->start();
-        ProjectChooserWindow* chooser = m_delegate->projectChooser();
-        QVERIFY(QTest::qWaitForWindowExposed(chooser));
-        auto* pathButton = chooser->findChild<QPushButton*>(QStringLiteral("pathButton"));
+        const auto click = [chooser](const char* name) {
+            QTest::mouseClick(chooser->findChild<QPushButton*>(QString::fromLatin1(name)), Qt::LeftButton);
+        };
         auto* newProject = chooser->findChild<QPushButton*>(QStringLiteral("newProjectButton"));
-
-        QTest::mouseClick(chooser->findChild<QPushButton*>(QStringLiteral("sharedFolderButton")),
-                          Qt::LeftButton);
+        click("sharedFolderButton");
         QCOMPARE(chooser->catalogue().currentFolderType(), 1);
-        QVERIFY(pathButton->toolTip().startsWith(shared + QLatin1Char('\n')));
         QCOMPARE(titlesOf(chooser->projectButtons()), QStringList{QStringLiteral("Series")});
-        QVERIFY(newProject->isEnabled());
-
-        QTest::mouseClick(chooser->findChild<QPushButton*>(QStringLiteral("externalFolderButton")),
-                          Qt::LeftButton);
-        QCOMPARE(chooser->catalogue().currentFolderType(), 2);
+        // An external folder that is not there: no projects, and none can be made there.
+        click("externalFolderButton");
         QVERIFY(chooser->projectButtons().isEmpty());
         QVERIFY(!newProject->isEnabled());
-
-        QTest::mouseClick(chooser->findChild<QPushButton*>(QStringLiteral("localFolderButton")),
-                          Qt::LeftButton);
-        QVERIFY(pathButton->toolTip().startsWith(QDir::homePath() + QLatin1Char('\n')));
-        QVERIFY(newProject->isEnabled());
-    }
-
-    void pathButtonStoresTheChosenFolderUnderTheCurrentType() {
-        const QString chosen = m_projects->path() + QStringLiteral("/drive");
-        makeProject(chosen + QStringLiteral("/Documentary"));
-        m_delegate->start();
-        ProjectChooserWindow* chooser = m_delegate->projectChooser();
-        QVERIFY(QTest::qWaitForWindowExposed(chooser));
-        QTest::mouseClick(chooser->findChild<QPushButton*>(QStringLiteral("externalFolderButton")),
-                          Qt::LeftButton);
-        m_interaction->queueFolder(std::filesystem::path(chosen.toStdString()));
-        QTest::mouseClick(chooser->findChild<QPushButton*>(QStringLiteral("pathButton")), Qt::LeftButton);
-        QCOMPARE(m_interaction->folderRequests().size(), 1u);
-        QCOMPARE(QSettings().value(QStringLiteral("externalfolder")).toString(), chosen);
-        QVERIFY(!QSettings().contains(QStringLiteral("localfolder")));
+        const QString drive = root + QStringLiteral("/drive");
+        makeProject(drive + QStringLiteral("/Documentary"));
+        m_interaction->queueFolder(std::filesystem::path(drive.toStdString()));
+        click("pathButton");
+        QCOMPARE(QSettings().value(QStringLiteral("externalfolder")).toString(), drive);
         QCOMPARE(titlesOf(chooser->projectButtons()), QStringList{QStringLiteral("Documentary")});
-
+        QVERIFY(newProject->isEnabled());
         // Cancelling the folder choice keeps what was stored.
         m_interaction->queueFolder(std::nullopt);
-        QTest::mouseClick(chooser->findChild<QPushButton*>(QStringLiteral("pathButton")), Qt::LeftButton);
-        QCOMPARE(QSettings().value(QStringLiteral("externalfolder")).toString(), chosen);
+        click("pathButton");
+        QCOMPARE(QSettings().value(QStringLiteral("externalfolder")).toString(), drive);
+        QCOMPARE(QSettings().value(QStringLiteral("localfolder")).toString(), root);
+        click("localFolderButton");
+        QVERIFY(chooser->findChild<QPushButton*>(QStringLiteral("pathButton"))
+                    ->toolTip()
+                    .startsWith(root + QLatin1Char('\n')));
     }
 
     void closingTheLastWindowLetsTheChooserComeBack() {
@@ -200,22 +142,6 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(m_delegate->projectChooser()));
     }
 
-    void quitWithAProjectOpenAsksAndCancelKeepsEverything() {
-        m_delegate->start();
-        FakeProjectWindow project;
-        project.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&project));
-        m_interaction->queueAlert(std::string("Cancel"));
-        QEvent quit(QEvent::Quit);
-        QCoreApplication::sendEvent(qApp, &quit);
-        QVERIFY(!quit.isAccepted());
-        QCOMPARE(m_interaction->alerts().size(), 1u);
-        QCOMPARE(m_interaction->alerts()[0].title, std::string("Save before you go?"));
-        QCOMPARE(project.saves, 0);
-        QVERIFY(project.isVisible());
-        QVERIFY(m_delegate->projectChooser()->isVisible());
-    }
-
     void quitFromTheMenuRunsTheRulesAndEndsTheLoop() {
         m_delegate->start();
         FakeProjectWindow project;
@@ -229,13 +155,14 @@ private slots:
         QTimer::singleShot(5000, qApp, [] { QCoreApplication::exit(7); });
         QCOMPARE(QCoreApplication::exec(), 0);
         QCOMPARE(m_interaction->alerts().size(), 2u);
+        QCOMPARE(m_interaction->alerts()[0].title, std::string("Save before you go?"));
         QCOMPARE(project.saves, 1);
         QVERIFY(m_delegate->lifecycle().terminating());
     }
 
     void openingProjectsInTurnFromTheChooserShowsEachTree() {
         // Two projects of twenty bins in four groups; each open replaces the trees the lists were built on.
-        const QString root = m_projects->path();
+        const QString root = m_folder->path();
         for (const char* name : {"Alpha", "Bravo"}) {
             lumbra::project::SharedStuff maker(m_interaction);
             lumbra::project::NewProjectSettings settings;
@@ -279,30 +206,6 @@ private slots:
             QVERIFY(!window);
         }
     }
-
-    void screenshot() {
-        const QString target = qEnvironmentVariable("LUMBRA_SCREENSHOT");
-        if (target.isEmpty()) {
-            QSKIP("set LUMBRA_SCREENSHOT to a PNG path to take one");
-        }
-        const QString root = m_projects->path();
-        for (const char* name : {"Feature Film", "Commercial 2026", "Documentary", "Music Video",
-                                 "Short with a rather long project name", "Series S01"}) {
-            makeProject(root + QLatin1Char('/') + QString::fromLatin1(name));
-        }
-        QSettings().setValue(QStringLiteral("localfolder"), root);
-        m_delegate->start();
-        ProjectChooserWindow* chooser = m_delegate->projectChooser();
-        QVERIFY(QTest::qWaitForWindowExposed(chooser));
-        QTest::qWait(200);
-        QVERIFY(chooser->grab().save(target));
-    }
-
-private:
-    QTemporaryDir m_settingsDir;
-    std::unique_ptr<QTemporaryDir> m_projects;
-    std::unique_ptr<AppDelegate> m_delegate;
-    ScriptedInteraction* m_interaction = nullptr;
 };
 
 QTEST_MAIN(ProjectChooserTest)

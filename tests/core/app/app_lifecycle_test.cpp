@@ -9,10 +9,12 @@
 namespace lumbra::app {
 namespace {
 
+using Names = std::vector<std::string>;
+
 // A project window that records its saves into a log shared by all fakes, to check the order.
 class FakeProject final : public ProjectWindow {
 public:
-    FakeProject(std::string name, bool saveSucceeds, std::vector<std::string>& saveLog)
+    FakeProject(std::string name, bool saveSucceeds, Names& saveLog)
         : m_name(std::move(name)), m_saveSucceeds(saveSucceeds), m_saveLog(saveLog) {}
     std::string projectName() const override { return m_name; }
     bool save() override {
@@ -28,46 +30,30 @@ public:
 private:
     std::string m_name;
     bool m_saveSucceeds;
-    std::vector<std::string>& m_saveLog;
+    Names& m_saveLog;
 };
 
-class FakeWindows final : public AppWindows {
-public:
+// The application's windows: `otherWindows` that are no project (the chooser), then the projects.
+struct FakeWindows final : AppWindows {
     int windowCount() const override { return otherWindows + static_cast<int>(projects.size()); }
     std::vector<ProjectWindow*> projectWindows() const override {
         std::vector<ProjectWindow*> windows;
-        for (const auto& project : projects) {
+        for (const auto& project : projects)
             windows.push_back(project.get());
-        }
         return windows;
     }
     void openProjectChooser() override { ++chooserOpened; }
+    void add(const std::string& name, bool saveSucceeds = true) {
+        projects.push_back(std::make_unique<FakeProject>(name, saveSucceeds, saveLog));
+    }
 
     int otherWindows = 0;
     std::vector<std::unique_ptr<FakeProject>> projects;
     int chooserOpened = 0;
+    Names saveLog;
 };
 
-const base::AlertRequest kSaveQuestion{"Save before you go?",
-                                       "Do you want to Save before closing the project?",
-                                       base::AlertStyle::Informational,
-                                       {"Save", "Don't save", "Cancel"},
-                                       false};
-
-class AppLifecycleTest : public ::testing::Test {
-protected:
-    void addProject(const std::string& name, bool saveSucceeds = true) {
-        windows.projects.push_back(std::make_unique<FakeProject>(name, saveSucceeds, saveLog));
-    }
-
-    base::ScriptedInteraction interaction;
-    FakeWindows windows;
-    std::vector<std::string> saveLog;
-    AppLifecycle lifecycle{interaction, windows};
-};
-
-TEST_F(AppLifecycleTest, QuitAnswers) {
-    using Names = std::vector<std::string>;
+TEST(AppLifecycle, QuitAnswers) {
     using enum TerminateReply;
     struct Case {
         const char* name;
@@ -91,103 +77,84 @@ TEST_F(AppLifecycleTest, QuitAnswers) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        base::ScriptedInteraction caseInteraction;
-        FakeWindows caseWindows;
-        caseWindows.otherWindows = 1; // the chooser is no project window
-        Names log;
+        base::ScriptedInteraction interaction;
+        FakeWindows windows;
+        windows.otherWindows = 1;
         for (const auto& name : c.projects)
-            caseWindows.projects.push_back(
-                std::make_unique<FakeProject>(name, !c.failing || name != c.failing, log));
-        for (const auto& project : caseWindows.projects)
+            windows.add(name, !c.failing || name != c.failing);
+        for (const auto& project : windows.projects)
             project->unsaved = c.unsaved;
         for (const auto& answer : c.answers)
-            caseInteraction.queueAlert(answer);
-        AppLifecycle caseLifecycle(caseInteraction, caseWindows);
-        EXPECT_EQ(caseLifecycle.applicationShouldTerminate(), c.reply);
-        EXPECT_EQ(caseLifecycle.terminating(), c.reply == Now);
-        EXPECT_EQ(log, c.saved);
-        EXPECT_EQ(caseWindows.chooserOpened, c.chooserOpened);
-        EXPECT_EQ(caseInteraction.unexpected(), 0);
-        const auto& alerts = caseInteraction.alerts();
+            interaction.queueAlert(answer);
+        AppLifecycle lifecycle(interaction, windows);
+        EXPECT_EQ(lifecycle.applicationShouldTerminate(), c.reply);
+        EXPECT_EQ(lifecycle.terminating(), c.reply == Now);
+        EXPECT_EQ(windows.saveLog, c.saved);
+        EXPECT_EQ(windows.chooserOpened, c.chooserOpened);
+        EXPECT_EQ(interaction.unexpected(), 0);
+        const auto& alerts = interaction.alerts();
         ASSERT_EQ(alerts.size(), c.answers.size());
         if (!alerts.empty()) {
-            EXPECT_EQ(alerts[0], kSaveQuestion);
+            EXPECT_EQ(alerts[0], (base::AlertRequest{"Save before you go?",
+                                                     "Do you want to Save before closing the project?",
+                                                     base::AlertStyle::Informational,
+                                                     {"Save", "Don't save", "Cancel"},
+                                                     false}));
         }
         if (c.failing) {
             EXPECT_EQ(alerts[1].title, "Error saving");
             EXPECT_EQ(alerts[1].text,
                       "An error while saving " + std::string(c.failing) + " prevented Lumbra from quitting.");
-            EXPECT_EQ(alerts[1].buttons, Names{"OK"});
         }
     }
 }
 
-TEST_F(AppLifecycleTest, QuitFromAProjectWindowAsksOnce) {
-    addProject("First");
+TEST(AppLifecycle, AQuitFromAProjectWindowAnswersThatQuitOnly) {
+    base::ScriptedInteraction interaction;
+    FakeWindows windows;
+    windows.add("First");
+    AppLifecycle lifecycle(interaction, windows);
     interaction.queueAlert("Save");
     ASSERT_TRUE(lifecycle.terminateFromProjectWindow(*windows.projects[0]));
     EXPECT_FALSE(lifecycle.terminating());
     EXPECT_EQ(lifecycle.applicationShouldTerminate(), TerminateReply::Now);
-    EXPECT_TRUE(lifecycle.terminating());
     EXPECT_EQ(interaction.alerts().size(), 1u);
-    EXPECT_EQ(saveLog, (std::vector<std::string>{"First"}));
-    // The answer covers that one quit only: the next quit asks again.
-    interaction.queueAlert("Cancel");
+    EXPECT_EQ(windows.saveLog, Names{"First"});
+    // The next quit asks again, and so does the one after a cancelled quit from the window.
+    for (int i = 0; i < 3; ++i)
+        interaction.queueAlert("Cancel");
     EXPECT_EQ(lifecycle.applicationShouldTerminate(), TerminateReply::Cancel);
-    EXPECT_EQ(interaction.alerts().size(), 2u);
-
-    // A cancelled quit from the window leaves the next quit asking too.
-    interaction.queueAlert("Cancel");
     EXPECT_FALSE(lifecycle.terminateFromProjectWindow(*windows.projects[0]));
-    interaction.queueAlert("Cancel");
     EXPECT_EQ(lifecycle.applicationShouldTerminate(), TerminateReply::Cancel);
     EXPECT_EQ(interaction.alerts().size(), 4u);
 }
 
-TEST_F(AppLifecycleTest, ChooserOpensOnlyForTheApplicationWithNoWindow) {
+TEST(AppLifecycle, ChooserOpensOnlyForTheApplicationWithNoWindowAndReopenAlwaysAnswers) {
     struct Case {
-        const char* name;
         bool senderIsApplication;
-        int otherWindows;
-        int projects;
+        int otherWindows, projects;
         bool opens;
     };
-    const Case cases[] = {
-        {"application, no window", true, 0, 0, true},
-        {"application, chooser open", true, 1, 0, false},
-        {"application, project open", true, 0, 1, false},
-        {"other sender, no window", false, 0, 0, false},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        FakeWindows caseWindows;
-        caseWindows.otherWindows = c.otherWindows;
-        std::vector<std::string> log;
-        for (int i = 0; i < c.projects; ++i) {
-            caseWindows.projects.push_back(std::make_unique<FakeProject>("P", true, log));
-        }
-        AppLifecycle caseLifecycle(interaction, caseWindows);
-        EXPECT_EQ(caseLifecycle.showProjectChooserIfNoWindows(c.senderIsApplication), c.opens);
-        EXPECT_EQ(caseWindows.chooserOpened, c.opens ? 1 : 0);
+    for (const Case& c : {Case{true, 0, 0, true}, Case{true, 1, 0, false}, Case{true, 0, 1, false},
+                          Case{false, 0, 0, false}}) {
+        SCOPED_TRACE(testing::Message() << c.senderIsApplication << c.otherWindows << c.projects);
+        base::ScriptedInteraction interaction;
+        FakeWindows windows;
+        windows.otherWindows = c.otherWindows;
+        for (int i = 0; i < c.projects; ++i)
+            windows.add("P");
+        AppLifecycle lifecycle(interaction, windows);
+        EXPECT_EQ(lifecycle.showProjectChooserIfNoWindows(c.senderIsApplication), c.opens);
+        // Reopen always answers, and opens the chooser too whenever no window stands.
+        EXPECT_TRUE(lifecycle.shouldHandleReopen());
+        EXPECT_EQ(windows.chooserOpened, (c.opens ? 2 : 0) + (c.senderIsApplication ? 0 : 1));
     }
 }
 
-TEST_F(AppLifecycleTest, ReopenAlwaysAnswersTrueAndOpensTheChooserOnlyWithNoWindow) {
-    EXPECT_TRUE(lifecycle.shouldHandleReopen());
-    EXPECT_EQ(windows.chooserOpened, 1);
-    windows.otherWindows = 1;
-    EXPECT_TRUE(lifecycle.shouldHandleReopen());
-    EXPECT_EQ(windows.chooserOpened, 1);
-}
-
-TEST_F(AppLifecycleTest, LaunchTurnsTheFullScreenMenuEntryOff) {
-    base::MemoryUserDefaults defaults;
-    defaults.setBool(kFullScreenMenuItemKey, true);
-    lifecycle.willFinishLaunching(defaults);
-    EXPECT_EQ(defaults.stringValue(kFullScreenMenuItemKey), "0");
-}
-
-TEST_F(AppLifecycleTest, ProbeRunsInTheBackgroundAndWindowsTakeItsResultWhenKey) {
+TEST(AppLifecycle, ProbeRunsInTheBackgroundAndWindowsTakeItsResultWhenKey) {
+    base::ScriptedInteraction interaction;
+    FakeWindows windows;
+    AppLifecycle lifecycle(interaction, windows);
     std::promise<void> release;
     std::shared_future<void> released = release.get_future().share();
     lifecycle.startPythonProbe([released] {
@@ -195,32 +162,30 @@ TEST_F(AppLifecycleTest, ProbeRunsInTheBackgroundAndWindowsTakeItsResultWhenKey)
         return PythonFlags{true, true};
     });
     // The start went on while the probe is blocked; an early reader sees false.
-    addProject("First");
+    windows.add("First");
     lifecycle.projectWindowBecameKey(*windows.projects[0]);
     EXPECT_EQ(windows.projects[0]->received, (PythonFlags{false, false}));
-
     release.set_value();
     lifecycle.waitForProbe();
-    EXPECT_TRUE(lifecycle.usePython());
     lifecycle.projectWindowBecameKey(*windows.projects[0]);
     EXPECT_EQ(windows.projects[0]->received, (PythonFlags{true, true}));
+
+    // This build's probe finds no Python.
+    AppLifecycle plain(interaction, windows);
+    plain.startPythonProbe(&AppLifecycle::probePython);
+    plain.waitForProbe();
+    EXPECT_EQ(plain.pythonFlags(), (PythonFlags{false, false}));
 }
 
-TEST_F(AppLifecycleTest, TheProbeOfThisBuildFindsNoPython) {
-    lifecycle.startPythonProbe(&AppLifecycle::probePython);
-    lifecycle.waitForProbe();
-    EXPECT_FALSE(lifecycle.usePython());
-    EXPECT_FALSE(lifecycle.installedOTIO());
-}
-
-TEST_F(AppLifecycleTest, AProbeThatOutlivesTheLifecycleIsHarmless) {
+TEST(AppLifecycle, AProbeThatOutlivesTheLifecycleIsHarmless) {
+    base::ScriptedInteraction interaction;
     std::promise<void> release;
     std::shared_future<void> released = release.get_future().share();
     std::promise<void> finished;
     std::future<void> probeEnded = finished.get_future();
     {
-        FakeWindows shortWindows;
-        AppLifecycle shortLived(interaction, shortWindows);
+        FakeWindows windows;
+        AppLifecycle shortLived(interaction, windows);
         shortLived.startPythonProbe([released, &finished] {
             released.wait();
             finished.set_value();

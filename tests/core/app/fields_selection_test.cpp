@@ -3,6 +3,7 @@
 #include "core/project/project_test_support.h"
 #include "project/shared_stuff.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace lumbra::app {
@@ -64,29 +65,19 @@ protected:
     project::TreeNode group;
 };
 
-TEST_F(PickerProject, FieldsSelectionSourcesFilterAndSelection) {
+// The chooser's walk is in the layout editor's shell test; these are the answers it does not reach.
+TEST_F(PickerProject, FieldsSelectionSourcesAndRefusals) {
     FieldsSelection selection;
     selection.setup(stuff);
     EXPECT_EQ(selection.popupTitles(), (Columns{"<All columns>", "Default", "Dailies"}));
-    for (const char* column : {"Camroll", "End", "Name", "Scene", "Take", "Tape"}) {
-        EXPECT_NE(std::find(selection.allColumns.begin(), selection.allColumns.end(), column),
-                  selection.allColumns.end())
-            << column;
-    }
-    EXPECT_EQ(selection.filteredColumns, selection.allColumns);
-
+    for (const char* column : {"Camroll", "End", "Name", "Scene", "Take", "Tape"})
+        EXPECT_NE(std::ranges::find(selection.allColumns, column), selection.allColumns.end()) << column;
     selection.setFilter("a");
     selection.selectLayout("Dailies");
-    EXPECT_EQ(selection.mode, ColumnsMode::layout);
     EXPECT_EQ(selection.filterText, "") << "choosing a source empties the filter";
-    EXPECT_EQ(selection.filteredColumns, dailies->columns);
     selection.setFilter("E");
     EXPECT_EQ(selection.filteredColumns, (Columns{"Name", "Scene", "Take"}));
-    selection.setFilter("sc");
-    EXPECT_EQ(selection.filteredColumns, (Columns{"Scene"}));
-
     selection.selectLayout("Default");
-    EXPECT_EQ(selection.filteredColumns, (Columns{"Name", "End"}));
     selection.selectLayout("No such layout");
     EXPECT_EQ(selection.filteredColumns, (Columns{"Name", "End"}));
     selection.selectLayout("<All columns>");
@@ -98,13 +89,10 @@ TEST_F(PickerProject, FieldsSelectionSourcesFilterAndSelection) {
     EXPECT_TRUE(selection.addCustomColumn(std::string("My \"col\"")));
     EXPECT_FALSE(selection.addCustomColumn(std::string()));
     EXPECT_FALSE(selection.addCustomColumn(std::nullopt));
-    EXPECT_TRUE(selection.addColumn("Name"));
-    EXPECT_EQ(selection.selectedColumns, (Columns{"Take", "My \"col\"", "Name"}));
-    EXPECT_EQ(selection.fieldsListLine(), R"(fetched FIELDSLIST: ["Take", "My \"col\"", "Name"])");
+    EXPECT_EQ(selection.fieldsListLine(), R"(fetched FIELDSLIST: ["Take", "My \"col\""])");
     EXPECT_TRUE(selection.removeColumn("Take"));
-    EXPECT_FALSE(selection.isSelected("Take"));
     EXPECT_FALSE(selection.removeColumn("Take"));
-    EXPECT_EQ(selection.selectedColumns, (Columns{"My \"col\"", "Name"}));
+    EXPECT_EQ(selection.selectedColumns, (Columns{"My \"col\""}));
 }
 
 std::vector<std::string> titles(const LayoutMixedTreeEntry& root) {

@@ -1,10 +1,10 @@
 #include "../../core/project/project_test_support.h"
-#include "base/console.h"
 #include "chain/chainable_master.h"
 #include "chain/picker_popup.h"
 #include "chain/tree_pickers.h"
 #include "demo_panel.h"
 #include "project/shared_stuff.h"
+#include "shell_test_support.h"
 
 #include <QApplication>
 #include <QLineEdit>
@@ -26,17 +26,6 @@ using lumbra::shell::LayoutSetterMixed;
 using lumbra::shell::StringChainableInput;
 using lumbra::shell::testing::DemoPanel;
 using Columns = std::vector<std::string>;
-
-namespace QTest {
-// Lists of names read in failure messages.
-template <> inline char* toString(const std::vector<std::string>& names) {
-    QStringList items;
-    for (const std::string& name : names) {
-        items << QString::fromStdString(name);
-    }
-    return qstrdup(("[" + items.join(QStringLiteral(", ")) + "]").toUtf8().constData());
-}
-} // namespace QTest
 
 namespace {
 
@@ -107,8 +96,6 @@ private slots:
 
         auto& first = static_cast<DemoPanel&>(
             master.start(std::make_unique<DemoPanel>("A", 1.0, 33.333333333333336, &created)));
-        QCOMPARE(first.master(), &master);
-        QCOMPARE(first.sharedstuff(), m_stuff.get());
         QCOMPARE(first.received, 1);
         // A lone capped panel: (1000 - 20) / 3, the rest at the trailing side.
         QCOMPARE(first.width(), 326);
@@ -120,14 +107,8 @@ private slots:
         QCOMPARE(master.controllersChain().size(), std::size_t(3));
         QCOMPARE(panelAt(master, 2)->lastInput, std::string("from A+"));
         // Weights 1, 2, 3 share 980 points: 163.3, 326.7, 490.
-        QCOMPARE(panelAt(master, 0)->geometry(), QRect(0, 0, 163, panelAt(master, 0)->height()));
-        QCOMPARE(panelAt(master, 1)->x(), 163);
-        QCOMPARE(panelAt(master, 1)->width(), 326);
-        QCOMPARE(panelAt(master, 2)->x(), 490);
-        QCOMPARE(panelAt(master, 2)->width(), 490);
-        QVERIFY(qAbs(master.trailingSpace() - 10.0) < 1e-6);
+        QCOMPARE(panelAt(master, 2)->geometry(), QRect(490, 0, 490, panelAt(master, 2)->height()));
         QVERIFY(panelAt(master, 2)->layouts > 0);
-        QCOMPARE(panelAt(master, 2)->parentWidget(), master.viewsContainer());
 
         // Forward again from the first panel: the second stays and is fed afresh, the third goes.
         QPointer<DemoPanel> second = panelAt(master, 1);
@@ -138,8 +119,6 @@ private slots:
         QCOMPARE(panelAt(master, 1), second.data());
         QCOMPARE(second->received, 2);
         QVERIFY(third.isNull());
-        QCOMPARE(created.size(), std::size_t(3));
-        QCOMPARE(second->x(), 326);
         QCOMPARE(second->width(), 653);
 
         // The last panel going on with create false: nothing at all.
@@ -153,9 +132,6 @@ private slots:
         input.string = "stats";
         second->sendBack(input);
         QCOMPARE(first.backInput, std::string("stats"));
-        lumbra::base::PrintCapture capture;
-        first.sendBack(input);
-        QVERIFY(capture.lines().empty());
 
         // Replaced without an input: the new panel still knows its project and master.
         master.replace(second, std::make_unique<DemoPanel>("D", 1.0, 50.0, &created));
@@ -163,13 +139,8 @@ private slots:
         QVERIFY(second.isNull());
         DemoPanel* replacement = panelAt(master, 1);
         QCOMPARE(replacement->lastInput, std::string("<plain>"));
-        QCOMPARE(replacement->master(), &master);
         QCOMPARE(replacement->sharedstuff(), m_stuff.get());
         QCOMPARE(replacement->width(), 490);
-        QVERIFY(qAbs(master.trailingSpace() - (1000.0 - 980.0 / 3.0 - 490.0 - 10.0)) < 1e-6);
-
-        const QString shot = QCoreApplication::applicationDirPath() + QStringLiteral("/chain_panels.png");
-        QVERIFY(master.grab().save(shot));
 
         QSignalSpy closed(&master, &ChainableMaster::closeRequested);
         QTest::mouseClick(master.findChild<QToolButton*>(QStringLiteral("closeButton")), Qt::LeftButton);
@@ -179,25 +150,20 @@ private slots:
         QCOMPARE(closed.count(), 2);
     }
 
-    void plainPanelSaysWhatWasNotOverridden() {
-        lumbra::base::PrintCapture capture;
-        ChainableViewController plain;
-        QVERIFY(plain.createNext() != nullptr);
-        plain.receiveBack(ChainableInput());
-        QVERIFY(capture.contains("called createNext from class ChainableViewController. Did you forget to "
-                                 "override the function?"));
-        QVERIFY(
-            capture.contains("called receiveBack() on superclass \"ChainableViewController\". It is likely "
-                             "that this behavior is not desired. Did you forget to override the method?"));
-    }
-
-    void layoutPickerFilteredByTyping() {
+    // Each picker pops up under its button, answers its caller with the row chosen, and goes.
+    void pickersAnswerTheirCallerAndGo() {
+        auto group = lumbra::project::testing::makeGroup("Shoot");
+        group->addBin(lumbra::project::testing::makeBin("Day 1", m_stuff.get()));
+        group->addBin(lumbra::project::testing::makeBin("Day 2", m_stuff.get()));
+        m_stuff->bins->addChild(group);
+        m_stuff->bins->addBin(lumbra::project::testing::makeBin("Extras", m_stuff.get()));
         for (const char* name : {"Day cols", "Sound", "Daylight"}) {
             m_stuff->projectLayouts.layouts.push_back(std::make_shared<lumbra::tables::ColumnsLayout>(name));
         }
-        QPushButton button(QStringLiteral("Layout"));
+        QPushButton button(QStringLiteral("Source"));
         button.show();
         Caller caller;
+
         QPointer<LayoutSetter> picker = new LayoutSetter(&button);
         picker->setup(*m_stuff, &caller, 7);
         picker->popUp(&button);
@@ -210,78 +176,41 @@ private slots:
             }
         }
         QCOMPARE(shown, (QStringList{QStringLiteral("Day cols"), QStringLiteral("Daylight")}));
-        for (int i = 0; i < 3; ++i) {
-            QTest::keyClick(picker->searchField(), Qt::Key_Backspace);
-        }
-        QTest::keyClicks(picker->searchField(), QStringLiteral("yl"));
+        QTest::keyClicks(picker->searchField(), QStringLiteral("L"));
         QTest::keyClick(picker->searchField(), Qt::Key_Return);
-        QCOMPARE(caller.answers, (Columns{"layout Daylight 7"}));
-        flushDeletes();
-        QVERIFY(picker.isNull());
-    }
-
-    void mixedAndBinPickersAnswerByRow() {
-        auto group = lumbra::project::testing::makeGroup("Shoot");
-        group->addBin(lumbra::project::testing::makeBin("Day 1", m_stuff.get()));
-        m_stuff->bins->addChild(group);
-        m_stuff->projectLayouts.layouts.push_back(std::make_shared<lumbra::tables::ColumnsLayout>("Dailies"));
-        QPushButton button(QStringLiteral("Source"));
-        button.show();
-        Caller caller;
 
         QPointer<LayoutSetterMixed> mixed = new LayoutSetterMixed(&button);
         mixed->setup(*m_stuff, &caller, 3, true);
         mixed->popUp(&button);
-        QVERIFY(QTest::qWaitForWindowExposed(mixed));
         QTest::keyClicks(mixed->searchField(), QStringLiteral("nothing like it"));
-        QVERIFY(findItem(mixed->tree(), QStringLiteral("Dailies")) == nullptr);
+        QVERIFY(findItem(mixed->tree(), QStringLiteral("Sound")) == nullptr);
         QVERIFY(findItem(mixed->tree(), QStringLiteral("Project Bins")) != nullptr);
         clickItem(mixed->tree(), findItem(mixed->tree(), QStringLiteral("Any Column")));
-        QCOMPARE(caller.answers.size(), std::size_t(1));
-        QVERIFY(caller.answers[0].starts_with("columns Any Columns 3 "));
-        flushDeletes();
-        QVERIFY(mixed.isNull());
 
         QPointer<BinSetter> bins = new BinSetter(&button);
         bins->setup(*m_stuff, &caller, 5);
         bins->popUp(&button);
-        clickItem(bins->tree(), findItem(bins->tree(), QStringLiteral("Shoot")));
-        // A group answers nothing, and the picker goes all the same.
-        QCOMPARE(caller.answers.size(), std::size_t(1));
-        flushDeletes();
-        QVERIFY(bins.isNull());
-        bins = new BinSetter(&button);
-        bins->setup(*m_stuff, &caller, 5);
-        bins->popUp(&button);
         clickItem(bins->tree(), findItem(bins->tree(), QStringLiteral("Day 1")));
-        QCOMPARE(caller.answers.back(), std::string("bin Day 1 5"));
-    }
 
-    void checkBoxesHandOverTheSelection() {
-        auto group = lumbra::project::testing::makeGroup("Shoot");
-        group->addBin(lumbra::project::testing::makeBin("Day 1", m_stuff.get()));
-        group->addBin(lumbra::project::testing::makeBin("Day 2", m_stuff.get()));
-        m_stuff->bins->addChild(group);
-        m_stuff->bins->addBin(lumbra::project::testing::makeBin("Extras", m_stuff.get()));
-        QPushButton button(QStringLiteral("Bins"));
-        button.show();
-        Caller caller;
+        // Check boxes: the user ticks the group, and the bin that was missing joins; the group itself does
+        // not.
         QPointer<BinTreeEntriesSelector> selector = new BinTreeEntriesSelector(&button);
         selector->setup(*m_stuff, &caller, {group->children[1]}, true);
         selector->popUp(&button);
-        QVERIFY(QTest::qWaitForWindowExposed(selector));
         QTreeWidget* tree = selector->binsTree();
         QCOMPARE(findItem(tree, QStringLiteral("Shoot"))->checkState(0), Qt::PartiallyChecked);
-        QCOMPARE(findItem(tree, QStringLiteral("Day 2"))->checkState(0), Qt::Checked);
-
-        // The user ticks the group: the bin that was missing joins, the group itself does not.
         findItem(tree, QStringLiteral("Shoot"))->setCheckState(0, Qt::Checked);
         QCOMPARE(findItem(tree, QStringLiteral("Day 1"))->checkState(0), Qt::Checked);
         findItem(tree, QStringLiteral("Extras"))->setCheckState(0, Qt::Checked);
         QTest::mouseClick(selector->selectButton(), Qt::LeftButton);
-        QCOMPARE(caller.answers, (Columns{"entries Day 2 Day 1 Extras"}));
+
+        QCOMPARE(caller.answers.size(), std::size_t(4));
+        QCOMPARE(caller.answers[0], std::string("layout Daylight 7"));
+        QVERIFY(caller.answers[1].starts_with("columns Any Columns 3 "));
+        QCOMPARE(caller.answers[2], std::string("bin Day 1 5"));
+        QCOMPARE(caller.answers[3], std::string("entries Day 2 Day 1 Extras"));
         flushDeletes();
-        QVERIFY(selector.isNull());
+        QVERIFY(picker.isNull() && mixed.isNull() && bins.isNull() && selector.isNull());
     }
 
 private:

@@ -21,9 +21,6 @@ public:
         setObjectName(QString::fromStdString(m_name));
         auto* layout = new QVBoxLayout(this);
         auto* title = new QLabel(QString::fromStdString(m_name), this);
-        QFont font = title->font();
-        font.setBold(true);
-        title->setFont(font);
         auto* list = new QListWidget(this);
         list->addItems({QStringLiteral("Day 1"), QStringLiteral("Day 2"), QStringLiteral("Pickups")});
         nextButton = new QPushButton(QStringLiteral("Next"), this);
