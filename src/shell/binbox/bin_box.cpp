@@ -269,7 +269,7 @@ void BinBox::setUpTable(TablePart& part, bool pinned) {
             [this, &part](int column) { headerOrder(part, column); });
     connect(part.header, &BoxHeader::fitRequested, this, [this, &part](int column) {
         fitColumn(part.model->columns()[static_cast<std::size_t>(column)].identifier, true, true);
-        refresh(false);
+        redraw(false);
     });
     connect(part.header, &BoxHeader::widthChosen, this,
             [this, &part](int column) { headerWidthChosen(part, column); });
@@ -280,6 +280,11 @@ void BinBox::setUpTable(TablePart& part, bool pinned) {
 }
 
 void BinBox::refresh(bool activate) {
+    m_contentWidths.clear();
+    redraw(activate);
+}
+
+void BinBox::redraw(bool activate) {
     if (!m_bin.selected())
         return;
     const bool free = !m_host.panelInFront();
@@ -290,7 +295,6 @@ void BinBox::refresh(bool activate) {
     const int pinnedX = m_pinned.view->horizontalScrollBar()->value();
 
     m_syncing = true;
-    m_contentWidths.clear();
     rebuildColumns();
     fitColumnsOnRefresh();
     updateFrames();
@@ -652,13 +656,14 @@ void BinBox::headerOrder(TablePart& part, int column) {
 void BinBox::orderByColumn(const std::string& column) {
     setActive(true);
     m_host.showNotification(app::orderByColumn(m_sharedstuff, m_bin, m_order, column));
-    refresh(false);
+    // A sort moves rows without changing a value: the counted widths still hold.
+    redraw(false);
 }
 
 void BinBox::headerWidthChosen(TablePart& part, int column) {
     const std::string& name = part.model->columns()[static_cast<std::size_t>(column)].identifier;
     app::storeColumnWidth(m_sharedstuff, m_bin, name, part.header->sectionSize(column) - cellMargins(part));
-    refresh(false);
+    redraw(false);
 }
 
 void BinBox::headerBlockMove(TablePart& part, const std::vector<int>& selected, int from, int to) {
@@ -678,7 +683,7 @@ void BinBox::headerBlockMove(TablePart& part, const std::vector<int>& selected, 
     } else if (!app::applyMainColumnsOrder(m_sharedstuff, m_bin, move->order)) {
         return;
     }
-    refresh(false);
+    redraw(false);
     const std::vector<int> moved(move->selected.begin(), move->selected.end());
     part.header->setSelectedColumns(moved);
     applyColumnSelection(part, moved);

@@ -96,6 +96,9 @@ private:
         std::map<std::string, int> widths;
     };
 
+    // The redraw of refresh, keeping the counted column widths: for the box's own commands that move rows
+    // or change columns but alter no value.
+    void redraw(bool activate);
     void buildViews();
     void setUpTable(TablePart& part, bool pinned);
     void rebuildColumns();
