@@ -1,9 +1,12 @@
-// A bin of 100,000 clips and 20 columns in a box, offscreen: first paint, scrolling to the end, one sort.
+// A bin of 100,000 clips and 20 columns in a box, offscreen: first paint, scrolling to the end, one sort,
+// one typed cell edit.
 #include "binbox/bin_box.h"
 #include "project/bin.h"
 #include "project/shared_stuff.h"
 
 #include <QApplication>
+#include <QKeyEvent>
+#include <QLineEdit>
 #include <QScrollBar>
 #include <QTableView>
 #include <benchmark/benchmark.h>
@@ -95,9 +98,46 @@ void BM_SortByColumn(benchmark::State& state) {
     }
 }
 
+void typeKey(QWidget* editor, Qt::Key key, const QString& text) {
+    QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, text);
+    QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier, text);
+    QApplication::sendEvent(editor, &press);
+    QApplication::sendEvent(editor, &release);
+}
+
+// A person's edit: the editor opens on a visible cell and takes a typed digit (untimed), then Return stores
+// the value, refits its column from the kept widths and the box repaints.
+void BM_EditOneCell(benchmark::State& state) {
+    BigBin& big = bigBin();
+    shell::BinBox box(*big.bin, big.sharedstuff, big.host);
+    box.resize(1200, 800);
+    box.show();
+    QApplication::processEvents();
+    QTableView* view = box.mainTable();
+    int round = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        const QModelIndex cell = view->model()->index(10 + round % 10, 3);
+        view->setCurrentIndex(cell);
+        view->edit(cell);
+        auto* editor = qobject_cast<QLineEdit*>(view->indexWidget(cell));
+        editor->selectAll();
+        const QString digit = QString::number(round++ % 10);
+        typeKey(editor, Qt::Key(Qt::Key_0 + digit.toInt()), digit);
+        QApplication::processEvents();
+        state.ResumeTiming();
+        typeKey(editor, Qt::Key_Return, QStringLiteral("\r"));
+        QApplication::processEvents();
+        state.PauseTiming();
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        state.ResumeTiming();
+    }
+}
+
 BENCHMARK(BM_FirstPaint)->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(BM_ScrollToEnd)->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(BM_SortByColumn)->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(BM_EditOneCell)->Unit(benchmark::kMillisecond)->Iterations(50);
 
 } // namespace
 

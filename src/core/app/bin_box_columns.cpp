@@ -110,15 +110,34 @@ std::vector<ColumnSpec> columnSpecs(const std::vector<std::string>& names, bool 
     return specs;
 }
 
-double contentWidth(const tables::ALETable& table, const std::string& column) {
-    std::size_t widest = 0;
-    if (const auto key = tables::ColumnNames::find(column)) {
-        for (const tables::EntryPtr& row : table.data) {
-            if (const std::string* value = row->data().find(*key))
-                widest = std::max(widest, characterCount(*value));
+double ContentWidths::width(const tables::ALETable& table, const std::string& column) {
+    auto counted = m_columns.find(column);
+    if (counted == m_columns.end()) {
+        counted = m_columns.try_emplace(column).first;
+        if (const auto key = tables::ColumnNames::find(column)) {
+            for (const tables::EntryPtr& row : table.data) {
+                const std::string* value = row->data().find(*key);
+                if (const std::size_t characters = value ? characterCount(*value) : 0)
+                    ++counted->second[characters];
+            }
         }
     }
-    return static_cast<double>(widest) * fitPointsPerCharacter;
+    const auto& counts = counted->second;
+    return counts.empty() ? 0.0 : static_cast<double>(counts.rbegin()->first) * fitPointsPerCharacter;
+}
+
+void ContentWidths::replace(const std::string& column, std::string_view before, std::string_view after) {
+    const auto counted = m_columns.find(column);
+    if (counted == m_columns.end())
+        return;
+    auto& counts = counted->second;
+    if (const std::size_t characters = characterCount(before)) {
+        const auto held = counts.find(characters);
+        if (held != counts.end() && --held->second == 0)
+            counts.erase(held);
+    }
+    if (const std::size_t characters = characterCount(after))
+        ++counts[characters];
 }
 
 double fittedWidth(double current, double content, bool force) {

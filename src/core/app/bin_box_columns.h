@@ -4,10 +4,12 @@
 #include "tables/columns_layout.h"
 
 #include <cstddef>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace lumbra::project {
@@ -70,8 +72,21 @@ struct OrderMark {
                                                   const tables::ProjectLayouts& layouts,
                                                   const OrderMark& order);
 
-// The widest value of the column in characters, times 8.0 points; 0 for a column no row holds.
-[[nodiscard]] double contentWidth(const tables::ALETable& table, const std::string& column);
+// The widest value of each column in characters, times 8.0 points (0 for a column no row holds). A
+// column's rows are counted once, when first asked for; after that each edited cell updates the count,
+// so a fit after an edit reads no other row.
+class ContentWidths {
+public:
+    [[nodiscard]] double width(const tables::ALETable& table, const std::string& column);
+    // One cell went from `before` to `after`; a column not counted yet waits for its count.
+    void replace(const std::string& column, std::string_view before, std::string_view after);
+    // The rows changed in ways no single edit tells: every column is counted again when next asked for.
+    void clear() noexcept { m_columns.clear(); }
+
+private:
+    // By column: how many rows hold a value of each character count above zero.
+    std::unordered_map<std::string, std::map<std::size_t, std::size_t>> m_columns;
+};
 // With force the content width, else the larger of the two.
 [[nodiscard]] double fittedWidth(double current, double content, bool force);
 

@@ -83,6 +83,8 @@ CellEditResult editCell(project::SharedStuff& sharedstuff, project::Bin& bin, lo
         result.outcome = CellEditOutcome::dropped;
     } else {
         result.outcome = clearing ? CellEditOutcome::cleared : CellEditOutcome::stored;
+        result.oldValue = oldValue;
+        result.newValue = clearing ? std::string() : text;
     }
     result.binsToRefresh = openBinsShowing(*entry, bin);
     // An edit that changed nothing leaves the project as clean as it was.

@@ -33,6 +33,9 @@ enum class CellEditOutcome {
 struct CellEditResult {
     CellEditOutcome outcome = CellEditOutcome::unchanged;
     std::string restoreText;
+    // The cell's value before and after a store or a clearing, for the boxes that refit its column.
+    std::string oldValue;
+    std::string newValue;
     // The open bins whose boxes show the row: its own bin and those of the smart tables that list it.
     std::vector<project::Bin*> binsToRefresh;
 };

@@ -1,6 +1,5 @@
 #include "binbox/bin_box.h"
 
-#include "app/bin_box_edits.h"
 #include "binbox/bin_table_model.h"
 #include "binbox/box_header.h"
 #include "binbox/elided_label.h"
@@ -75,6 +74,8 @@ BinBox::BinBox(project::Bin& bin, project::SharedStuff& sharedstuff, BoxHost& ho
 BinBox::~BinBox() {
     // The views die after this object: what they tell while dying must not reach a half-gone box.
     for (TablePart* part : {&m_pinned, &m_main}) {
+        // An editor still open commits as it closes; the box is no longer there to store it.
+        part->model->onEdit = nullptr;
         part->view->selectionModel()->disconnect(this);
         part->view->verticalScrollBar()->disconnect(this);
         part->view->horizontalScrollBar()->disconnect(this);
@@ -268,7 +269,7 @@ void BinBox::setUpTable(TablePart& part, bool pinned) {
             [this, &part](int column) { headerOrder(part, column); });
     connect(part.header, &BoxHeader::fitRequested, this, [this, &part](int column) {
         fitColumn(part.model->columns()[static_cast<std::size_t>(column)].identifier, true, true);
-        refresh(false);
+        redraw(false);
     });
     connect(part.header, &BoxHeader::widthChosen, this,
             [this, &part](int column) { headerWidthChosen(part, column); });
@@ -279,6 +280,11 @@ void BinBox::setUpTable(TablePart& part, bool pinned) {
 }
 
 void BinBox::refresh(bool activate) {
+    m_contentWidths.clear();
+    redraw(activate);
+}
+
+void BinBox::redraw(bool activate) {
     if (!m_bin.selected())
         return;
     const bool free = !m_host.panelInFront();
@@ -343,14 +349,20 @@ int BinBox::cellMargins(const TablePart& part) const {
     return 2 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, part.view) + 1) + 4;
 }
 
-void BinBox::fitColumnsOnRefresh() {
+bool BinBox::fitsOnRefresh(const app::ColumnSpec& spec) const {
     const auto rule = m_sharedstuff.projectLayouts.columnsdefaultwidth;
-    if (rule != tables::ColumnsDefaultWidth::fittocontent && rule != tables::ColumnsDefaultWidth::asneeded)
-        return;
+    return !spec.isTag && !spec.storedWidth &&
+           (rule == tables::ColumnsDefaultWidth::fittocontent ||
+            rule == tables::ColumnsDefaultWidth::asneeded);
+}
+
+void BinBox::fitColumnsOnRefresh() {
+    const bool force =
+        m_sharedstuff.projectLayouts.columnsdefaultwidth == tables::ColumnsDefaultWidth::fittocontent;
     for (TablePart* part : {&m_pinned, &m_main}) {
         for (const app::ColumnSpec& spec : part->model->columns()) {
-            if (!spec.isTag && !spec.storedWidth)
-                fitColumn(spec.identifier, rule == tables::ColumnsDefaultWidth::fittocontent, false);
+            if (fitsOnRefresh(spec))
+                fitColumn(spec.identifier, force, false);
         }
     }
 }
@@ -361,7 +373,7 @@ void BinBox::fitColumn(const std::string& column, bool force, bool store) {
         return;
     const int index = part->model->columnOf(column);
     const int margins = cellMargins(*part);
-    const double content = app::contentWidth(*m_bin.table(), column);
+    const double content = m_contentWidths.width(*m_bin.table(), column);
     const int width =
         static_cast<int>(app::fittedWidth(part->header->sectionSize(index) - margins, content, force));
     part->header->resizeSection(index, width + margins);
@@ -441,14 +453,45 @@ bool BinBox::cellEdited(int row, const std::string& column, const std::string& t
     if (!m_acceptEdit)
         return false;
     const app::CellEditResult result = app::editCell(m_sharedstuff, m_bin, row, column, text);
-    for (project::Bin* other : result.binsToRefresh) {
-        if (other == &m_bin)
-            continue;
-        if (auto* box = dynamic_cast<BinBox*>(other->box()))
-            box->refresh(false);
+    if (result.outcome == app::CellEditOutcome::refused)
+        return false;
+    const bool changed =
+        result.outcome == app::CellEditOutcome::stored || result.outcome == app::CellEditOutcome::cleared;
+    if (changed) {
+        for (project::Bin* other : result.binsToRefresh) {
+            if (other == &m_bin)
+                continue;
+            if (auto* box = dynamic_cast<BinBox*>(other->box()))
+                box->showCellEdit(-1, column, result);
+        }
+        showCellEdit(row, column, result);
     }
-    refresh(true);
-    return result.outcome == app::CellEditOutcome::stored || result.outcome == app::CellEditOutcome::cleared;
+    setActive(false);
+    return changed;
+}
+
+void BinBox::showCellEdit(int row, const std::string& column, const app::CellEditResult& edit) {
+    const tables::ALETable* table = m_bin.table();
+    if (!m_bin.selected() || !table)
+        return;
+    if (static_cast<int>(table->data.size()) != m_main.model->rowCount()) {
+        refresh(false);
+        return;
+    }
+    m_contentWidths.replace(column, edit.oldValue, edit.newValue);
+    if (TablePart* part = partHolding(column)) {
+        const int index = part->model->columnOf(column);
+        // Only the edited column's content changed: the other columns keep the widths the rule gave them.
+        if (fitsOnRefresh(part->model->columns()[static_cast<std::size_t>(index)])) {
+            fitColumn(column,
+                      m_sharedstuff.projectLayouts.columnsdefaultwidth ==
+                          tables::ColumnsDefaultWidth::fittocontent,
+                      false);
+            updateFrames();
+        }
+        part->model->cellChanged(row, index);
+    }
+    updateStatusBar();
 }
 
 void BinBox::syncSelection(TablePart& from) {
@@ -613,13 +656,14 @@ void BinBox::headerOrder(TablePart& part, int column) {
 void BinBox::orderByColumn(const std::string& column) {
     setActive(true);
     m_host.showNotification(app::orderByColumn(m_sharedstuff, m_bin, m_order, column));
-    refresh(false);
+    // A sort moves rows without changing a value: the counted widths still hold.
+    redraw(false);
 }
 
 void BinBox::headerWidthChosen(TablePart& part, int column) {
     const std::string& name = part.model->columns()[static_cast<std::size_t>(column)].identifier;
     app::storeColumnWidth(m_sharedstuff, m_bin, name, part.header->sectionSize(column) - cellMargins(part));
-    refresh(false);
+    redraw(false);
 }
 
 void BinBox::headerBlockMove(TablePart& part, const std::vector<int>& selected, int from, int to) {
@@ -639,7 +683,7 @@ void BinBox::headerBlockMove(TablePart& part, const std::vector<int>& selected, 
     } else if (!app::applyMainColumnsOrder(m_sharedstuff, m_bin, move->order)) {
         return;
     }
-    refresh(false);
+    redraw(false);
     const std::vector<int> moved(move->selected.begin(), move->selected.end());
     part.header->setSelectedColumns(moved);
     applyColumnSelection(part, moved);
@@ -670,6 +714,12 @@ bool BinBox::eventFilter(QObject* watched, QEvent* event) {
 void BinBox::mousePressEvent(QMouseEvent* event) {
     setActive(true);
     QWidget::mousePressEvent(event);
+}
+
+void BinBox::hideEvent(QHideEvent* event) {
+    // A closed bin's rows may change through other boxes without this one hearing of it.
+    m_contentWidths.clear();
+    QWidget::hideEvent(event);
 }
 
 } // namespace lumbra::shell

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/bin_box_columns.h"
+#include "app/bin_box_edits.h"
 #include "app/bin_box_search.h"
 #include "binbox/box_host.h"
 #include "project/bins_host.h"
@@ -82,6 +83,7 @@ public:
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private:
     // One of the two tables with what the box keeps about it.
@@ -94,6 +96,9 @@ private:
         std::map<std::string, int> widths;
     };
 
+    // The redraw of refresh, keeping the counted column widths: for the box's own commands that move rows
+    // or change columns but alter no value.
+    void redraw(bool activate);
     void buildViews();
     void setUpTable(TablePart& part, bool pinned);
     void rebuildColumns();
@@ -110,6 +115,11 @@ private:
     [[nodiscard]] TablePart* partHolding(const std::string& column);
 
     bool cellEdited(int row, const std::string& column, const std::string& text);
+    // What one stored or cleared cell changes on screen: the cell (the column when `row` is -1), the
+    // column's width when the width rule fits columns, the status line. A box whose row count no longer
+    // matches its bin's (a smart bin the row entered) redraws whole.
+    void showCellEdit(int row, const std::string& column, const app::CellEditResult& edit);
+    [[nodiscard]] bool fitsOnRefresh(const app::ColumnSpec& spec) const;
     void syncSelection(TablePart& from);
     void selectRowsAlone(int row);
     void selectColumnAlone(TablePart& part, int column);
@@ -139,6 +149,7 @@ private:
     app::OrderMark m_order;
     app::BinSearchState m_search;
     app::ColumnSplit m_split;
+    app::ContentWidths m_contentWidths;
     std::optional<QPoint> m_lastScroll;
     TablePart* m_activeTable = nullptr;
 

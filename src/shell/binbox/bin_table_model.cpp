@@ -61,6 +61,13 @@ void BinTableModel::setColumns(std::vector<app::ColumnSpec> specs) {
     }
 }
 
+void BinTableModel::cellChanged(int row, int column) {
+    if (column < 0 || column >= columnCount() || row >= m_rows || m_rows == 0)
+        return;
+    const QModelIndex first = index(row >= 0 ? row : 0, column);
+    emit dataChanged(first, row >= 0 ? first : index(m_rows - 1, column));
+}
+
 int BinTableModel::columnOf(const std::string& identifier) const {
     for (std::size_t i = 0; i < m_specs.size(); ++i) {
         if (m_specs[i].identifier == identifier)

@@ -26,6 +26,9 @@ public:
     // and selections survive a refresh.
     void setColumns(std::vector<app::ColumnSpec> specs);
     [[nodiscard]] const std::vector<app::ColumnSpec>& columns() const noexcept { return m_specs; }
+    // One cell's value changed: only that cell repaints. A row of -1 stands for a row whose place in this
+    // table is not known: the column repaints, still without a row being read.
+    void cellChanged(int row, int column);
     // The place of a column by its exact name, or -1.
     [[nodiscard]] int columnOf(const std::string& identifier) const;
 

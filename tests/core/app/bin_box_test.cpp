@@ -94,10 +94,16 @@ TEST(BinBoxColumns, WidthRuleForColumnsWithoutStoredWidth) {
 
 TEST(BinBoxColumns, FittingCountsCharactersTimesEight) {
     BoxFixture f;
-    EXPECT_DOUBLE_EQ(contentWidth(*f.bin->table(), "Comments"), 9 * 8.0);
-    EXPECT_DOUBLE_EQ(contentWidth(*f.bin->table(), "Nowhere"), 0.0);
+    ContentWidths widths;
+    EXPECT_DOUBLE_EQ(widths.width(*f.bin->table(), "Comments"), 9 * 8.0);
+    EXPECT_DOUBLE_EQ(widths.width(*f.bin->table(), "Nowhere"), 0.0);
     f.bin->table()->data[0]->setData(RowData{{"Name", "Ça été"}});
-    EXPECT_DOUBLE_EQ(contentWidth(*f.bin->table(), "Name"), 6 * 8.0);
+    EXPECT_DOUBLE_EQ(widths.width(*f.bin->table(), "Name"), 6 * 8.0);
+    // Edits keep a counted column exact without reading its rows again: the widest value may shrink.
+    widths.replace("Comments", "nice take", "ok");
+    EXPECT_DOUBLE_EQ(widths.width(*f.bin->table(), "Comments"), 8 * 8.0); // "Take two"
+    widths.replace("Comments", "", "a much longer comment");
+    EXPECT_DOUBLE_EQ(widths.width(*f.bin->table(), "Comments"), 21 * 8.0);
 
     EXPECT_DOUBLE_EQ(fittedWidth(100.0, 40.0, true), 40.0);
     EXPECT_DOUBLE_EQ(fittedWidth(100.0, 40.0, false), 100.0);

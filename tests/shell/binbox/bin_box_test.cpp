@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QScrollBar>
+#include <QSignalSpy>
 #include <QTableView>
 #include <QTest>
 #include <QToolButton>
@@ -178,9 +179,26 @@ void BinBoxTest::headerClicksOrderAndMarkTheDirection() {
 void BinBoxTest::typedEditsStoreClearOrAreDropped() {
     Project p;
     QTableView* view = p.box().mainTable();
+    QSignalSpy changed(view->model(), &QAbstractItemModel::dataChanged);
+    QSignalSpy reset(view->model(), &QAbstractItemModel::modelReset);
+    QSignalSpy relaid(view->model(), &QAbstractItemModel::layoutChanged);
     typeIntoCell(view, 0, 2, QStringLiteral("T9"));
     QCOMPARE(p.value(0, "Tape"), std::string("T9"));
     QCOMPARE(view->model()->index(0, 2).data().toString(), QStringLiteral("T9"));
+    // The edit repaints its one cell: no reset and no signal over other cells, however large the bin.
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(changed[0][0].toModelIndex(), view->model()->index(0, 2));
+    QCOMPARE(changed[0][1].toModelIndex(), view->model()->index(0, 2));
+    QCOMPARE(reset.size() + relaid.size(), 0);
+
+    // Fitted to content, a column follows its widest value both ways.
+    p.sharedstuff.projectLayouts.columnsdefaultwidth = tables::ColumnsDefaultWidth::fittocontent;
+    p.box().refresh(false);
+    const int fitted = view->horizontalHeader()->sectionSize(3);
+    typeIntoCell(view, 1, 3, QStringLiteral("a much longer comment"));
+    QCOMPARE(view->horizontalHeader()->sectionSize(3), fitted + (21 - 9) * 8);
+    typeIntoCell(view, 1, 3, QStringLiteral("___"));
+    QCOMPARE(view->horizontalHeader()->sectionSize(3), fitted);
 
     typeIntoCell(view, 0, 3, QStringLiteral("___"));
     QVERIFY(!p.bin().table()->data[0]->data().contains("Comments"));
@@ -195,6 +213,11 @@ void BinBoxTest::typedEditsStoreClearOrAreDropped() {
     typeIntoCell(view, 1, 2, QStringLiteral("T7"));
     QCOMPARE(p.value(1, "Tape"), std::string("T1"));
     QCOMPARE(view->model()->index(1, 2).data().toString(), QStringLiteral("T1"));
+
+    // An editor still open when the project goes commits into no half-gone box.
+    p.box().activateWindow();
+    view->edit(view->model()->index(2, 2));
+    QTest::keyClicks(view->viewport()->findChild<QLineEdit*>(), QStringLiteral("x"));
 }
 
 void BinBoxTest::searchSelectsTheHitAndNeverEditsIt() {
