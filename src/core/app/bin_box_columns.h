@@ -87,6 +87,7 @@ private:
     // By column: how many rows hold a value of each character count above zero.
     std::unordered_map<std::string, std::map<std::size_t, std::size_t>> m_columns;
 };
+
 // With force the content width, else the larger of the two.
 [[nodiscard]] double fittedWidth(double current, double content, bool force);
 
