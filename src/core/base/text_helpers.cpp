@@ -147,6 +147,11 @@ std::string uppercased(std::string_view text) {
     return mapCase(text, true);
 }
 
+std::size_t characterCount(std::string_view text) noexcept {
+    return static_cast<std::size_t>(std::count_if(
+        text.begin(), text.end(), [](char c) { return !U8_IS_TRAIL(static_cast<unsigned char>(c)); }));
+}
+
 std::string dropLastCharacters(std::string_view text, std::size_t n) {
     std::size_t end = text.size();
     for (std::size_t dropped = 0; dropped < n; ++dropped) {
