@@ -14,11 +14,6 @@ namespace {
 
 using tables::ColumnsDefaultWidth;
 
-std::size_t characterCount(std::string_view text) {
-    return static_cast<std::size_t>(std::count_if(
-        text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
-}
-
 ColumnSizing sizingByRule(ColumnsDefaultWidth rule, bool pinned) {
     switch (rule) {
     case ColumnsDefaultWidth::fittoheader:
@@ -117,7 +112,7 @@ double ContentWidths::width(const tables::ALETable& table, const std::string& co
         if (const auto key = tables::ColumnNames::find(column)) {
             for (const tables::EntryPtr& row : table.data) {
                 const std::string* value = row->data().find(*key);
-                if (const std::size_t characters = value ? characterCount(*value) : 0)
+                if (const std::size_t characters = value ? base::characterCount(*value) : 0)
                     ++counted->second[characters];
             }
         }
@@ -131,12 +126,12 @@ void ContentWidths::replace(const std::string& column, std::string_view before, 
     if (counted == m_columns.end())
         return;
     auto& counts = counted->second;
-    if (const std::size_t characters = characterCount(before)) {
+    if (const std::size_t characters = base::characterCount(before)) {
         const auto held = counts.find(characters);
         if (held != counts.end() && --held->second == 0)
             counts.erase(held);
     }
-    if (const std::size_t characters = characterCount(after))
+    if (const std::size_t characters = base::characterCount(after))
         ++counts[characters];
 }
 

@@ -46,19 +46,11 @@ std::vector<std::string> subfolders(const std::string& folder) {
 // A folder that a bin's save began and did not finish: it holds the bin's .bin file or part of its
 // table, but no table. Shown as a group it would look like an empty group named after the bin.
 bool isBrokenBinFolder(const std::string& url) {
-    std::error_code ec;
-    fs::directory_iterator it(url, ec);
-    if (ec)
-        return false;
-    for (const auto& entry : it) {
-        std::string name = entry.path().filename().string();
-        if (base::hasSuffix(name, ".bin") && !base::hasSuffix(name, ".smartbin"))
-            return true;
+    return base::holdsEntry(url, [](const std::string& name) {
         auto temp = base::parseTemporaryFileName(name);
-        if (temp && base::hasSuffix(temp->target, ".ale"))
-            return true;
-    }
-    return false;
+        return (base::hasSuffix(name, ".bin") && !base::hasSuffix(name, ".smartbin")) ||
+               (temp && base::hasSuffix(temp->target, ".ale"));
+    });
 }
 
 // The uuid that a folder's name carries, for a folder whose details a kill kept from being written.
@@ -91,16 +83,9 @@ BinsTreeLoader::BinsTreeLoader(std::string baseUrl) : m_baseUrl(std::move(baseUr
 }
 
 bool BinsTreeLoader::isBinFolder(const std::string& url) {
-    std::error_code ec;
-    fs::directory_iterator it(url, ec);
-    if (ec)
-        return false;
-    for (const auto& entry : it) {
-        std::string name = entry.path().filename().string();
-        if (base::hasSuffix(name, ".ale") || base::hasSuffix(name, ".smartbin"))
-            return true;
-    }
-    return false;
+    return base::holdsEntry(url, [](const std::string& name) {
+        return base::hasSuffix(name, ".ale") || base::hasSuffix(name, ".smartbin");
+    });
 }
 
 TreeNode BinsTreeLoader::loadEntry(const std::string& url, BinsHost* sharedstuff,

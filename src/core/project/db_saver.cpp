@@ -19,18 +19,7 @@ using base::printLine;
 using tables::CSVTable;
 using tables::DBTable;
 
-namespace {
-
-bool holdsCsvFile(const fs::path& folder) {
-    std::error_code error;
-    for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
-        if (base::hasSuffix(it->path().filename().string(), ".csv"))
-            return true;
-    }
-    return false;
-}
-
-} // namespace
+namespace {} // namespace
 
 DBSaver::DBSaver(std::string baseUrl, project::SharedStuff& sharedstuff)
     : m_baseUrl(std::move(baseUrl)), m_sharedstuff(sharedstuff) {
@@ -155,7 +144,8 @@ DBLoader::loadAll(base::Notifications* notifications) const {
     std::sort(folders.begin(), folders.end());
     std::vector<std::shared_ptr<DBTable>> tables;
     for (const auto& folder : folders) {
-        if (!holdsCsvFile(folder))
+        if (!base::holdsEntry(folder.string(),
+                              [](const std::string& name) { return base::hasSuffix(name, ".csv"); }))
             continue;
         auto table = std::make_shared<CSVTable>(project::nameOfFolder(folder.string()));
         if (table->load(folder.string(), notifications)) {

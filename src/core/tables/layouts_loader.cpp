@@ -32,15 +32,8 @@ std::optional<std::string> unusableLayoutName(std::string_view name) {
 }
 
 bool LayoutsLoader::isLayoutFolder(const std::string& url) {
-    std::error_code ec;
-    fs::directory_iterator it(url, ec);
-    if (ec)
-        return false;
-    for (const auto& entry : it) {
-        if (base::hasSuffix(entry.path().filename().string(), ColumnsLayout::fileSuffix))
-            return true;
-    }
-    return false;
+    return base::holdsEntry(
+        url, [](const std::string& name) { return base::hasSuffix(name, ColumnsLayout::fileSuffix); });
 }
 
 std::shared_ptr<ColumnsLayout> LayoutsLoader::loadLayout(const std::string& url,

@@ -27,11 +27,12 @@ public:
     }
     virtual ~ListSorter() = default;
 
-    [[nodiscard]] int compareAt(std::size_t i, std::size_t j) const {
-        return compareItems(m_idxs[i], m_idxs[j]);
-    }
     void sort() {
-        mergeSort(m_idxs, [this](long a, long b) { return compareItems(a, b); });
+        mergeSort(m_idxs, [this](long a, long b) {
+            return firstOf(
+                compareValues(m_data[static_cast<std::size_t>(a)], m_data[static_cast<std::size_t>(b)]),
+                m_ascending);
+        });
     }
 
     [[nodiscard]] std::vector<T> sortedList() const {
@@ -50,12 +51,6 @@ private:
     std::vector<T> m_data;
     bool m_ascending;
     std::vector<long> m_idxs;
-
-    [[nodiscard]] int compareItems(long a, long b) const {
-        return firstOf(
-            compareValues(m_data[static_cast<std::size_t>(a)], m_data[static_cast<std::size_t>(b)]),
-            m_ascending);
-    }
 };
 
 // A list sorter for text that ignores case unless told otherwise.
