@@ -211,8 +211,9 @@ TEST(EDLParser, FilesReadThroughTheTextReader) {
 
 TEST(EDLParser, TheClipTableTakesNameColumnsAndRows) {
     auto expected = parseEDLFile(kData + "reel1_transitions.edl");
-    auto clips = readEDLAsALETable(kData + "reel1_transitions.edl", nullptr);
-    ASSERT_TRUE(expected && clips);
+    auto read = readEDLAsALETable(kData + "reel1_transitions.edl", nullptr);
+    ASSERT_TRUE(expected && !read.failure);
+    const auto& clips = read.table;
     EXPECT_TRUE(clips->state);
     EXPECT_EQ(clips->tablename, "REEL_1 CONFORM v2");
     EXPECT_EQ(clips->cols, expected->cols);
@@ -233,9 +234,9 @@ TEST(EDLParser, AnUnreadableFileGivesNoTable) {
     ASSERT_EQ(notifications.size(), 1u);
     EXPECT_EQ(notifications[0].title, "Reading error");
 
-    auto clips = readEDLAsALETable(missing, nullptr);
-    ASSERT_TRUE(clips);
-    EXPECT_FALSE(clips->state);
+    auto read = readEDLAsALETable(missing, nullptr);
+    EXPECT_EQ(read.failure, (ReadFailure{missing, "the file cannot be read", {}}));
+    EXPECT_FALSE(read.table->state);
 }
 
 } // namespace

@@ -148,7 +148,7 @@ TEST(MHLParser, FilesWithCarriageReturnsReadTheSame) {
     base::PrintCapture capture;
     EXPECT_FALSE(parseMHLFile(missing));
     EXPECT_TRUE(capture.contains("ERROR WHILE READING FROM " + missing));
-    EXPECT_FALSE(readMHLAsALETable(missing, nullptr)->state);
+    EXPECT_TRUE(readMHLAsALETable(missing, nullptr).failure);
 }
 
 TEST(MHLParser, PrintsColumnsThenRowsTabSeparated) {

@@ -108,8 +108,7 @@ TEST_F(BinImportTest, CapOpensTheFirstBinsAndBadFilesDoNotStopTheBatch) {
     EXPECT_TRUE(result.bins[0]->selected());
     EXPECT_TRUE(result.bins[1]->selected());
     EXPECT_FALSE(result.bins[2]->selected());
-    EXPECT_EQ(result.failedPaths, std::vector<std::string>{bad});
-    EXPECT_EQ(result.failureReasons, std::vector<std::string>{"the file does not exist"});
+    EXPECT_EQ(result.failures, (std::vector<import::ReadFailure>{{bad, "the file does not exist", {}}}));
     EXPECT_EQ(m_project.bins->toarray.size(), 3u);
     ASSERT_FALSE(result.notifications.empty());
     EXPECT_EQ(result.notifications.back(),
