@@ -169,6 +169,11 @@ void BM_OpenProject(benchmark::State& state) {
         if (lumbra::project::openProject(*project) != lumbra::project::OpenResult::opened)
             state.SkipWithError("the project did not open");
         state.PauseTiming();
+        std::size_t clips = 0;
+        for (const Bin* bin : project->allBins())
+            clips += bin->table() ? bin->table()->data.size() : 0;
+        if (clips != std::size_t(groupCount) * binsPerGroup * clipsPerBin)
+            state.SkipWithError("the project opened without all its clips");
         project.reset();
         state.ResumeTiming();
     }
