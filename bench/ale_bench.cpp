@@ -1,6 +1,7 @@
 // Reads and writes a 100,000-clip ALE file, times Python's csv module on the same file in the same
 // run, and measures the peak memory of one read and write in a fresh process.
-#include "tables/ale_table.h"
+#include "import/ale_reader.h"
+#include "import/ale_writer.h"
 
 #include <algorithm>
 #include <array>
@@ -22,7 +23,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-namespace tables = lumbra::tables;
+namespace import = lumbra::import;
 
 constexpr int clipCount = 100000;
 constexpr int repetitions = 5;
@@ -103,29 +104,29 @@ template <typename Step> double seconds(Step step) {
 }
 
 void registerBenchmarks(const std::string& path) {
-    benchmark::RegisterBenchmark(
-        "read ALETable(path)",
-        [path](benchmark::State& state) {
-            for (auto _ : state) {
-                std::unique_ptr<tables::ALETable> table;
-                state.SetIterationTime(seconds([&] { table = std::make_unique<tables::ALETable>(path); }));
-                benchmark::DoNotOptimize(table->data.size());
-            }
-        })
+    benchmark::RegisterBenchmark("read readALE(path)",
+                                 [path](benchmark::State& state) {
+                                     for (auto _ : state) {
+                                         import::ReadResult read;
+                                         state.SetIterationTime(
+                                             seconds([&] { read = import::readALE(path); }));
+                                         benchmark::DoNotOptimize(read.table->data.size());
+                                     }
+                                 })
         ->UseManualTime()
         ->Iterations(1)
         ->Repetitions(repetitions)
         ->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark("write aleText",
-                                 [path](benchmark::State& state) {
-                                     tables::ALETable table(path);
-                                     for (auto _ : state) {
-                                         std::string text;
-                                         state.SetIterationTime(
-                                             seconds([&] { text = table.aleText({}, false); }));
-                                         benchmark::DoNotOptimize(text.data());
-                                     }
-                                 })
+    benchmark::RegisterBenchmark(
+        "write aleText",
+        [path](benchmark::State& state) {
+            import::ReadResult read = import::readALE(path);
+            for (auto _ : state) {
+                std::string text;
+                state.SetIterationTime(seconds([&] { text = import::aleText(*read.table, {}, false); }));
+                benchmark::DoNotOptimize(text.data());
+            }
+        })
         ->UseManualTime()
         ->Iterations(1)
         ->Repetitions(repetitions)
@@ -184,8 +185,8 @@ long peakKilobytes() {
 int measureMemory(const std::string& path) {
     long before = peakKilobytes();
     {
-        tables::ALETable table(path);
-        std::string text = table.aleText({}, false);
+        import::ReadResult read = import::readALE(path);
+        std::string text = import::aleText(*read.table, {}, false);
         benchmark::DoNotOptimize(text.data());
     }
     std::cout << (peakKilobytes() - before) * 1024 << '\n';
@@ -221,7 +222,7 @@ int main(int argc, char** argv) {
                                file.string() + "'");
     fs::remove_all(folder);
 
-    double read = reporter.best["read ALETable(path)"];
+    double read = reporter.best["read readALE(path)"];
     double write = reporter.best["write aleText"];
     std::printf("\nbest of %d, seconds:      read     write    total\n", repetitions);
     std::printf("  lumbra                %8.3f  %8.3f  %8.3f\n", read, write, read + write);

@@ -68,7 +68,7 @@ void registerBenchmark(const std::string& path) {
                 double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
                 state.SetIterationTime(seconds);
                 bestImport = std::min(bestImport, seconds);
-                if (table->data.size() != static_cast<std::size_t>(rowCount))
+                if (table.table->data.size() != static_cast<std::size_t>(rowCount))
                     state.SkipWithError("wrong row count");
             }
         })

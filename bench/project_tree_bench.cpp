@@ -1,9 +1,13 @@
-// Saving and loading a bins tree of project size: 500 bins of 1,000 clips in 50 groups.
+// Saving, loading and opening a project of 300 bins of 1,000 clips in 30 groups.
 #include "base/console.h"
+#include "import/ale_reader.h"
 #include "project/bins_tree_loader.h"
 #include "project/bins_tree_saver.h"
+#include "project/project_loader.h"
+#include "project/shared_stuff.h"
 
 #include <benchmark/benchmark.h>
+#include <cstdlib>
 #include <filesystem>
 
 namespace {
@@ -13,9 +17,10 @@ using lumbra::project::Bin;
 using lumbra::project::BinsTreeEntry;
 using lumbra::project::BinsTreeLoader;
 using lumbra::project::BinsTreeSaver;
+using lumbra::project::SharedStuff;
 using lumbra::project::TreeNode;
 
-constexpr int groupCount = 50;
+constexpr int groupCount = 30;
 constexpr int binsPerGroup = 10;
 constexpr int clipsPerBin = 1000;
 
@@ -35,8 +40,7 @@ TreeNode makeTree() {
         auto group = std::make_shared<BinsTreeEntry>("Group_" + std::to_string(g + 1), nullptr);
         for (int b = 0; b < binsPerGroup; ++b) {
             int number = g * binsPerGroup + b + 1;
-            auto table = std::make_unique<lumbra::tables::ALETable>(
-                lumbra::tables::ALETable::fromText(binText(number), "bin_" + std::to_string(number)));
+            auto table = lumbra::import::parseALEText(binText(number), "bin_" + std::to_string(number)).table;
             std::string id = table->tablename;
             group->children.push_back(std::make_shared<BinsTreeEntry>(
                 id, std::make_shared<Bin>(std::move(table), nullptr, nullptr, true)));
@@ -126,6 +130,56 @@ void BM_LoadTree(benchmark::State& state) {
     fs::remove_all(base);
 }
 BENCHMARK(BM_LoadTree)->Unit(benchmark::kMillisecond)->Iterations(3);
+
+// A project folder of the same size, written once by a project of its own.
+const fs::path& savedProject() {
+    static const fs::path parent = [] {
+        fs::path folder = scratch("project");
+        fs::remove_all(folder);
+        fs::create_directories(folder);
+        SharedStuff project;
+        project.currentFolder = folder.string();
+        project.projectName = "Film";
+        for (int g = 0; g < groupCount; ++g) {
+            auto group = std::make_shared<BinsTreeEntry>("Group_" + std::to_string(g + 1), nullptr,
+                                                         std::vector<TreeNode>{}, &project);
+            for (int b = 0; b < binsPerGroup; ++b) {
+                int number = g * binsPerGroup + b + 1;
+                auto table =
+                    lumbra::import::parseALEText(binText(number), "bin_" + std::to_string(number)).table;
+                group->addBin(std::make_shared<Bin>(std::move(table), &project, nullptr, true));
+            }
+            project.bins->addChild(std::move(group));
+        }
+        if (!project.save())
+            std::abort();
+        return folder;
+    }();
+    return parent;
+}
+
+// The whole open: project file, trees, layouts and the closing save, without the windows.
+void BM_OpenProject(benchmark::State& state) {
+    lumbra::base::PrintCapture quiet;
+    const fs::path& parent = savedProject();
+    for (auto _ : state) {
+        auto project = std::make_unique<SharedStuff>();
+        project->currentFolder = parent.string();
+        project->projectName = "Film";
+        if (lumbra::project::openProject(*project) != lumbra::project::OpenResult::opened)
+            state.SkipWithError("the project did not open");
+        state.PauseTiming();
+        std::size_t clips = 0;
+        for (const Bin* bin : project->allBins())
+            clips += bin->table() ? bin->table()->data.size() : 0;
+        if (clips != std::size_t(groupCount) * binsPerGroup * clipsPerBin)
+            state.SkipWithError("the project opened without all its clips");
+        project.reset();
+        state.ResumeTiming();
+    }
+    fs::remove_all(parent);
+}
+BENCHMARK(BM_OpenProject)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 } // namespace
 

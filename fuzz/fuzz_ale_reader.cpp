@@ -1,6 +1,8 @@
 #include "base/console.h"
 #include "base/text_file.h"
-#include "tables/ale_table.h"
+#include "import/ale_reader.h"
+#include "import/ale_writer.h"
+#include "import/csv_writer.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -8,19 +10,19 @@
 
 // Any bytes, decoded as a file reader would, through the ALE parser and back out through both writers.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    namespace tables = lumbra::tables;
+    namespace import = lumbra::import;
     namespace base = lumbra::base;
     // The reader's warnings would flood the fuzzer's output.
     base::PrintCapture quiet;
     std::string text(reinterpret_cast<const char*>(bytes), size);
     if (!base::decodeText(text))
         text = base::decodeLatin1(text);
-    auto table = tables::ALETable::fromText(std::move(text), "fuzz");
-    std::string ale = table.aleText({}, false);
-    std::string csv = table.csvText(",", true, {}, false);
+    auto read = import::parseALEText(std::move(text), "fuzz");
+    std::string ale = import::aleText(*read.table, {}, false);
+    std::string csv = import::csvText(*read.table, ",", true, {}, false);
     // Asking for unknown and repeated columns must also write cleanly.
-    std::string some = table.csvText("\t", false, {"Name", "Name", "newcol_001", ""}, true);
+    std::string some = import::csvText(*read.table, "\t", false, {"Name", "Name", "newcol_001", ""}, true);
     // What the writer made is read again: it must parse without harm whatever the first read gave.
-    auto again = tables::ALETable::fromText(std::move(ale), "again");
+    auto again = import::parseALEText(std::move(ale), "again");
     return 0;
 }

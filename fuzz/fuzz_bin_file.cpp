@@ -1,8 +1,8 @@
 #include "base/console.h"
 #include "base/text_file.h"
+#include "import/ale_reader.h"
 #include "project/bin.h"
 #include "project/bin_file.h"
-#include "tables/ale_table.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -14,9 +14,9 @@
 namespace {
 
 std::unique_ptr<lumbra::project::Bin> newBin() {
-    auto table = std::make_unique<lumbra::tables::ALETable>(lumbra::tables::ALETable::fromText(
-        "Heading\nFIELD_DELIM\tTABS\n\nColumn\nName\tTape\n\nData\nc1\tA001\n", "clips"));
-    return std::make_unique<lumbra::project::Bin>(std::move(table), nullptr, nullptr, true);
+    auto read = lumbra::import::parseALEText(
+        "Heading\nFIELD_DELIM\tTABS\n\nColumn\nName\tTape\n\nData\nc1\tA001\n", "clips");
+    return std::make_unique<lumbra::project::Bin>(std::move(read.table), nullptr, nullptr, true);
 }
 
 } // namespace

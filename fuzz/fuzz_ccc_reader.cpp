@@ -1,6 +1,7 @@
 #include "base/console.h"
 #include "base/text_file.h"
 #include "import/ccc_parser.h"
+#include "import/csv_writer.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -25,6 +26,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     }
     std::string id = lumbra::import::tagAttribute(text, "id");
     auto clips = std::move(table).toALETable();
-    std::string csv = clips->csvText(",", false, {}, false);
+    std::string csv = lumbra::import::csvText(*clips, ",", false, {}, false);
     return 0;
 }

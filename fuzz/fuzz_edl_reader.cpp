@@ -1,5 +1,6 @@
 #include "base/console.h"
 #include "base/text_file.h"
+#include "import/ale_writer.h"
 #include "import/edl_parser.h"
 
 #include <cstddef>
@@ -25,6 +26,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
             std::abort();
     }
     auto clips = std::move(table).toALETable();
-    std::string ale = clips->aleText({}, false);
+    std::string ale = lumbra::import::aleText(*clips, {}, false);
     return 0;
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "base/console.h"
 #include "import/file_formats.h"
 
 #include <map>
@@ -65,22 +64,6 @@ parseOptions(std::span<const std::string> args, std::span<const std::string_view
                                                                     std::span<const std::string> args,
                                                                     std::span<const std::string_view> valued,
                                                                     std::span<const std::string_view> flags);
-
-// Runs a core step with its log lines held back, then prints them as they came; the last one
-// tells why the step failed, when it did.
-template <typename Step> auto runLogged(Step step, std::string& lastLine) {
-    std::vector<std::string> lines;
-    auto result = [&] {
-        lumbra::base::PrintCapture capture;
-        auto r = step();
-        lines = capture.lines();
-        return r;
-    }();
-    for (const auto& line : lines)
-        lumbra::base::printLine(line);
-    lastLine = lines.empty() ? std::string() : lines.back();
-    return result;
-}
 
 // Writes a table through a format; on failure prints the one line that names the file and the
 // writer's reason, and returns exitFailure.

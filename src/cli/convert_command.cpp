@@ -124,13 +124,13 @@ int run(std::span<const std::string> args) {
 
     base::Notifications notices;
     const base::CsvOptions options = arguments.csv.applyTo(import::initialOptions(arguments.input));
-    auto table = in->readDelimited ? in->readDelimited(arguments.input, &options, nullptr, &notices)
-                                   : in->read(arguments.input, &notices);
-    if (!table->state)
-        return failure("Cannot read " + arguments.input + ": " +
-                       (table->refusal.empty() ? std::string("the file was refused") : table->refusal));
+    import::ReadResult read = in->readDelimited
+                                  ? in->readDelimited(arguments.input, &options, nullptr, &notices)
+                                  : in->read(arguments.input, &notices);
+    if (read.failure)
+        return failure("Cannot read " + read.failure->message());
     PolicyInteraction(AnswerPolicy::ask).notify(notices);
-    return writeTable(*out, *table, arguments.output, arguments.options);
+    return writeTable(*out, *read.table, arguments.output, arguments.options);
 }
 
 } // namespace

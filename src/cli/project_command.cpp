@@ -158,10 +158,10 @@ int import(ProjectSession& session, const ParsedArguments& parsed, const CsvFlag
             names += (names.empty() ? "" : ", ") + name;
         return failure("Cannot save " + parsed.positional[1] + ": not written: " + names);
     }
-    if (!result.failedPaths.empty())
-        return failure("Cannot read " + result.failedPaths.front() + ": " + result.failureReasons.front() +
-                       (result.failedPaths.size() > 1
-                            ? " (and " + std::to_string(result.failedPaths.size() - 1) + " more)"
+    if (!result.failures.empty())
+        return failure("Cannot read " + result.failures.front().message() +
+                       (result.failures.size() > 1
+                            ? " (and " + std::to_string(result.failures.size() - 1) + " more)"
                             : std::string()));
     return exitSuccess;
 }

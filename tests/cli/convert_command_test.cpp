@@ -147,7 +147,7 @@ TEST_F(ConvertCommandTest, FailuresExitOneWithOneLineAndWriteNothing) {
         {"input without suffix", temp("plain"), temp("out.csv"),
          "Cannot read " + temp("plain") + ": no file suffix to choose the format by\n"},
         {"input without heading", data("no_heading.ale"), temp("out.csv"),
-         "Cannot read " + data("no_heading.ale") + ": no \"Heading\" line at the start: not an ALE file\n"},
+         "Cannot read " + data("no_heading.ale") + ", line 1: no \"Heading\" line: not an ALE file\n"},
         {"unknown input suffix", data("clips.txt"), temp("out.csv"),
          "Cannot read " + data("clips.txt") + ": unknown file suffix \".txt\"\n"},
         {"unknown output suffix", data("clips.ale"), temp("out.xlsx"),

@@ -3,6 +3,7 @@
 #include "base/scripted_interaction.h"
 #include "bins_list.h"
 #include "bins_tree_model.h"
+#include "import/ale_reader.h"
 #include "main_window.h"
 #include "project/project_creation.h"
 #include "project_chooser_window.h"
@@ -171,9 +172,9 @@ private slots:
             for (int g = 0; g < 4; ++g) {
                 auto& group = lumbra::app::addGroup(maker, *maker.bins);
                 for (int b = 0; b < 5; ++b) {
-                    auto table =
-                        std::make_unique<lumbra::tables::ALETable>(lumbra::tables::ALETable::fromText(
-                            "Heading\nFIELD_DELIM\tTABS\n\nColumn\nName\n\nData\nA001\n", "day"));
+                    auto table = lumbra::import::parseALEText(
+                                     "Heading\nFIELD_DELIM\tTABS\n\nColumn\nName\n\nData\nA001\n", "day")
+                                     .table;
                     maker.addBin(
                         std::make_shared<lumbra::project::Bin>(std::move(table), &maker, nullptr, true),
                         &group);

@@ -1,5 +1,7 @@
 #include "app/bin_saving.h"
 
+#include "import/ale_writer.h"
+#include "import/csv_writer.h"
 #include "project/bin.h"
 #include "project/shared_stuff.h"
 
@@ -32,7 +34,7 @@ bool saveBinAsALE(project::SharedStuff& sharedstuff, const project::Bin& bin, co
     const tables::ALETable* table = bin.table();
     // The user confirmed the name in the chooser, so an existing file is replaced.
     const bool omitFilmFormat = !(sharedstuff.saving_film_format && offersFilmFormat(sharedstuff));
-    const bool saved = table && table->saveALE(path, layoutColumns(bin), true, omitFilmFormat);
+    const bool saved = table && import::saveALE(*table, path, layoutColumns(bin), true, omitFilmFormat);
     if (saved)
         sharedstuff.addLog("Bin correctly saved", true, "", NotificationType::OK);
     else
@@ -43,8 +45,9 @@ bool saveBinAsALE(project::SharedStuff& sharedstuff, const project::Bin& bin, co
 bool saveBinAsCSV(project::SharedStuff& sharedstuff, const project::Bin& bin, const std::string& path,
                   const std::string& separatorTitle, bool exportHeaders) {
     const tables::ALETable* table = bin.table();
-    const bool saved = table && table->saveCSV(path, csvSeparatorForTitle(separatorTitle), exportHeaders,
-                                               layoutColumns(bin), true, !sharedstuff.saving_film_format);
+    const bool saved =
+        table && import::saveCSV(*table, path, csvSeparatorForTitle(separatorTitle), exportHeaders,
+                                 layoutColumns(bin), true, !sharedstuff.saving_film_format);
     if (saved)
         sharedstuff.addLog("CSV Correctly saved", true, "", NotificationType::OK);
     else

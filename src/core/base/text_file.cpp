@@ -181,12 +181,16 @@ bool writeFileAtomically(const std::string& path, std::string_view content) {
 }
 
 bool writeFileAtomically(const std::string& path, const TextProducer& produce) {
-    namespace fs = std::filesystem;
     std::size_t size = 0;
     produce([&size](std::string_view part) {
         size += part.size();
         return true;
     });
+    return writeFileAtomically(path, size, produce);
+}
+
+bool writeFileAtomically(const std::string& path, std::size_t size, const TextProducer& produce) {
+    namespace fs = std::filesystem;
     fs::path target(path);
     fs::path folder = target.parent_path().empty() ? fs::path(".") : target.parent_path();
     thread_local std::mt19937_64 random{std::random_device{}()};

@@ -2,6 +2,7 @@
 
 #include "base/notification.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -45,6 +46,9 @@ using TextProducer = std::function<bool(const TextSink& sink)>;
 // As above, for a text made in parts while it is written, so that a large file is never held whole: the
 // producer runs twice, once to measure the text and once to write it.
 [[nodiscard]] bool writeFileAtomically(const std::string& path, const TextProducer& produce);
+// The same for a text whose size the caller knows: the producer runs once. A text of another size fails.
+[[nodiscard]] bool writeFileAtomically(const std::string& path, std::size_t size,
+                                       const TextProducer& produce);
 
 // What a temporary file of writeFileAtomically says of itself by its name.
 struct TemporaryFileName {

@@ -21,9 +21,10 @@ template <typename Table> std::unique_ptr<tables::DBTable> throughClipReader(con
     const import::FileFormat* format = import::formatForPath(path);
     if (!format || !format->read)
         return nullptr;
-    std::unique_ptr<tables::ALETable> read = format->read(path, nullptr);
-    if (!read || !read->state)
+    import::ReadResult result = format->read(path, nullptr);
+    if (result.failure)
         return nullptr;
+    const std::unique_ptr<tables::ALETable>& read = result.table;
     auto table = std::make_unique<Table>(read->tablename);
     table->cols = read->cols;
     table->data.reserve(read->data.size());

@@ -83,9 +83,8 @@ std::optional<tables::CCCTable> CCCParser::parseCCCFile(const std::string& path,
     return table;
 }
 
-std::unique_ptr<tables::ALETable> readCCCAsALETable(const std::string& path,
-                                                    base::Notifications* notifications) {
-    return asClipTable(CCCParser::parseCCCFile(path, notifications));
+ReadResult readCCCAsALETable(const std::string& path, base::Notifications* notifications) {
+    return asClipTable(path, CCCParser::parseCCCFile(path, notifications));
 }
 
 } // namespace lumbra::import

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/notification.h"
+#include "import/read_result.h"
 #include "import/xml_tags.h"
 #include "tables/db_table.h"
 
@@ -29,8 +30,7 @@ public:
 // name does not occur.
 [[nodiscard]] std::string tagAttribute(std::string_view tagText, std::string_view name);
 
-// The file as a clip table for the import and the converter; `state` false when it cannot be read.
-[[nodiscard]] std::unique_ptr<tables::ALETable> readCCCAsALETable(const std::string& path,
-                                                                  base::Notifications* notifications);
+// The file as a clip table for the import and the converter; refused when it cannot be read.
+[[nodiscard]] ReadResult readCCCAsALETable(const std::string& path, base::Notifications* notifications);
 
 } // namespace lumbra::import

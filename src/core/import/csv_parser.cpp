@@ -488,25 +488,22 @@ std::unique_ptr<tables::CSVTable> parseCSVFile(const std::string& path, const Cs
     return parseCSVText(std::move(*text), chosen, path, notifications);
 }
 
-std::unique_ptr<tables::ALETable> readCSVAsALETable(const std::string& path, const CsvOptions* options,
-                                                    base::UserInteraction* interaction,
-                                                    base::Notifications* notifications) {
+ReadResult readCSVAsALETable(const std::string& path, const CsvOptions* options,
+                             base::UserInteraction* interaction, base::Notifications* notifications) {
+    std::string refusal;
+    auto csv = parseCSVFile(path, options, interaction, notifications, &refusal);
+    if (!csv)
+        return ReadResult::refused(std::make_unique<tables::ALETable>(), {path, std::move(refusal), {}});
     auto table = std::make_unique<tables::ALETable>();
-    auto csv = parseCSVFile(path, options, interaction, notifications, &table->refusal);
-    if (!csv) {
-        table->state = false;
-        return table;
-    }
     table->tablename = std::move(csv->name);
     table->cols = std::move(csv->cols);
     table->data.reserve(csv->data.size());
     for (auto& entry : csv->data)
         table->appendEntry(std::make_shared<tables::ALEEntry>(std::move(entry.data)));
-    return table;
+    return {std::move(table), std::nullopt};
 }
 
-std::unique_ptr<tables::ALETable> readCSVAsALETable(const std::string& path,
-                                                    base::Notifications* notifications) {
+ReadResult readCSVAsALETable(const std::string& path, base::Notifications* notifications) {
     const CsvOptions options = initialOptions(path);
     return readCSVAsALETable(path, &options, nullptr, notifications);
 }

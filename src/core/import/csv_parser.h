@@ -2,6 +2,7 @@
 
 #include "base/notification.h"
 #include "import/csv_options.h"
+#include "import/read_result.h"
 #include "tables/ale_table.h"
 #include "tables/db_table.h"
 
@@ -107,14 +108,12 @@ private:
 parseCSVFile(const std::string& path, const CsvOptions* options, base::UserInteraction* interaction,
              base::Notifications* notifications, std::string* refusal = nullptr);
 
-// The file as a clip table, rows moved over from the CSV table; `state` false, with its refusal, when
-// parseCSVFile gave none.
-[[nodiscard]] std::unique_ptr<tables::ALETable> readCSVAsALETable(const std::string& path,
-                                                                  const CsvOptions* options,
-                                                                  base::UserInteraction* interaction,
-                                                                  base::Notifications* notifications);
+// The file as a clip table, rows moved over from the CSV table; refused, with parseCSVFile's refusal,
+// when parseCSVFile gave none.
+[[nodiscard]] ReadResult readCSVAsALETable(const std::string& path, const CsvOptions* options,
+                                           base::UserInteraction* interaction,
+                                           base::Notifications* notifications);
 // The same with the initial options of the file's suffix and nobody to ask.
-[[nodiscard]] std::unique_ptr<tables::ALETable> readCSVAsALETable(const std::string& path,
-                                                                  base::Notifications* notifications);
+[[nodiscard]] ReadResult readCSVAsALETable(const std::string& path, base::Notifications* notifications);
 
 } // namespace lumbra::import

@@ -208,9 +208,8 @@ std::optional<tables::EDLTable> parseEDLFile(const std::string& path, base::Noti
     return EDLParser(std::move(*text)).parse();
 }
 
-std::unique_ptr<tables::ALETable> readEDLAsALETable(const std::string& path,
-                                                    base::Notifications* notifications) {
-    return asClipTable(parseEDLFile(path, notifications));
+ReadResult readEDLAsALETable(const std::string& path, base::Notifications* notifications) {
+    return asClipTable(path, parseEDLFile(path, notifications));
 }
 
 } // namespace lumbra::import

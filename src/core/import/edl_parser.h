@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/notification.h"
+#include "import/read_result.h"
 #include "tables/db_table.h"
 
 #include <memory>
@@ -29,8 +30,7 @@ public:
 [[nodiscard]] std::optional<tables::EDLTable> parseEDLFile(const std::string& path,
                                                            base::Notifications* notifications = nullptr);
 
-// The file as a clip table for the import and the converter; `state` false when it cannot be read.
-[[nodiscard]] std::unique_ptr<tables::ALETable> readEDLAsALETable(const std::string& path,
-                                                                  base::Notifications* notifications);
+// The file as a clip table for the import and the converter; refused when it cannot be read.
+[[nodiscard]] ReadResult readEDLAsALETable(const std::string& path, base::Notifications* notifications);
 
 } // namespace lumbra::import

@@ -1,8 +1,11 @@
 #include "import/file_formats.h"
 
 #include "base/text_helpers.h"
+#include "import/ale_reader.h"
+#include "import/ale_writer.h"
 #include "import/ccc_parser.h"
 #include "import/csv_parser.h"
+#include "import/csv_writer.h"
 #include "import/edl_parser.h"
 #include "import/mhl_parser.h"
 
@@ -12,31 +15,31 @@ namespace lumbra::import {
 
 namespace {
 
-std::unique_ptr<ALETable> readALE(const std::string& path, base::Notifications* notifications) {
-    return std::make_unique<ALETable>(path, notifications);
+ReadResult readALEFile(const std::string& path, base::Notifications* notifications) {
+    return readALE(path, notifications);
 }
 
 bool writeALE(const ALETable& table, const std::string& path, const WriteOptions& options,
               std::string* reason) {
     // Writing to a file the user named replaces it, as any save-as does once confirmed; an ALE
     // file always carries its heading, so withMetadata has nothing to add.
-    return table.saveALE(path, options.columns, true, options.omitFilmFormat, reason);
+    return saveALE(table, path, options.columns, true, options.omitFilmFormat, reason);
 }
 
 bool writeCSV(const ALETable& table, const std::string& path, const WriteOptions& options,
               std::string* reason) {
-    return table.saveCSV(path, ",", options.withMetadata, options.columns, true, options.omitFilmFormat,
-                         reason);
+    return saveCSV(table, path, ",", options.withMetadata, options.columns, true, options.omitFilmFormat,
+                   reason);
 }
 
 bool writeTSV(const ALETable& table, const std::string& path, const WriteOptions& options,
               std::string* reason) {
-    return table.saveCSV(path, "\t", options.withMetadata, options.columns, true, options.omitFilmFormat,
-                         reason);
+    return saveCSV(table, path, "\t", options.withMetadata, options.columns, true, options.omitFilmFormat,
+                   reason);
 }
 
 constexpr std::array<FileFormat, 6> formats{{
-    {"ALE", ".ale", readALE, writeALE},
+    {"ALE", ".ale", readALEFile, writeALE},
     {"CSV", ".csv", import::readCSVAsALETable, writeCSV, import::readCSVAsALETable},
     {"TSV", ".tsv", import::readCSVAsALETable, writeTSV, import::readCSVAsALETable},
     {"EDL", ".edl", import::readEDLAsALETable, nullptr},

@@ -2,6 +2,7 @@
 
 #include "base/csv_layout.h"
 #include "base/notification.h"
+#include "import/read_result.h"
 #include "tables/ale_table.h"
 
 #include <memory>
@@ -31,17 +32,17 @@ struct FileFormat {
     std::string_view name;
     // Lower case, with its dot.
     std::string_view suffix;
-    // Always gives a table; its `state` tells whether the read was good.
-    std::unique_ptr<ALETable> (*read)(const std::string& path, base::Notifications* notifications);
+    // Always gives a table; the failure tells why the file was refused.
+    ReadResult (*read)(const std::string& path, base::Notifications* notifications);
     // False (with the writer's message printed and put in `reason`) when the file could not be written.
     bool (*write)(const ALETable& table, const std::string& path, const WriteOptions& options,
                   std::string* reason);
     // Delimited text only: the read with the layout given, or else asked through the interaction (the
-    // suffix's usual layout when both are null). Its table's `state` is false when the file could not
-    // be read or the question was cancelled.
-    std::unique_ptr<ALETable> (*readDelimited)(const std::string& path, const base::CsvOptions* options,
-                                               base::UserInteraction* interaction,
-                                               base::Notifications* notifications) = nullptr;
+    // suffix's usual layout when both are null). Refused when the file could not be read or the
+    // question was cancelled.
+    ReadResult (*readDelimited)(const std::string& path, const base::CsvOptions* options,
+                                base::UserInteraction* interaction,
+                                base::Notifications* notifications) = nullptr;
 };
 
 // Every format, in the order the user is shown them.

@@ -90,9 +90,8 @@ void printMHLTable(const tables::MHLTable& table) {
     }
 }
 
-std::unique_ptr<tables::ALETable> readMHLAsALETable(const std::string& path,
-                                                    base::Notifications* notifications) {
-    return asClipTable(parseMHLFile(path, notifications));
+ReadResult readMHLAsALETable(const std::string& path, base::Notifications* notifications) {
+    return asClipTable(path, parseMHLFile(path, notifications));
 }
 
 } // namespace lumbra::import

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/notification.h"
+#include "import/read_result.h"
 #include "import/xml_tags.h"
 #include "tables/db_table.h"
 
@@ -34,8 +35,7 @@ public:
 // Prints the columns, then each row, values tab separated in column order, one line each.
 void printMHLTable(const tables::MHLTable& table);
 
-// The file as a clip table for the import and the converter; `state` false when it cannot be read.
-[[nodiscard]] std::unique_ptr<tables::ALETable> readMHLAsALETable(const std::string& path,
-                                                                  base::Notifications* notifications);
+// The file as a clip table for the import and the converter; refused when it cannot be read.
+[[nodiscard]] ReadResult readMHLAsALETable(const std::string& path, base::Notifications* notifications);
 
 } // namespace lumbra::import

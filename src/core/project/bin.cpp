@@ -3,6 +3,8 @@
 #include "base/console.h"
 #include "base/file_names.h"
 #include "base/text_helpers.h"
+#include "import/ale_reader.h"
+#include "import/ale_writer.h"
 #include "tables/background_writer.h"
 
 #include <algorithm>
@@ -231,8 +233,8 @@ bool Bin::save(const std::string& folder, bool isCopy, Notifications* notificati
     }
     // A bin whose table never loaded writes no table over a file that may still hold one.
     if (m_table && writer) {
-        writer->write(alePath, m_table->aleText({}, false, true));
-    } else if (m_table && !m_table->saveALE(alePath, {}, true, false, nullptr, true)) {
+        writer->write(alePath, import::aleText(*m_table, {}, false, true));
+    } else if (m_table && !import::saveALE(*m_table, alePath, {}, true, false, nullptr, true)) {
         printLine("ERROR while saving file " + path);
         if (notifications)
             notifications->emplace_back("Error saving", "Error writing to " + path, NotificationType::KO);
@@ -288,12 +290,13 @@ bool Bin::load(const std::string& folder, Notifications* notifications) {
     if (!aleFile)
         return readSmartbinFile(*smartbinFile, nullptr);
 
-    setTable(std::make_unique<tables::ALETable>(*aleFile, notifications));
+    import::ReadResult read = import::readALE(*aleFile, notifications);
+    setTable(std::move(read.table));
     if (sharedstuff) {
         for (const auto& row : m_table->data)
             row->sharedstuff = sharedstuff->projectLink();
     }
-    if (!m_table->state) {
+    if (read.failure) {
         printLine("ERROR loading " + *aleFile);
         if (notifications)
             notifications->emplace_back("Loading error", "Something went wrong loading " + *aleFile,

@@ -129,10 +129,9 @@ BinImportResult addBinsFromFiles(SharedStuff& sharedstuff, const std::vector<std
     // Bins dropped together keep the order of their files from the drop point on.
     long index = target.index;
     std::map<std::vector<std::string>, std::size_t> mismatchByDifferences;
-    auto refuse = [&](const std::string& path, const std::string& reason) {
-        sharedstuff.addLog("ERROR while opening " + path + ": " + reason, true, "", NotificationType::KO);
-        result.failedPaths.push_back(path);
-        result.failureReasons.push_back(reason);
+    auto refuse = [&](import::ReadFailure failure) {
+        sharedstuff.addLog("ERROR while opening " + failure.message(), true, "", NotificationType::KO);
+        result.failures.push_back(std::move(failure));
     };
 
     for (const auto& path : paths) {
@@ -143,15 +142,16 @@ BinImportResult addBinsFromFiles(SharedStuff& sharedstuff, const std::vector<std
         if (!format)
             continue;
         base::Notifications readerNotices;
-        std::unique_ptr<tables::ALETable> table =
+        import::ReadResult read =
             format->readDelimited ? format->readDelimited(path, extension == ".csv" ? &*csvOptions : nullptr,
                                                           sharedstuff.interaction, &readerNotices)
                                   : format->read(path, nullptr);
         result.notifications.insert(result.notifications.end(), readerNotices.begin(), readerNotices.end());
-        if (!table || !table->state) {
-            refuse(path, table && !table->refusal.empty() ? table->refusal : "the file was refused");
+        if (read.failure) {
+            refuse(std::move(*read.failure));
             continue;
         }
+        std::unique_ptr<tables::ALETable> table = std::move(read.table);
         table->tablename = ids.unique(table->tablename);
         std::shared_ptr<tables::ColumnsLayout> layout =
             isOneOf(extension, plainTableSuffixes)

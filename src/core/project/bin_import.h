@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/notification.h"
+#include "import/read_result.h"
 
 #include <string>
 #include <string_view>
@@ -29,10 +30,8 @@ struct MismatchGroup {
 struct BinImportResult {
     std::vector<Bin*> bins; // the bins added, in the order of the files; do not own
     std::vector<MismatchGroup> mismatches;
-    // Files whose reader refused them, in order.
-    std::vector<std::string> failedPaths;
-    // Why each of failedPaths was refused ("no \"Column\" line"), in the same order.
-    std::vector<std::string> failureReasons;
+    // The files whose reader refused them, in order, each with why ("no \"Column\" line").
+    std::vector<import::ReadFailure> failures;
     // The notifications of the batch, as they were handed to the user.
     base::Notifications notifications;
 };

@@ -3,6 +3,7 @@
 #include "base/console.h"
 #include "base/text_file.h"
 #include "base/text_helpers.h"
+#include "import/ale_reader.h"
 #include "project/bin_file.h"
 #include "tables/ale_table.h"
 
@@ -159,12 +160,13 @@ LegacyRead readLegacyBins(const std::string& folder, BinsTreeEntry& root,
         }
         std::string alePath = (fs::path(folder) / (base + ".ale")).string();
         auto bin = std::make_shared<Bin>(sharedstuff);
-        bin->setTable(std::make_unique<tables::ALETable>(alePath, notifications));
+        import::ReadResult read = import::readALE(alePath, notifications);
+        bin->setTable(std::move(read.table));
         if (sharedstuff) {
             for (const auto& row : bin->table()->data)
                 row->sharedstuff = sharedstuff->projectLink();
         }
-        if (!bin->table()->state) {
+        if (read.failure) {
             printLine("ERROR loading " + alePath);
             result = LegacyRead::partial;
         }

@@ -1,5 +1,6 @@
 #include "project/project_creation.h"
 
+#include "import/ale_reader.h"
 #include "project/project_catalogue.h"
 #include "project/setting_values.h"
 #include "project/shared_stuff.h"
@@ -26,8 +27,9 @@ bool hasRepeatedName(const std::vector<std::string>& names) {
 } // namespace
 
 bool settingsFromFile(const std::string& path, NewProjectSettings& settings, std::string* warning) {
-    tables::ALETable table(path);
-    if (!table.state) {
+    import::ReadResult read = import::readALE(path);
+    const tables::ALETable& table = *read.table;
+    if (read.failure) {
         if (warning)
             *warning = "ERROR while reading info from file";
         return false;

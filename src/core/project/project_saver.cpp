@@ -2,6 +2,7 @@
 
 #include "base/console.h"
 #include "base/text_file.h"
+#include "import/ale_reader.h"
 #include "project/bins_tree_saver.h"
 #include "project/db_saver.h"
 #include "project/project_archive.h"
@@ -338,8 +339,8 @@ std::vector<std::string> ProjectSaver::binsNotReadBack(const std::string& path) 
             }
             if (!bin || !bin->table() || !bin->table()->ownsRows())
                 continue;
-            tables::ALETable back(join(*place, bin->fileStem() + ".ale"));
-            if (!back.state || back.data.size() != bin->table()->data.size())
+            import::ReadResult back = import::readALE(join(*place, bin->fileStem() + ".ale"));
+            if (back.failure || back.table->data.size() != bin->table()->data.size())
                 out.push_back(node->name());
         }
     }

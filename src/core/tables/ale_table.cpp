@@ -20,9 +20,7 @@ ALETable::ALETable(ALETable&& other) noexcept
       fps(std::move(other.fps)), audio_format(std::move(other.audio_format)),
       film_format(std::move(other.film_format)), tape(std::move(other.tape)), bin(other.bin),
       cols(std::move(other.cols)), data(std::move(other.data)), tablename(std::move(other.tablename)),
-      state(other.state), refusal(std::move(other.refusal)), delimiter(other.delimiter),
-      separator(other.separator), datastring(std::move(other.datastring)), inDelimiter(other.inDelimiter),
-      inQuotes(other.inQuotes), m_ownsRows(other.m_ownsRows) {
+      state(other.state), valueEscapes(other.valueEscapes), m_ownsRows(other.m_ownsRows) {
     repointRows(&other);
 }
 
@@ -40,12 +38,7 @@ ALETable& ALETable::operator=(ALETable&& other) noexcept {
     data = std::move(other.data);
     tablename = std::move(other.tablename);
     state = other.state;
-    refusal = std::move(other.refusal);
-    delimiter = other.delimiter;
-    separator = other.separator;
-    datastring = std::move(other.datastring);
-    inDelimiter = other.inDelimiter;
-    inQuotes = other.inQuotes;
+    valueEscapes = other.valueEscapes;
     m_ownsRows = other.m_ownsRows;
     repointRows(&other);
     return *this;
@@ -67,7 +60,7 @@ void ALETable::copyInto(ALETable& clone, bool keepSharedStuff) const {
     clone.tape = tape;
     clone.cols = cols;
     clone.state = state;
-    clone.refusal = refusal;
+    clone.valueEscapes = valueEscapes;
     clone.tablename = tablename + "_cl";
     clone.data.reserve(data.size());
     for (const auto& row : data) {

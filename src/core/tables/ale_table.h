@@ -15,16 +15,12 @@ namespace lumbra::tables {
 
 class BinLink;
 
-// The heading key of an ALE file whose values carry backslash escapes (see ALETable::aleText).
-inline constexpr std::string_view valueEscapesKey = "VALUE_ESCAPES";
-
-// The clip table: ordered column names, ordered rows, and the heading values of an ALE file.
+// The clip table: ordered column names, ordered rows, and the heading values of an ALE file. The
+// formats' readers and writers (import/) fill and write it.
 class ALETable {
 public:
     // The empty table.
     ALETable();
-    // Reads an ALE file; the result is always a table and `state` tells whether it is good.
-    explicit ALETable(const std::string& path, base::Notifications* notifications = nullptr);
     virtual ~ALETable();
 
     // A move re-points the rows' back links; copies are explicit, through copy().
@@ -33,15 +29,8 @@ public:
     ALETable(const ALETable&) = delete;
     ALETable& operator=(const ALETable&) = delete;
 
-    // Parses text as the reader has it after decoding; `tablename` is taken as given.
-    [[nodiscard]] static ALETable fromText(std::string text, std::string tablename);
-
     // A deep clone: "_cl" appended to the name, no bin, rows copied and pointing at the clone.
     [[nodiscard]] virtual std::unique_ptr<ALETable> copy(bool keepSharedStuff) const;
-
-    void parseHeadingLine(std::string_view line);
-    // From `from`, the index of the first separator or line feed of `datastring`, or its end.
-    [[nodiscard]] std::size_t endOfField(std::size_t from) const;
 
     [[nodiscard]] EntryPtr findEntry(const RowData& criteria) const;
     [[nodiscard]] std::vector<EntryPtr> findEntries(const RowData& criteria) const;
@@ -67,21 +56,6 @@ public:
                     const std::map<std::string, bool>& priorities);
     // Reorders `data` for good; `ascending` false puts the smallest value first.
     void sortEntries(const std::string& column, bool ascending);
-
-    // The ALE text; an empty `columns` list means `cols`. With `escapeValues` (a bin's own file) a
-    // value or column name holding a line break, a tab or a double quote is kept through escapes that
-    // the reader undoes; other files keep the ALE rules and leave values as they are.
-    [[nodiscard]] std::string aleText(const std::vector<std::string>& columns, bool omitFilmFormat,
-                                      bool escapeValues = false) const;
-    // False (with a message, also put in `reason` when given) when the file exists and overwrite is
-    // off, or the write fails.
-    bool saveALE(const std::string& path, const std::vector<std::string>& columns, bool overwrite,
-                 bool omitFilmFormat, std::string* reason = nullptr, bool escapeValues = false) const;
-    [[nodiscard]] std::string csvText(const std::string& separator, bool withMetadata,
-                                      const std::vector<std::string>& columns, bool omitFilmFormat) const;
-    bool saveCSV(const std::string& path, const std::string& separator, bool withMetadata,
-                 const std::vector<std::string>& columns, bool overwrite, bool omitFilmFormat,
-                 std::string* reason = nullptr) const;
 
     [[nodiscard]] bool columnIsConstant(const std::string& name) const;
     [[nodiscard]] bool definesId(const std::vector<std::string>& fields, bool allowMissing) const;
@@ -113,28 +87,16 @@ public:
     std::vector<std::string> cols;
     std::vector<EntryPtr> data;
     std::string tablename;
+    // False after a file read that failed; the reader's failure says why.
     bool state = true;
-    // Why `state` is false, in the words the user is shown after the file's name ("no Column line"); empty
-    // while the table is good.
-    std::string refusal;
-    char32_t delimiter = U'"';
-    char separator = '\t';
-    std::string datastring;
-    bool inDelimiter = false;
-    static constexpr char32_t openQuotes = U'\u201C';
-    static constexpr char32_t closedQuotes = U'\u201D';
-    bool inQuotes = false;
-    // The heading said that values are escaped (see aleText); the reader has undone the escapes.
+    // The heading said that values are escaped (see import::aleText); the reader has undone the escapes.
     bool valueEscapes = false;
 
 protected:
     explicit ALETable(bool ownsRows) : m_ownsRows(ownsRows) {}
-    void readFile(const std::string& path, base::Notifications* notifications);
-    void parseText(std::string text);
     void copyInto(ALETable& clone, bool keepSharedStuff) const;
 
 private:
-    void readClipLines();
     void repointRows(ALETable* from);
 
     bool m_ownsRows = true;

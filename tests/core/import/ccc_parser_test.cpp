@@ -92,7 +92,7 @@ TEST(CCCParser, FilesAreNamedLessTheirLastFourCharacters) {
     base::PrintCapture capture;
     EXPECT_FALSE(CCCParser::parseCCCFile(missing));
     EXPECT_TRUE(capture.contains("ERROR WHILE READING FROM " + missing));
-    EXPECT_FALSE(readCCCAsALETable(missing, nullptr)->state);
+    EXPECT_TRUE(readCCCAsALETable(missing, nullptr).failure);
 }
 
 } // namespace

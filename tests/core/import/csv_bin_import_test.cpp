@@ -87,7 +87,8 @@ TEST_F(CsvBinImportTest, CancelledTsvIsSkippedAndAddedColumnsAreTold) {
     const std::string csv = file("one.csv", "A\n1,2\n");
     auto result = project::addBinsFromFiles(m_project, {csv, tsv});
     ASSERT_EQ(result.bins.size(), 1u);
-    EXPECT_EQ(result.failedPaths, std::vector<std::string>{tsv});
+    ASSERT_EQ(result.failures.size(), 1u);
+    EXPECT_EQ(result.failures[0].path, tsv);
     EXPECT_TRUE(m_quiet.contains("ERROR while opening " + tsv + ": User aborted the import operation"));
     ASSERT_GE(result.notifications.size(), 2u);
     EXPECT_EQ(result.notifications[0].title, "Bizarre columns count");

@@ -200,12 +200,14 @@ TEST(CsvParser, UnreadableFileGivesNoTable) {
     EXPECT_EQ(parseCSVFile(missing, nullptr, nullptr, nullptr), nullptr);
     EXPECT_TRUE(capture.contains("ERROR WHILE READING FROM " + missing));
     EXPECT_EQ(parseCSVFile(dataDir, nullptr, nullptr, nullptr), nullptr);
-    EXPECT_FALSE(readCSVAsALETable(missing, nullptr)->state);
+    EXPECT_EQ(readCSVAsALETable(missing, nullptr).failure,
+              (ReadFailure{missing, "the file cannot be read", {}}));
 }
 
 TEST(CsvParser, TsvFileAsClipTable) {
-    auto table = readCSVAsALETable(dataDir + "day1.tsv", nullptr);
-    ASSERT_TRUE(table->state);
+    auto read = readCSVAsALETable(dataDir + "day1.tsv", nullptr);
+    ASSERT_FALSE(read.failure);
+    const auto& table = read.table;
     EXPECT_EQ(table->tablename, "day1");
     EXPECT_EQ(table->cols, (std::vector<std::string>{"Name", "Tape", "Start"}));
     ASSERT_EQ(table->data.size(), 2u);

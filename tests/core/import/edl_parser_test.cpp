@@ -69,8 +69,9 @@ TEST(EDLParser, ScansLinesAsTheyStand) {
 
 TEST(EDLParser, TheClipTableTakesNameColumnsAndRowsOrNothing) {
     auto expected = parseEDLFile(kData + "reel1_transitions.edl");
-    auto clips = readEDLAsALETable(kData + "reel1_transitions.edl", nullptr);
-    ASSERT_TRUE(expected && clips);
+    auto read = readEDLAsALETable(kData + "reel1_transitions.edl", nullptr);
+    ASSERT_TRUE(expected && !read.failure);
+    const auto& clips = read.table;
     EXPECT_TRUE(clips->state);
     EXPECT_EQ(clips->tablename, "REEL_1 CONFORM v2");
     EXPECT_EQ(clips->cols, expected->cols);
@@ -88,7 +89,7 @@ TEST(EDLParser, TheClipTableTakesNameColumnsAndRowsOrNothing) {
     EXPECT_TRUE(capture.contains("ERROR WHILE READING FROM " + missing));
     ASSERT_EQ(notifications.size(), 1u);
     EXPECT_EQ(notifications[0].title, "Reading error");
-    EXPECT_FALSE(readEDLAsALETable(missing, nullptr)->state);
+    EXPECT_EQ(readEDLAsALETable(missing, nullptr).failure, (ReadFailure{missing, "the file cannot be read", {}}));
 }
 
 } // namespace

@@ -31,7 +31,7 @@ TEST(MHLParser, PrintsColumnsThenRowsTabSeparated) {
     const std::string missing = std::string(LUMBRA_TEST_DATA_DIR) + "/gone.mhl";
     EXPECT_FALSE(parseMHLFile(missing));
     EXPECT_TRUE(capture.contains("ERROR WHILE READING FROM " + missing));
-    EXPECT_FALSE(readMHLAsALETable(missing, nullptr)->state);
+    EXPECT_TRUE(readMHLAsALETable(missing, nullptr).failure);
 }
 
 TEST(MHLParser, TakesChildrenOnePerLine) {

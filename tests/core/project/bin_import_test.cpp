@@ -97,8 +97,7 @@ TEST_F(BinImportTest, CapOpensTheFirstBinsAndBadFilesDoNotStopTheBatch) {
     EXPECT_EQ(
         std::make_tuple(result.bins[0]->selected(), result.bins[1]->selected(), result.bins[2]->selected()),
         std::make_tuple(true, true, false));
-    EXPECT_EQ(result.failedPaths, std::vector<std::string>{bad});
-    EXPECT_EQ(result.failureReasons, std::vector<std::string>{"the file does not exist"});
+    EXPECT_EQ(result.failures, (std::vector<import::ReadFailure>{{bad, "the file does not exist", {}}}));
     ASSERT_FALSE(result.notifications.empty());
     EXPECT_EQ(result.notifications.back(),
               base::NotificationData("Many bins added", "Didn't show all the added bins to avoid cluttering",

@@ -3,6 +3,7 @@
 #include "base/console.h"
 #include "base/saveable.h"
 #include "base/text_file.h"
+#include "import/ale_reader.h"
 #include "project/bin.h"
 #include "project/bins_tree_entry.h"
 #include "project/shared_stuff.h"
@@ -120,7 +121,7 @@ inline std::string aleText(const std::vector<std::string>& names) {
 // A table as the reader gives it, named `tablename`, one row per clip name.
 inline std::unique_ptr<tables::ALETable> makeTable(const std::string& tablename,
                                                    const std::vector<std::string>& clips = {"c1", "c2"}) {
-    return std::make_unique<tables::ALETable>(tables::ALETable::fromText(aleText(clips), tablename));
+    return import::parseALEText(aleText(clips), tablename).table;
 }
 
 inline std::shared_ptr<Bin> makeBin(const std::string& tablename, BinsHost* host = nullptr) {

@@ -2,6 +2,7 @@
 #include "binbox/bin_box.h"
 #include "binbox/bin_table_model.h"
 #include "binbox/box_header.h"
+#include "import/ale_reader.h"
 #include "project/bin.h"
 #include "project/shared_stuff.h"
 
@@ -64,8 +65,7 @@ struct Project {
             std::string text = clipsText;
             for (int r = 0; r < extraRows; ++r)
                 text += "X" + std::to_string(r) + "\tT\tfiller\t\n";
-            auto table = std::make_unique<tables::ALETable>(
-                tables::ALETable::fromText(text, "day" + std::to_string(i)));
+            auto table = import::parseALEText(text, "day" + std::to_string(i)).table;
             auto layout = std::make_shared<tables::ColumnsLayout>(
                 "Lay", std::vector<std::string>{"Lumbra_Color_Tag", "Name", "Tape", "Comments"});
             auto bin = std::make_shared<project::Bin>(std::move(table), &sharedstuff, layout, true);

@@ -3,6 +3,7 @@
 #include "chain/fields_selection_input.h"
 #include "chain/layout_generator_view_controller.h"
 #include "chain/single_input_view_controller.h"
+#include "import/ale_reader.h"
 #include "project/shared_stuff.h"
 #include "shell_test_support.h"
 
@@ -34,8 +35,7 @@ std::shared_ptr<lumbra::project::Bin> makeBin(lumbra::project::SharedStuff& stuf
     for (int i = 0; i < rows; ++i) {
         text += "clip" + std::to_string(i) + "\tA001\t12\t3\t10:00:00:00\t10:00:01:00\n";
     }
-    auto table =
-        std::make_unique<lumbra::tables::ALETable>(lumbra::tables::ALETable::fromText(text, "Day 1"));
+    auto table = lumbra::import::parseALEText(text, "Day 1").table;
     auto bin = std::make_shared<lumbra::project::Bin>(std::move(table), &stuff, nullptr, true);
     bin->layout = std::make_shared<lumbra::tables::ColumnsLayout>("Day cols", Columns{"Name"});
     stuff.bins->addBin(bin);

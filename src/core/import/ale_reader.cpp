@@ -1,12 +1,19 @@
+#include "import/ale_reader.h"
+
 #include "base/console.h"
 #include "base/text_file.h"
 #include "base/text_helpers.h"
-#include "tables/ale_table.h"
+#include "import/ale_keys.h"
 
 #include <algorithm>
 #include <filesystem>
 
-namespace lumbra::tables {
+namespace lumbra::import {
+
+using tables::ALEEntry;
+using tables::ColumnKey;
+using tables::ColumnNames;
+using tables::RowData;
 
 namespace {
 
@@ -89,48 +96,72 @@ std::string unescaped(std::string_view text) {
     return out;
 }
 
+// One read of an ALE text into a table; the scan state lives here for as long as the read lasts.
+class AleReader {
+public:
+    // `source` names the text in a failure: its path, or the name it was given.
+    AleReader(tables::ALETable& table, std::string source) : m_table(table), m_source(std::move(source)) {}
+
+    // Fills the table; the failure when the text is refused, the table then holding what it got.
+    std::optional<ReadFailure> parseText(std::string text);
+
+private:
+    void parseHeadingLine(std::string_view line);
+    // From `from`, the index of the first separator or line feed of the clip text, or its end.
+    [[nodiscard]] std::size_t endOfField(std::size_t from) const;
+    void readClipLines();
+    [[nodiscard]] ReadFailure refuse(std::string reason,
+                                     std::optional<std::size_t> line = std::nullopt) const {
+        return {m_source, std::move(reason), line};
+    }
+
+    tables::ALETable& m_table;
+    std::string m_source;
+    // The text as read, and the part of it behind the line "Data": the clip lines. The text is not cut,
+    // which would move all of it.
+    std::string m_text;
+    std::string_view m_datastring;
+    char m_separator = '\t';
+};
+
 } // namespace
 
-ALETable::ALETable(const std::string& path, base::Notifications* notifications) {
-    readFile(path, notifications);
-}
-
-ALETable ALETable::fromText(std::string text, std::string tablename) {
-    ALETable table;
-    table.state = false;
-    table.tablename = std::move(tablename);
-    table.parseText(std::move(text));
-    return table;
-}
-
-void ALETable::readFile(const std::string& path, base::Notifications* notifications) {
+ReadResult readALE(const std::string& path, base::Notifications* notifications) {
     namespace fs = std::filesystem;
-    state = false;
+    ReadResult result;
+    auto refused = [&](std::string reason) {
+        return ReadResult::refused(std::move(result.table), {path, std::move(reason), std::nullopt});
+    };
     std::error_code ec;
     auto status = fs::status(path, ec);
     if (ec || !fs::exists(status)) {
         base::printLine("file " + path + " does not exist");
-        refusal = "the file does not exist";
-        return;
+        return refused("the file does not exist");
     }
     if (fs::is_directory(status)) {
         base::printLine(path + " is a directory");
-        refusal = "it is a folder, not a file";
-        return;
+        return refused("it is a folder, not a file");
     }
-    tablename = base::tableNameFromPath(path);
+    result.table->tablename = base::tableNameFromPath(path);
     auto text = base::readTextFile(path, notifications);
     if (!text) {
         base::printLine("error while opening " + path);
-        refusal = "the file cannot be read";
-        return;
+        return refused("the file cannot be read");
     }
-    parseText(std::move(*text));
+    result.failure = AleReader(*result.table, path).parseText(std::move(*text));
+    return result;
 }
 
-void ALETable::parseText(std::string text) {
-    state = false;
-    valueEscapes = false;
+ReadResult parseALEText(std::string text, std::string tablename) {
+    ReadResult result;
+    result.table->tablename = std::move(tablename);
+    result.failure = AleReader(*result.table, result.table->tablename).parseText(std::move(text));
+    return result;
+}
+
+std::optional<ReadFailure> AleReader::parseText(std::string text) {
+    m_table.state = false;
+    m_table.valueEscapes = false;
     std::size_t w = std::min(text.find('\r'), text.size());
     for (std::size_t r = w; r < text.size(); ++r) {
         if (text[r] == '\r') {
@@ -153,8 +184,7 @@ void ALETable::parseText(std::string text) {
 
     if (!readsAs(line(0), "heading")) {
         base::printLine("ERROR: file is missing heading");
-        refusal = "no \"Heading\" line at the start: not an ALE file";
-        return;
+        return refuse("no \"Heading\" line: not an ALE file", 1);
     }
     std::size_t i = 1;
     while (i < lineCount && !readsAs(line(i), "column")) {
@@ -162,34 +192,33 @@ void ALETable::parseText(std::string text) {
         ++i;
     }
 
-    separator = '\t';
-    if (!field_delim) {
+    m_separator = '\t';
+    if (!m_table.field_delim) {
         base::printLine("WARNING: field delimiter not specified, assuming TABS");
-        field_delim = "TABS";
-    } else if (base::uppercased(*field_delim) != "TABS") {
-        base::printLine("WARNING: field delimiter '" + *field_delim + "' unknown, using TABS instead");
-        field_delim = "TABS";
+        m_table.field_delim = "TABS";
+    } else if (base::uppercased(*m_table.field_delim) != "TABS") {
+        base::printLine("WARNING: field delimiter '" + *m_table.field_delim +
+                        "' unknown, using TABS instead");
+        m_table.field_delim = "TABS";
     }
 
     if (i >= lineCount) {
         base::printLine("ERROR: file is missing the Column line");
-        refusal = "no \"Column\" line";
-        return;
+        return refuse("no \"Column\" line");
     }
     if (i + 1 >= lineCount) {
         base::printLine("ERROR: file is missing the line of column names");
-        refusal = "no line of column names after the \"Column\" line";
-        return;
+        return refuse("no line of column names after the \"Column\" line", i + 1);
     }
     std::string_view columnsLine = line(i + 1);
-    std::string sep(1, separator);
+    std::string sep(1, m_separator);
     std::string trimmed = base::trimRight(base::trimLeft(columnsLine, " \t" + sep), " \t" + sep);
     for (auto& token : base::tokenise(trimmed, sep)) {
-        std::string base = token.empty() ? "NoName" : valueEscapes ? unescaped(token) : token;
+        std::string base = token.empty() ? "NoName" : m_table.valueEscapes ? unescaped(token) : token;
         std::string name = base;
-        for (int n = 2; hasColumn(name); ++n)
+        for (int n = 2; m_table.hasColumn(name); ++n)
             name = base + "_" + std::to_string(n);
-        cols.push_back(std::move(name));
+        m_table.cols.push_back(std::move(name));
     }
 
     std::size_t dataLine = 0;
@@ -201,40 +230,36 @@ void ALETable::parseText(std::string text) {
             ++k;
         if (k >= lineCount) {
             base::printLine("ERROR: file is missing the Data line");
-            refusal = "no \"Data\" line";
-            return;
+            return refuse("no \"Data\" line");
         }
         dataLine = k + 1;
     }
-    if (dataLine < lineCount) {
-        text.erase(0, starts[dataLine]);
-        datastring = std::move(text);
-    } else {
-        datastring.clear();
-    }
+    m_text = std::move(text);
+    if (dataLine < lineCount)
+        m_datastring = std::string_view(m_text).substr(starts[dataLine]);
     readClipLines();
 
     // The cells of these two columns were put in each row as it was built (see readClipLines).
-    if (!hasColumn("Tape") && tape)
-        cols.insert(cols.begin(), "Tape");
-    if (!hasColumn("Lumbra_Color_Tag"))
-        cols.insert(cols.begin(), "Lumbra_Color_Tag");
-    state = true;
-    refusal.clear();
+    if (!m_table.hasColumn("Tape") && m_table.tape)
+        m_table.cols.insert(m_table.cols.begin(), "Tape");
+    if (!m_table.hasColumn("Lumbra_Color_Tag"))
+        m_table.cols.insert(m_table.cols.begin(), "Lumbra_Color_Tag");
+    m_table.state = true;
+    return std::nullopt;
 }
 
-void ALETable::readClipLines() {
+void AleReader::readClipLines() {
     std::vector<ColumnKey> keys;
-    keys.reserve(cols.size());
-    for (const auto& c : cols)
+    keys.reserve(m_table.cols.size());
+    for (const auto& c : m_table.cols)
         keys.push_back(ColumnNames::key(c));
     // The heading's tape and the colour tag that every kept row gets once the clips are read. Rows
     // have no bin and no project yet, so writing them at build time is the same as writing each row
     // again afterwards, without copying every row twice.
     std::vector<RowData::Cell> added;
-    if (!hasColumn("Tape") && tape)
-        added.push_back({ColumnNames::key("Tape"), *tape});
-    if (!hasColumn("Lumbra_Color_Tag"))
+    if (!m_table.hasColumn("Tape") && m_table.tape)
+        added.push_back({ColumnNames::key("Tape"), *m_table.tape});
+    if (!m_table.hasColumn("Lumbra_Color_Tag"))
         added.push_back({ColumnNames::key("Lumbra_Color_Tag"), "None"});
 
     std::vector<std::pair<ColumnKey, std::string_view>> fields;
@@ -245,23 +270,23 @@ void ALETable::readClipLines() {
         RowData row;
         row.reserve(fields.size() + added.size());
         for (const auto& [key, text] : fields)
-            row.appendUnordered(key, valueEscapes ? unescaped(text) : std::string(text));
+            row.appendUnordered(key, m_table.valueEscapes ? unescaped(text) : std::string(text));
         for (const auto& cell : added)
             row.appendUnordered(cell.key, cell.value);
         row.finishAppending();
-        appendEntry(std::make_shared<ALEEntry>(std::move(row)));
+        m_table.appendEntry(std::make_shared<ALEEntry>(std::move(row)));
         fields.clear();
     };
-    std::string_view text = datastring;
+    std::string_view text = m_datastring;
     std::size_t column = 0;
     std::size_t start = 0;
     const std::size_t n = text.size();
     while (n > 0) {
         std::size_t end = endOfField(start);
         if (end > start) {
-            while (column >= cols.size()) {
-                addNumberedColumn();
-                keys.push_back(ColumnNames::key(cols.back()));
+            while (column >= m_table.cols.size()) {
+                m_table.addNumberedColumn();
+                keys.push_back(ColumnNames::key(m_table.cols.back()));
             }
             fields.emplace_back(keys[column], text.substr(start, end - start));
         }
@@ -280,17 +305,17 @@ void ALETable::readClipLines() {
     finishRow();
 }
 
-std::size_t ALETable::endOfField(std::size_t from) const {
-    const std::size_t n = datastring.size();
+std::size_t AleReader::endOfField(std::size_t from) const {
+    const std::size_t n = m_datastring.size();
     for (std::size_t i = from; i < n; ++i) {
-        char c = datastring[i];
-        if (c == separator || c == '\n')
+        char c = m_datastring[i];
+        if (c == m_separator || c == '\n')
             return i;
     }
     return n;
 }
 
-void ALETable::parseHeadingLine(std::string_view line) {
+void AleReader::parseHeadingLine(std::string_view line) {
     std::string trimmed = base::trimRight(base::trimLeft(line, " \n"), " \n");
     auto tokens = base::tokenise(trimmed, " \t");
     if (tokens.size() < 2)
@@ -303,19 +328,19 @@ void ALETable::parseHeadingLine(std::string_view line) {
         return v;
     };
     if (key == "FIELD_DELIM")
-        field_delim = tokens[1];
+        m_table.field_delim = tokens[1];
     else if (key == "VIDEO_FORMAT")
-        video_format = joinedValue();
+        m_table.video_format = joinedValue();
     else if (key == "FPS")
-        fps = tokens[1];
+        m_table.fps = tokens[1];
     else if (key == "AUDIO_FORMAT")
-        audio_format = joinedValue();
+        m_table.audio_format = joinedValue();
     else if (key == "FILM_FORMAT")
-        film_format = joinedValue();
+        m_table.film_format = joinedValue();
     else if (key == "TAPE")
-        tape = joinedValue();
+        m_table.tape = joinedValue();
     else if (key == valueEscapesKey)
-        valueEscapes = true;
+        m_table.valueEscapes = true;
 }
 
-} // namespace lumbra::tables
+} // namespace lumbra::import
