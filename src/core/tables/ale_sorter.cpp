@@ -1,6 +1,7 @@
 #include "tables/ale_sorter.h"
 
 #include "base/text_order.h"
+#include "tables/merge_sort.h"
 
 #include <numeric>
 
@@ -27,50 +28,22 @@ ALESorter::ALESorter(const std::vector<EntryPtr>& data, std::vector<std::string>
     }
 }
 
-int ALESorter::compareAt(std::size_t i, std::size_t j) const {
-    auto a = static_cast<std::size_t>(m_idxs[i]);
-    auto b = static_cast<std::size_t>(m_idxs[j]);
+int ALESorter::compareRows(std::size_t a, std::size_t b) const {
     for (const auto& keys : m_keys) {
-        int c = keys[a].compare(keys[b]);
-        if (c == 0)
-            continue;
-        if (!m_ascending)
-            return c < 0 ? 1 : 2;
-        return c > 0 ? 1 : 2;
+        if (int c = keys[a].compare(keys[b]); c != 0)
+            return firstOf(c, m_ascending);
     }
     return 0;
 }
 
-void ALESorter::sort(long lo, long hi) {
-    if (hi <= lo)
-        return;
-    if (hi == lo + 1) {
-        if (compareAt(static_cast<std::size_t>(lo), static_cast<std::size_t>(hi)) == 2)
-            std::swap(m_idxs[lo], m_idxs[hi]);
-        return;
-    }
-    long mid = (lo + hi) / 2;
-    sort(lo, mid);
-    sort(mid + 1, hi);
-    m_merge.clear();
-    long i = lo;
-    long j = mid + 1;
-    while (i <= mid && j <= hi) {
-        if (compareAt(static_cast<std::size_t>(i), static_cast<std::size_t>(j)) == 1)
-            m_merge.push_back(m_idxs[i++]);
-        else
-            m_merge.push_back(m_idxs[j++]);
-    }
-    while (i <= mid)
-        m_merge.push_back(m_idxs[i++]);
-    while (j <= hi)
-        m_merge.push_back(m_idxs[j++]);
-    std::copy(m_merge.begin(), m_merge.end(), m_idxs.begin() + lo);
+int ALESorter::compareAt(std::size_t i, std::size_t j) const {
+    return compareRows(static_cast<std::size_t>(m_idxs[i]), static_cast<std::size_t>(m_idxs[j]));
 }
 
 void ALESorter::sort() {
-    if (m_idxs.size() >= 2)
-        sort(0, static_cast<long>(m_idxs.size()) - 1);
+    mergeSort(m_idxs, [this](long a, long b) {
+        return compareRows(static_cast<std::size_t>(a), static_cast<std::size_t>(b));
+    });
 }
 
 std::vector<EntryPtr> ALESorter::sortedRows() const {

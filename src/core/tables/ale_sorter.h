@@ -17,8 +17,6 @@ public:
 
     // 0 the same, 1 the row at place i goes first, 2 the row at place j goes first.
     [[nodiscard]] int compareAt(std::size_t i, std::size_t j) const;
-    void sort(long lo, long hi);
-    // The whole list, when there are at least two rows.
     void sort();
     [[nodiscard]] std::vector<EntryPtr> sortedRows() const;
 
@@ -35,7 +33,8 @@ private:
     // Per column, per row: the value's sort key, computed once.
     std::vector<std::vector<std::string_view>> m_keys;
     std::deque<std::string> m_normalised;
-    std::vector<long> m_merge;
+
+    [[nodiscard]] int compareRows(std::size_t a, std::size_t b) const;
 };
 
 } // namespace lumbra::tables

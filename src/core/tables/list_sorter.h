@@ -2,6 +2,7 @@
 
 #include "base/text_helpers.h"
 #include "base/text_order.h"
+#include "tables/merge_sort.h"
 
 #include <numeric>
 #include <string>
@@ -26,47 +27,12 @@ public:
     }
     virtual ~ListSorter() = default;
 
-    [[nodiscard]] int compareAt(std::size_t i, std::size_t j) const {
-        int c = compareValues(m_data[static_cast<std::size_t>(m_idxs[i])],
-                              m_data[static_cast<std::size_t>(m_idxs[j])]);
-        if (c == 0)
-            return 0;
-        if (!m_ascending)
-            return c < 0 ? 1 : 2;
-        return c > 0 ? 1 : 2;
-    }
-
-    void sort(long lo, long hi) {
-        if (hi <= lo)
-            return;
-        if (hi == lo + 1) {
-            if (compareAt(static_cast<std::size_t>(lo), static_cast<std::size_t>(hi)) == 2)
-                std::swap(m_idxs[lo], m_idxs[hi]);
-            return;
-        }
-        long mid = (lo + hi) / 2;
-        sort(lo, mid);
-        sort(mid + 1, hi);
-        std::vector<long> merged;
-        merged.reserve(static_cast<std::size_t>(hi - lo + 1));
-        long i = lo;
-        long j = mid + 1;
-        while (i <= mid && j <= hi) {
-            if (compareAt(static_cast<std::size_t>(i), static_cast<std::size_t>(j)) == 1)
-                merged.push_back(m_idxs[i++]);
-            else
-                merged.push_back(m_idxs[j++]);
-        }
-        while (i <= mid)
-            merged.push_back(m_idxs[i++]);
-        while (j <= hi)
-            merged.push_back(m_idxs[j++]);
-        std::copy(merged.begin(), merged.end(), m_idxs.begin() + lo);
-    }
-
     void sort() {
-        if (m_data.size() >= 2)
-            sort(0, static_cast<long>(m_data.size()) - 1);
+        mergeSort(m_idxs, [this](long a, long b) {
+            return firstOf(
+                compareValues(m_data[static_cast<std::size_t>(a)], m_data[static_cast<std::size_t>(b)]),
+                m_ascending);
+        });
     }
 
     [[nodiscard]] std::vector<T> sortedList() const {
