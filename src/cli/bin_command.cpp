@@ -3,6 +3,7 @@
 #include "project/bin.h"
 #include "project/shared_stuff.h"
 #include "project_session.h"
+#include "subcommand.h"
 
 #include <array>
 #include <iostream>
@@ -28,9 +29,6 @@ int run(std::span<const std::string> args);
 
 const Command command{"bin", "export one bin of a project to a table file", usage, run};
 
-constexpr std::array<std::string_view, 1> valuedOptions{"--columns"};
-constexpr std::array<std::string_view, 4> flagOptions{"--yes", "--no", "--metadata", "--omit-film-format"};
-
 // The bins of both trees whose uuid or display name is `key`; a uuid names one bin alone.
 std::vector<project::Bin*> binsNamed(project::SharedStuff& sharedstuff, const std::string& key) {
     std::vector<project::Bin*> named;
@@ -43,18 +41,7 @@ std::vector<project::Bin*> binsNamed(project::SharedStuff& sharedstuff, const st
     return named;
 }
 
-int run(std::span<const std::string> args) {
-    auto parsedOrStatus = parseAskingCommand(command, args, valuedOptions, flagOptions);
-    if (const int* status = std::get_if<int>(&parsedOrStatus))
-        return *status;
-    const auto& parsed = std::get<ParsedArguments>(parsedOrStatus);
-    if (parsed.positional.empty() || parsed.positional[0] != "export")
-        return usageError(command, parsed.positional.empty()
-                                       ? "a subcommand is needed"
-                                       : "unknown subcommand \"" + parsed.positional[0] + "\"");
-    if (parsed.positional.size() != 4)
-        return usageError(command, parsed.positional.size() < 4 ? "PATH, BIN and OUTPUT are needed"
-                                                                : "too many arguments");
+int exportBin(const ParsedArguments& parsed) {
     const std::string& path = parsed.positional[1];
     const std::string& key = parsed.positional[2];
     const std::string& output = parsed.positional[3];
@@ -71,9 +58,7 @@ int run(std::span<const std::string> args) {
     if (!format || !format->write)
         return failure("Cannot write " + output + ": no writer for its file suffix");
 
-    ProjectSession session(parsed.has("--yes")  ? AnswerPolicy::affirm
-                           : parsed.has("--no") ? AnswerPolicy::cancel
-                                                : AnswerPolicy::ask);
+    ProjectSession session(answerPolicy(parsed));
     if (!session.open(path))
         return exitFailure;
     std::vector<project::Bin*> named = binsNamed(session.project(), key);
@@ -86,6 +71,14 @@ int run(std::span<const std::string> args) {
     if (!table)
         return failure("Cannot export " + key + ": the bin has no table");
     return writeTable(*format, *table, output, options);
+}
+
+int run(std::span<const std::string> args) {
+    static const std::array<Subcommand, 1> subcommands{Subcommand{
+        "export", {"PATH BIN OUTPUT"}, {"--columns", "--metadata", "--omit-film-format"}, exportBin}};
+    constexpr std::array<std::string_view, 1> valued{"--columns"};
+    constexpr std::array<std::string_view, 4> flags{"--yes", "--no", "--metadata", "--omit-film-format"};
+    return runSubcommand(command, subcommands, args, valued, flags);
 }
 
 } // namespace

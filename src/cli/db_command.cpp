@@ -6,6 +6,7 @@
 #include "project/bin.h"
 #include "project/shared_stuff.h"
 #include "project_session.h"
+#include "subcommand.h"
 #include "tables/db_table.h"
 
 #include <array>
@@ -79,125 +80,109 @@ tables::DBTable* findDatabase(SharedStuff& sharedstuff, const std::string& path,
     return nullptr;
 }
 
-int add(SharedStuff& sharedstuff, const ParsedArguments& parsed) {
-    std::vector<std::string> files(parsed.positional.begin() + 2, parsed.positional.end());
-    std::vector<tables::DBTable*> added = db::addDatabases(sharedstuff, files);
-    sharedstuff.flushBufferedNotifications();
-    if (int status = saved(sharedstuff, parsed.positional[1]); status != exitSuccess)
-        return status;
-    if (added.size() != files.size())
-        return failure("Cannot load " + std::to_string(files.size() - added.size()) + " of " +
-                       std::to_string(files.size()) + " files as databases");
-    return exitSuccess;
+int add(const ParsedArguments& parsed) {
+    auto flagsOrMessage = csvFlagsOf(parsed);
+    if (const auto* message = std::get_if<std::string>(&flagsOrMessage))
+        return usageError(command, *message);
+    return onProject(parsed, [&](ProjectSession& session) {
+        SharedStuff& sharedstuff = session.project();
+        session.interaction().setCsvFlags(std::get<CsvFlags>(flagsOrMessage));
+        std::vector<std::string> files(parsed.positional.begin() + 2, parsed.positional.end());
+        std::vector<tables::DBTable*> added = db::addDatabases(sharedstuff, files);
+        sharedstuff.flushBufferedNotifications();
+        if (int status = saved(sharedstuff, parsed.positional[1]); status != exitSuccess)
+            return status;
+        if (added.size() != files.size())
+            return failure("Cannot load " + std::to_string(files.size() - added.size()) + " of " +
+                           std::to_string(files.size()) + " files as databases");
+        return exitSuccess;
+    });
 }
 
-int list(SharedStuff& sharedstuff) {
-    for (const auto& table : sharedstuff.db)
-        std::cout << table->name << '\t' << table->uuid() << '\t' << table->data.size()
-                  << (table->data.size() == 1 ? " row\t" : " rows\t") << table->cols.size()
-                  << (table->cols.size() == 1 ? " column\n" : " columns\n");
-    return exitSuccess;
+int list(const ParsedArguments& parsed) {
+    return onProject(parsed, [](ProjectSession& session) {
+        for (const auto& table : session.project().db)
+            std::cout << table->name << '\t' << table->uuid() << '\t' << table->data.size()
+                      << (table->data.size() == 1 ? " row\t" : " rows\t") << table->cols.size()
+                      << (table->cols.size() == 1 ? " column\n" : " columns\n");
+        return exitSuccess;
+    });
 }
 
-int tool(SharedStuff& sharedstuff, tables::DBTable& table, const ParsedArguments& parsed) {
+// Opens the project and runs `step` on its database NAME.
+int onDatabase(const ParsedArguments& parsed,
+               const std::function<int(SharedStuff&, tables::DBTable&)>& step) {
+    return onProject(parsed, [&](ProjectSession& session) {
+        tables::DBTable* table = findDatabase(session.project(), parsed.positional[1], parsed.positional[2]);
+        return table ? step(session.project(), *table) : exitFailure;
+    });
+}
+
+int show(const ParsedArguments& parsed) {
+    return onDatabase(parsed, [](SharedStuff&, tables::DBTable& table) {
+        std::cout << table.tableText("\t") << '\n';
+        return exitSuccess;
+    });
+}
+
+int tool(const ParsedArguments& parsed) {
     const std::string& name = parsed.positional[3];
     const std::string& column = parsed.positional[4];
-    if (!table.hasColumn(column))
-        return failure("Cannot run " + name + " on " + table.name + ": no column " + column);
-    std::vector<std::string> added;
-    if (name == "infer-path") {
-        added = db::inferPath(table, column);
-    } else if (name == "trim-extension") {
-        added.push_back(*db::trimExtension(table, column));
-    } else if (name == "suppress-sequence") {
-        added.push_back(*db::suppressSequence(table, column));
-    } else {
-        std::size_t before = table.data.size();
-        db::groupBy(table, column);
-        std::cout << before << " rows grouped into " << table.data.size() << '\n';
-    }
-    for (const auto& addedColumn : added)
-        std::cout << "Added column " << addedColumn << '\n';
-    db::tableEdited(sharedstuff, table);
-    return saved(sharedstuff, parsed.positional[1]);
+    if (name != "infer-path" && name != "trim-extension" && name != "suppress-sequence" && name != "group-by")
+        return usageError(command, "unknown tool \"" + name + "\"");
+    return onDatabase(parsed, [&](SharedStuff& sharedstuff, tables::DBTable& table) {
+        if (!table.hasColumn(column))
+            return failure("Cannot run " + name + " on " + table.name + ": no column " + column);
+        std::vector<std::string> added;
+        if (name == "infer-path") {
+            added = db::inferPath(table, column);
+        } else if (name == "trim-extension") {
+            added.push_back(*db::trimExtension(table, column));
+        } else if (name == "suppress-sequence") {
+            added.push_back(*db::suppressSequence(table, column));
+        } else {
+            std::size_t before = table.data.size();
+            db::groupBy(table, column);
+            std::cout << before << " rows grouped into " << table.data.size() << '\n';
+        }
+        for (const auto& addedColumn : added)
+            std::cout << "Added column " << addedColumn << '\n';
+        db::tableEdited(sharedstuff, table);
+        return saved(sharedstuff, parsed.positional[1]);
+    });
+}
+
+int bin(const ParsedArguments& parsed) {
+    return onDatabase(parsed, [&](SharedStuff& sharedstuff, tables::DBTable& table) {
+        project::Bin& bin = db::binFromDatabase(sharedstuff, table);
+        if (int status = saved(sharedstuff, parsed.positional[1]); status != exitSuccess)
+            return status;
+        std::cout << "Bin " << bin.displayName() << " created from " << table.name << '\n';
+        return exitSuccess;
+    });
+}
+
+int remove(const ParsedArguments& parsed) {
+    return onDatabase(parsed, [&](SharedStuff& sharedstuff, tables::DBTable& table) {
+        std::string name = table.name;
+        db::deleteDatabase(sharedstuff, table);
+        if (int status = saved(sharedstuff, parsed.positional[1]); status != exitSuccess)
+            return status;
+        std::cout << "Database " << name << " removed\n";
+        return exitSuccess;
+    });
 }
 
 int run(std::span<const std::string> args) {
-    auto parsedOrStatus = parseAskingCommand(command, args, csvValuedOptions, flagOptions);
-    if (const int* status = std::get_if<int>(&parsedOrStatus))
-        return *status;
-    const auto& parsed = std::get<ParsedArguments>(parsedOrStatus);
-    if (parsed.positional.empty())
-        return usageError(command, "a subcommand is needed");
-    const std::string& sub = parsed.positional[0];
-    const std::size_t count = parsed.positional.size();
-    const bool named = sub == "show" || sub == "bin" || sub == "remove";
-    if (sub != "add" && sub != "list" && sub != "tool" && !named)
-        return usageError(command, "unknown subcommand \"" + sub + "\"");
-    if (count < 2)
-        return usageError(command, "PATH is needed");
-    if (sub == "add" && count < 3)
-        return usageError(command, "at least one FILE is needed");
-    if (sub == "list" && count != 2)
-        return usageError(command, "too many arguments");
-    if (named && count != 3)
-        return usageError(command, count < 3 ? "NAME is needed" : "too many arguments");
-    if (sub == "tool") {
-        if (count != 5)
-            return usageError(command, count < 5 ? "NAME, TOOL and COLUMN are needed" : "too many arguments");
-        const std::string& name = parsed.positional[3];
-        if (name != "infer-path" && name != "trim-extension" && name != "suppress-sequence" &&
-            name != "group-by")
-            return usageError(command, "unknown tool \"" + name + "\"");
-    }
-
-    CsvFlags csvFlags;
-    for (const auto& [name, value] : parsed.values) {
-        if (sub != "add")
-            return usageError(command, name + " does not apply to " + sub);
-        if (auto message = setCsvOption(csvFlags, name, value))
-            return usageError(command, *message);
-    }
-    if (parsed.has(csvFlagOption)) {
-        if (sub != "add")
-            return usageError(command, std::string(csvFlagOption) + " does not apply to " + sub);
-        csvFlags.ignoreOrientedQuotes = true;
-    }
-
-    ProjectSession session(parsed.has("--yes")  ? AnswerPolicy::affirm
-                           : parsed.has("--no") ? AnswerPolicy::cancel
-                                                : AnswerPolicy::ask);
-    const std::string& path = parsed.positional[1];
-    if (!session.open(path))
-        return exitFailure;
-    SharedStuff& sharedstuff = session.project();
-    session.interaction().setCsvFlags(csvFlags);
-    if (sub == "add")
-        return add(sharedstuff, parsed);
-    if (sub == "list")
-        return list(sharedstuff);
-    tables::DBTable* table = findDatabase(sharedstuff, path, parsed.positional[2]);
-    if (!table)
-        return exitFailure;
-    if (sub == "show") {
-        std::cout << table->tableText("\t") << '\n';
-        return exitSuccess;
-    }
-    if (sub == "tool")
-        return tool(sharedstuff, *table, parsed);
-    if (sub == "bin") {
-        project::Bin& bin = db::binFromDatabase(sharedstuff, *table);
-        if (int status = saved(sharedstuff, path); status != exitSuccess)
-            return status;
-        std::cout << "Bin " << bin.displayName() << " created from " << table->name << '\n';
-        return exitSuccess;
-    }
-    std::string name = table->name;
-    db::deleteDatabase(sharedstuff, *table);
-    if (int status = saved(sharedstuff, path); status != exitSuccess)
-        return status;
-    std::cout << "Database " << name << " removed\n";
-    return exitSuccess;
+    static const std::array<Subcommand, 6> subcommands{
+        Subcommand{
+            "add", {"PATH", "FILE..."}, {"--separator", "--delimiter", "--first-line", csvFlagOption}, add},
+        Subcommand{"list", {"PATH"}, {}, list},
+        Subcommand{"show", {"PATH", "NAME"}, {}, show},
+        Subcommand{"tool", {"PATH", "NAME TOOL COLUMN"}, {}, tool},
+        Subcommand{"bin", {"PATH", "NAME"}, {}, bin},
+        Subcommand{"remove", {"PATH", "NAME"}, {}, remove}};
+    return runSubcommand(command, subcommands, args, csvValuedOptions, flagOptions);
 }
 
 } // namespace

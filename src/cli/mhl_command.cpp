@@ -1,8 +1,6 @@
 #include "command.h"
 #include "import/mhl_parser.h"
 
-#include <array>
-#include <iostream>
 #include <variant>
 
 namespace lumbra::cli {
@@ -22,14 +20,10 @@ int run(std::span<const std::string> args);
 const Command command{"mhl", "print the columns and rows of a media hash list", usage, run};
 
 int run(std::span<const std::string> args) {
-    if (asksForHelp(args)) {
-        std::cout << usage;
-        return exitSuccess;
-    }
-    auto parsed = parseOptions(args, {}, {});
-    if (auto* message = std::get_if<std::string>(&parsed))
-        return usageError(command, *message);
-    const auto& positional = std::get<ParsedArguments>(parsed).positional;
+    auto parsedOrStatus = parseAskingCommand(command, args, {}, {});
+    if (const int* status = std::get_if<int>(&parsedOrStatus))
+        return *status;
+    const auto& positional = std::get<ParsedArguments>(parsedOrStatus).positional;
     if (positional.size() != 1)
         return usageError(command, positional.empty() ? "FILE is needed" : "too many arguments");
 

@@ -8,6 +8,7 @@
 #include "project/setting_values.h"
 #include "project/shared_stuff.h"
 #include "project_session.h"
+#include "subcommand.h"
 
 #include <array>
 #include <filesystem>
@@ -59,11 +60,6 @@ int run(std::span<const std::string> args);
 const Command command{"project", "create, import into, show, save, copy, zip or back up a project", usage,
                       run};
 
-constexpr std::array<std::string_view, 11> valuedOptions{
-    "--fps",   "--resolution", "--sound",     "--film-format", "--tape",      "--columns",
-    "--group", "--from-ale",   "--separator", "--delimiter",   "--first-line"};
-constexpr std::array<std::string_view, 3> flagOptions{"--yes", "--no", csvFlagOption};
-
 std::string optionOr(const ParsedArguments& parsed, std::string_view name, std::string fallback) {
     auto it = parsed.values.find(name);
     return it == parsed.values.end() ? std::move(fallback) : it->second;
@@ -103,9 +99,7 @@ int create(const ParsedArguments& parsed) {
     if (auto reason = project::unreadableSettingReason(settings))
         return usageError(command, "cannot create " + path + ": " + *reason);
 
-    PolicyInteraction interaction(parsed.has("--yes")  ? AnswerPolicy::affirm
-                                  : parsed.has("--no") ? AnswerPolicy::cancel
-                                                       : AnswerPolicy::ask);
+    PolicyInteraction interaction(answerPolicy(parsed));
     SharedStuff sharedstuff(&interaction);
     bool saved = false;
     project::NewProjectCheck check = project::createProject(sharedstuff, parent, settings, &saved);
@@ -133,8 +127,9 @@ project::BinsTreeEntry* findGroup(SharedStuff& sharedstuff, const std::string& n
     return nullptr;
 }
 
-int import(ProjectSession& session, const ParsedArguments& parsed) {
+int import(ProjectSession& session, const ParsedArguments& parsed, const CsvFlags& csvFlags) {
     SharedStuff& sharedstuff = session.project();
+    session.interaction().setCsvFlags(csvFlags);
     project::ImportTarget target;
     if (auto it = parsed.values.find("--group"); it != parsed.values.end()) {
         target.item = findGroup(sharedstuff, it->second);
@@ -241,78 +236,41 @@ int info(ProjectSession& session) {
     return exitSuccess;
 }
 
-int copyOrZip(ProjectSession& session, const ParsedArguments& parsed, bool zip) {
-    SharedStuff& sharedstuff = session.project();
-    const std::string& dest = parsed.positional[2];
-    std::error_code error;
-    if (!fs::is_directory(dest, error))
-        return failure("Cannot save to " + dest + ": no such folder");
-    std::string resultPath;
-    bool ok = zip ? sharedstuff.saveCompressed(dest, &resultPath) : sharedstuff.saveCopy(dest, &resultPath);
-    sharedstuff.flushBufferedNotifications();
-    if (!ok)
-        return failure("Error while saving to " + (resultPath.empty() ? dest : resultPath));
-    std::cout << "Successfully saved to " << resultPath << '\n';
-    return exitSuccess;
+int copyOrZip(const ParsedArguments& parsed, bool zip) {
+    return onProject(parsed, [&](ProjectSession& session) {
+        SharedStuff& sharedstuff = session.project();
+        const std::string& dest = parsed.positional[2];
+        std::error_code error;
+        if (!fs::is_directory(dest, error))
+            return failure("Cannot save to " + dest + ": no such folder");
+        std::string resultPath;
+        bool ok =
+            zip ? sharedstuff.saveCompressed(dest, &resultPath) : sharedstuff.saveCopy(dest, &resultPath);
+        sharedstuff.flushBufferedNotifications();
+        if (!ok)
+            return failure("Error while saving to " + (resultPath.empty() ? dest : resultPath));
+        std::cout << "Successfully saved to " << resultPath << '\n';
+        return exitSuccess;
+    });
 }
 
-int run(std::span<const std::string> args) {
-    auto parsedOrStatus = parseAskingCommand(command, args, valuedOptions, flagOptions);
-    if (const int* status = std::get_if<int>(&parsedOrStatus))
-        return *status;
-    const auto& parsed = std::get<ParsedArguments>(parsedOrStatus);
-    if (parsed.positional.empty())
-        return usageError(command, "a subcommand is needed");
-    const std::string& sub = parsed.positional[0];
-    const std::size_t count = parsed.positional.size();
-    const bool needsDest = sub == "copy" || sub == "zip";
-    if (sub != "create" && sub != "import" && sub != "info" && sub != "save" && !needsDest && sub != "backup")
-        return usageError(command, "unknown subcommand \"" + sub + "\"");
-    if (count < 2)
-        return usageError(command, "PATH is needed");
-    if (sub == "import" && count < 3)
-        return usageError(command, "at least one FILE is needed");
-    if (needsDest && count != 3)
-        return usageError(command, count < 3 ? "DEST is needed" : "too many arguments");
-    if (!needsDest && sub != "import" && count != 2)
-        return usageError(command, "too many arguments");
-    CsvFlags csvFlags;
-    for (const auto& [name, value] : parsed.values) {
-        bool forImport = name == "--group" || isCsvOption(name);
-        if (forImport ? sub != "import" : sub != "create")
-            return usageError(command, name + " does not apply to " + sub);
-        if (auto message = setCsvOption(csvFlags, name, value))
-            return usageError(command, *message);
+int importFiles(const ParsedArguments& parsed) {
+    auto flagsOrMessage = csvFlagsOf(parsed);
+    if (const auto* message = std::get_if<std::string>(&flagsOrMessage))
+        return usageError(command, *message);
+    for (std::size_t i = 2; i < parsed.positional.size(); ++i) {
+        const import::FileFormat* format = import::formatForPath(parsed.positional[i]);
+        if (!format || !format->read)
+            return failure("Cannot import " + parsed.positional[i] + ": no reader for its file suffix");
     }
-    if (parsed.has(csvFlagOption)) {
-        if (sub != "import")
-            return usageError(command, std::string(csvFlagOption) + " does not apply to " + sub);
-        csvFlags.ignoreOrientedQuotes = true;
-    }
-    if (sub == "create")
-        return create(parsed);
-    if (sub == "import") {
-        for (std::size_t i = 2; i < count; ++i) {
-            const import::FileFormat* format = import::formatForPath(parsed.positional[i]);
-            if (!format || !format->read)
-                return failure("Cannot import " + parsed.positional[i] + ": no reader for its file suffix");
-        }
-    }
+    return onProject(parsed, [&](ProjectSession& session) {
+        return import(session, parsed, std::get<CsvFlags>(flagsOrMessage));
+    });
+}
 
-    ProjectSession session(parsed.has("--yes")  ? AnswerPolicy::affirm
-                           : parsed.has("--no") ? AnswerPolicy::cancel
-                                                : AnswerPolicy::ask);
-    if (!session.open(parsed.positional[1]))
-        return exitFailure;
-    SharedStuff& sharedstuff = session.project();
-    session.interaction().setCsvFlags(csvFlags);
-    if (sub == "import")
-        return import(session, parsed);
-    if (sub == "info")
-        return info(session);
-    if (needsDest)
-        return copyOrZip(session, parsed, sub == "zip");
-    if (sub == "save") {
+int save(const ParsedArguments& parsed) {
+    return onProject(parsed, [](ProjectSession& session) {
+        SharedStuff& sharedstuff = session.project();
         // The open ended with a save already; this one is the command's own, and tells how it went.
         bool ok = sharedstuff.save();
         sharedstuff.flushBufferedNotifications();
@@ -320,14 +278,49 @@ int run(std::span<const std::string> args) {
             return failure("ERROR while saving " + *sharedstuff.projectPath());
         std::cout << "Project saved to " << *sharedstuff.projectPath() << '\n';
         return exitSuccess;
-    }
-    bool ok = sharedstuff.backup();
-    sharedstuff.flushBufferedNotifications();
-    if (!ok)
-        return failure("Cannot back up " + parsed.positional[1] + ": the backup could not be written");
-    std::cout << "Backup written in " << *sharedstuff.projectPath() << '/' << project::backupFolderName
-              << '\n';
-    return exitSuccess;
+    });
+}
+
+int backup(const ParsedArguments& parsed) {
+    return onProject(parsed, [&](ProjectSession& session) {
+        SharedStuff& sharedstuff = session.project();
+        bool ok = sharedstuff.backup();
+        sharedstuff.flushBufferedNotifications();
+        if (!ok)
+            return failure("Cannot back up " + parsed.positional[1] + ": the backup could not be written");
+        std::cout << "Backup written in " << *sharedstuff.projectPath() << '/' << project::backupFolderName
+                  << '\n';
+        return exitSuccess;
+    });
+}
+
+int run(std::span<const std::string> args) {
+    static const std::array<Subcommand, 7> subcommands{
+        Subcommand{"create",
+                   {"PATH"},
+                   {"--fps", "--resolution", "--sound", "--film-format", "--tape", "--columns", "--from-ale"},
+                   create},
+        Subcommand{"import",
+                   {"PATH", "FILE..."},
+                   {"--group", "--separator", "--delimiter", "--first-line", csvFlagOption},
+                   importFiles},
+        Subcommand{
+            "info", {"PATH"}, {}, [](const ParsedArguments& parsed) { return onProject(parsed, info); }},
+        Subcommand{"save", {"PATH"}, {}, save},
+        Subcommand{"copy",
+                   {"PATH", "DEST"},
+                   {},
+                   [](const ParsedArguments& parsed) { return copyOrZip(parsed, false); }},
+        Subcommand{"zip",
+                   {"PATH", "DEST"},
+                   {},
+                   [](const ParsedArguments& parsed) { return copyOrZip(parsed, true); }},
+        Subcommand{"backup", {"PATH"}, {}, backup}};
+    constexpr std::array<std::string_view, 11> valued{
+        "--fps",   "--resolution", "--sound",     "--film-format", "--tape",      "--columns",
+        "--group", "--from-ale",   "--separator", "--delimiter",   "--first-line"};
+    constexpr std::array<std::string_view, 3> flags{"--yes", "--no", csvFlagOption};
+    return runSubcommand(command, subcommands, args, valued, flags);
 }
 
 } // namespace
