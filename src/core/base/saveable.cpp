@@ -1,6 +1,7 @@
 #include "base/saveable.h"
 
 #include "base/console.h"
+#include "base/file_names.h"
 #include "base/text_file.h"
 #include "base/text_helpers.h"
 
@@ -228,9 +229,7 @@ std::optional<std::string> findFile(const std::string& folder, std::string_view 
     }
     for (const auto& entry : it) {
         std::string path = entry.path().string();
-        std::string lower = base::lowercased(path);
-        if (lower.size() >= suffix.size() &&
-            lower.compare(lower.size() - suffix.size(), suffix.size(), suffix) == 0)
+        if (hasSuffix(path, suffix))
             return path;
     }
     if (warn) {

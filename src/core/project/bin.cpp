@@ -1,6 +1,7 @@
 #include "project/bin.h"
 
 #include "base/console.h"
+#include "base/file_names.h"
 #include "base/text_helpers.h"
 #include "tables/background_writer.h"
 
@@ -16,10 +17,6 @@ using base::NotificationType;
 using base::printLine;
 
 namespace {
-
-bool endsWith(std::string_view text, std::string_view suffix) {
-    return text.size() >= suffix.size() && text.substr(text.size() - suffix.size()) == suffix;
-}
 
 void loadingError(const std::string& path, Notifications* notifications) {
     printLine("ERROR loading from " + path);
@@ -61,8 +58,9 @@ BinFiles binFilesIn(const std::vector<fs::path>& listing, const std::string& ste
     for (const Kind& kind : kinds) {
         std::vector<const fs::path*> readable;
         for (const auto& entry : listing) {
-            std::string lower = base::lowercased(entry.filename().string());
-            if (!endsWith(lower, kind.suffix) || (kind.suffix == ".bin" && endsWith(lower, ".smartbin")))
+            std::string name = entry.filename().string();
+            if (!base::hasSuffix(name, kind.suffix) ||
+                (kind.suffix == ".bin" && base::hasSuffix(name, ".smartbin")))
                 continue;
             std::error_code ec;
             // A symbolic link that leads nowhere (or round in a loop) is no file to read.
@@ -245,9 +243,9 @@ bool Bin::save(const std::string& folder, bool isCopy, Notifications* notificati
     // Files under an older name would compete with these at the next load: they go.
     if (auto listing = sortedListing(folder)) {
         for (const auto& entry : *listing) {
-            std::string lower = base::lowercased(entry.filename().string());
-            bool stale = (endsWith(lower, ".ale") && entry.filename() != fs::path(name + ".ale")) ||
-                         (endsWith(lower, ".bin") && entry.filename() != fs::path(name + ".bin"));
+            std::string file = entry.filename().string();
+            bool stale = (base::hasSuffix(file, ".ale") && entry.filename() != fs::path(name + ".ale")) ||
+                         (base::hasSuffix(file, ".bin") && entry.filename() != fs::path(name + ".bin"));
             std::error_code ec;
             if (stale && !fs::remove(entry, ec))
                 printLine("ERROR removing " + entry.string());
@@ -266,10 +264,7 @@ bool Bin::load(const std::string& folder, Notifications* notifications) {
         loadingError(folder, notifications);
         return false;
     }
-    std::string stem = fs::path(folder).filename().string();
-    if (const std::string suffix = " - " + uuid(); endsWith(stem, suffix))
-        stem.resize(stem.size() - suffix.size());
-    BinFiles files = binFilesIn(*listing, stem);
+    BinFiles files = binFilesIn(*listing, base::lastComponent(folder, " - " + uuid()));
     if (!files.ignored.empty()) {
         std::string names;
         for (const auto& name : files.ignored)

@@ -1,6 +1,7 @@
 #include "project/bins_tree_entry.h"
 
 #include "base/console.h"
+#include "base/file_names.h"
 #include "base/text_order.h"
 #include "project/name_makers.h"
 
@@ -122,11 +123,7 @@ bool BinsTreeEntry::load(const std::string& folder, Notifications* notifications
         printLine("ERROR loading from " + folder);
         return false;
     }
-    std::string last = std::filesystem::path(folder).filename().string();
-    std::string suffix = " - " + uuid();
-    if (last.size() >= suffix.size() && last.compare(last.size() - suffix.size(), suffix.size(), suffix) == 0)
-        last.resize(last.size() - suffix.size());
-    m_groupname = last;
+    m_groupname = base::lastComponent(folder, " - " + uuid());
     if (bin) {
         bin->setUuid(uuid());
         bin->created = created;

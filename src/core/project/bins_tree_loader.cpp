@@ -1,6 +1,7 @@
 #include "project/bins_tree_loader.h"
 
 #include "base/console.h"
+#include "base/file_names.h"
 #include "base/text_file.h"
 #include "base/text_helpers.h"
 
@@ -42,27 +43,14 @@ std::vector<std::string> subfolders(const std::string& folder) {
     return out;
 }
 
-bool endsWith(std::string_view text, std::string_view suffix) {
-    return text.size() >= suffix.size() && text.substr(text.size() - suffix.size()) == suffix;
-}
-
 // A folder that a bin's save began and did not finish: it holds the bin's .bin file or part of its
 // table, but no table. Shown as a group it would look like an empty group named after the bin.
 bool isBrokenBinFolder(const std::string& url) {
-    std::error_code ec;
-    fs::directory_iterator it(url, ec);
-    if (ec)
-        return false;
-    for (const auto& entry : it) {
-        std::string name = entry.path().filename().string();
-        std::string lower = base::lowercased(name);
-        if (endsWith(lower, ".bin") && !endsWith(lower, ".smartbin"))
-            return true;
+    return base::holdsEntry(url, [](const std::string& name) {
         auto temp = base::parseTemporaryFileName(name);
-        if (temp && endsWith(base::lowercased(temp->target), ".ale"))
-            return true;
-    }
-    return false;
+        return (base::hasSuffix(name, ".bin") && !base::hasSuffix(name, ".smartbin")) ||
+               (temp && base::hasSuffix(temp->target, ".ale"));
+    });
 }
 
 // The uuid that a folder's name carries, for a folder whose details a kill kept from being written.
@@ -82,13 +70,9 @@ void appendLoaded(BinsTreeEntry& parent, TreeNode node) {
 } // namespace
 
 std::string nameOfFolder(const std::string& folder) {
-    std::string last = fs::path(folder).filename().string();
-    if (auto uuid = base::readDetailsLine(folder, 1)) {
-        std::string suffix = " - " + *uuid;
-        if (last.size() >= suffix.size() &&
-            last.compare(last.size() - suffix.size(), suffix.size(), suffix) == 0)
-            return last.substr(0, last.size() - suffix.size());
-    }
+    std::string last = base::lastComponent(folder);
+    if (auto uuid = base::readDetailsLine(folder, 1); uuid && last.ends_with(" - " + *uuid))
+        return base::lastComponent(folder, " - " + *uuid);
     auto cut = last.rfind(" - ");
     if (cut != std::string::npos && looksLikeUuid(std::string_view(last).substr(cut + 3)))
         return last.substr(0, cut);
@@ -99,19 +83,9 @@ BinsTreeLoader::BinsTreeLoader(std::string baseUrl) : m_baseUrl(std::move(baseUr
 }
 
 bool BinsTreeLoader::isBinFolder(const std::string& url) {
-    std::error_code ec;
-    fs::directory_iterator it(url, ec);
-    if (ec)
-        return false;
-    for (const auto& entry : it) {
-        std::string lower = base::lowercased(entry.path().filename().string());
-        auto endsWith = [&](std::string_view s) {
-            return lower.size() >= s.size() && lower.compare(lower.size() - s.size(), s.size(), s) == 0;
-        };
-        if (endsWith(".ale") || endsWith(".smartbin"))
-            return true;
-    }
-    return false;
+    return base::holdsEntry(url, [](const std::string& name) {
+        return base::hasSuffix(name, ".ale") || base::hasSuffix(name, ".smartbin");
+    });
 }
 
 TreeNode BinsTreeLoader::loadEntry(const std::string& url, BinsHost* sharedstuff,

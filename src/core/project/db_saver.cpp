@@ -1,6 +1,7 @@
 #include "project/db_saver.h"
 
 #include "base/console.h"
+#include "base/file_names.h"
 #include "base/text_file.h"
 #include "base/text_helpers.h"
 #include "import/csv_parser.h"
@@ -18,19 +19,7 @@ using base::printLine;
 using tables::CSVTable;
 using tables::DBTable;
 
-namespace {
-
-bool holdsCsvFile(const fs::path& folder) {
-    std::error_code error;
-    for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
-        std::string lower = base::lowercased(it->path().filename().string());
-        if (lower.size() >= 4 && lower.compare(lower.size() - 4, 4, ".csv") == 0)
-            return true;
-    }
-    return false;
-}
-
-} // namespace
+namespace {} // namespace
 
 DBSaver::DBSaver(std::string baseUrl, project::SharedStuff& sharedstuff)
     : m_baseUrl(std::move(baseUrl)), m_sharedstuff(sharedstuff) {
@@ -155,7 +144,8 @@ DBLoader::loadAll(base::Notifications* notifications) const {
     std::sort(folders.begin(), folders.end());
     std::vector<std::shared_ptr<DBTable>> tables;
     for (const auto& folder : folders) {
-        if (!holdsCsvFile(folder))
+        if (!base::holdsEntry(folder.string(),
+                              [](const std::string& name) { return base::hasSuffix(name, ".csv"); }))
             continue;
         auto table = std::make_shared<CSVTable>(project::nameOfFolder(folder.string()));
         if (table->load(folder.string(), notifications)) {

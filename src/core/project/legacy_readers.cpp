@@ -20,11 +20,6 @@ namespace {
 
 constexpr std::string_view treebinKey = "treebin";
 
-bool endsWith(std::string_view text, std::string_view suffix) {
-    return text.size() >= suffix.size() &&
-           text.compare(text.size() - suffix.size(), suffix.size(), suffix) == 0;
-}
-
 // The names of the folder's entries, sorted so that a migration reads in the same order on every disk.
 std::optional<std::vector<std::string>> listNames(const std::string& folder) {
     std::error_code ec;
@@ -154,7 +149,7 @@ LegacyRead readLegacyBins(const std::string& folder, BinsTreeEntry& root,
     LegacyRead result = LegacyRead::complete;
     std::vector<PendingBin> pending;
     for (const auto& name : *names) {
-        if (!endsWith(name, ".bin"))
+        if (!name.ends_with(".bin"))
             continue;
         std::string base = name.substr(0, name.size() - 4);
         if (!present.count(base + ".ale")) {
@@ -202,7 +197,7 @@ LegacyRead readLegacySmartbins(const std::string& folder, BinsTreeEntry& root,
     LegacyRead result = LegacyRead::complete;
     std::vector<PendingBin> pending;
     for (const auto& name : *names) {
-        if (!endsWith(name, ".smartbin"))
+        if (!name.ends_with(".smartbin"))
             continue;
         std::string path = (fs::path(folder) / name).string();
         auto bin = std::make_shared<Bin>(sharedstuff);
@@ -235,7 +230,7 @@ LegacyRead readLegacyLayouts(const std::string& folder, tables::ProjectLayouts& 
         return LegacyRead::failed;
     LegacyRead result = LegacyRead::complete;
     for (const auto& name : *names) {
-        if (!endsWith(name, tables::ColumnsLayout::fileSuffix))
+        if (!name.ends_with(tables::ColumnsLayout::fileSuffix))
             continue;
         std::string path = (fs::path(folder) / name).string();
         auto text = base::readTextFile(path, notifications);

@@ -1,6 +1,7 @@
 #include "tables/columns_layout.h"
 
 #include "base/console.h"
+#include "base/file_names.h"
 #include "base/text_file.h"
 #include "base/text_helpers.h"
 #include "base/text_order.h"
@@ -72,10 +73,6 @@ std::vector<std::string_view> tabParts(std::string_view line) {
         start = stop + 1;
     }
     return parts;
-}
-
-bool endsWithLayoutSuffix(const fs::path& path) {
-    return base::lowercased(path.filename().string()).ends_with(ColumnsLayout::fileSuffix);
 }
 
 } // namespace
@@ -150,7 +147,8 @@ bool ColumnsLayout::save(const std::string& folder, bool isCopy, base::Notificat
     for (const auto& entry : fs::directory_iterator(folder, ec)) {
         std::error_code removeError;
         if (entry.is_regular_file(removeError) && entry.path().filename() != ownName &&
-            endsWithLayoutSuffix(entry.path()) && !fs::remove(entry.path(), removeError) && removeError)
+            base::hasSuffix(entry.path().filename().string(), ColumnsLayout::fileSuffix) &&
+            !fs::remove(entry.path(), removeError) && removeError)
             return fail("ERROR removing " + entry.path().string());
     }
     return true;

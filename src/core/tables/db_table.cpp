@@ -1,6 +1,7 @@
 #include "tables/db_table.h"
 
 #include "base/console.h"
+#include "base/file_names.h"
 #include "base/text_file.h"
 #include "base/text_helpers.h"
 
@@ -22,12 +23,6 @@ std::string diskName(std::string_view name) {
     std::string out(name);
     std::replace(out.begin(), out.end(), '/', '_');
     return out;
-}
-
-bool endsWithLowered(const fs::path& path, std::string_view suffix) {
-    std::string lower = base::lowercased(path.filename().string());
-    return lower.size() >= suffix.size() &&
-           lower.compare(lower.size() - suffix.size(), suffix.size(), suffix) == 0;
 }
 
 } // namespace
@@ -117,7 +112,8 @@ bool DBTable::save(const std::string& folder, bool isCopy, base::Notifications* 
     // the current one may stay.
     std::error_code error;
     for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
-        if (it->path().filename() != path.filename() && endsWithLowered(it->path(), ".csv")) {
+        if (it->path().filename() != path.filename() &&
+            base::hasSuffix(it->path().filename().string(), ".csv")) {
             std::error_code ignored;
             fs::remove(it->path(), ignored);
         }

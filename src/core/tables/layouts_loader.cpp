@@ -1,6 +1,7 @@
 #include "tables/layouts_loader.h"
 
 #include "base/console.h"
+#include "base/file_names.h"
 #include "base/text_helpers.h"
 
 #include <algorithm>
@@ -31,16 +32,8 @@ std::optional<std::string> unusableLayoutName(std::string_view name) {
 }
 
 bool LayoutsLoader::isLayoutFolder(const std::string& url) {
-    std::error_code ec;
-    fs::directory_iterator it(url, ec);
-    if (ec)
-        return false;
-    for (const auto& entry : it) {
-        std::string lower = base::lowercased(entry.path().filename().string());
-        if (lower.ends_with(ColumnsLayout::fileSuffix))
-            return true;
-    }
-    return false;
+    return base::holdsEntry(
+        url, [](const std::string& name) { return base::hasSuffix(name, ColumnsLayout::fileSuffix); });
 }
 
 std::shared_ptr<ColumnsLayout> LayoutsLoader::loadLayout(const std::string& url,
