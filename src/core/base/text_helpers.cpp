@@ -229,6 +229,14 @@ template <typename Number> std::optional<Number> parseSignedNumber(std::string_v
     return value;
 }
 
+// "nan" and "inf" read as numbers but no rate, width or date is one, and a NaN breaks every comparison.
+template <typename Number> std::optional<Number> finiteNumber(std::string_view text) noexcept {
+    const std::optional<Number> value = parseSignedNumber<Number>(text);
+    if (value && !std::isfinite(*value))
+        return std::nullopt;
+    return value;
+}
+
 } // namespace
 
 std::optional<long long> parseInteger(std::string_view text) noexcept {
@@ -236,11 +244,11 @@ std::optional<long long> parseInteger(std::string_view text) noexcept {
 }
 
 std::optional<double> parseDecimal(std::string_view text) noexcept {
-    const std::optional<double> value = parseSignedNumber<double>(text);
-    // "nan" and "inf" read as numbers but no rate, width or date is one, and a NaN breaks every comparison.
-    if (value && !std::isfinite(*value))
-        return std::nullopt;
-    return value;
+    return finiteNumber<double>(text);
+}
+
+std::optional<float> parseFloat(std::string_view text) noexcept {
+    return finiteNumber<float>(text);
 }
 
 std::optional<Timecode> parseTimecode(std::string_view text) {

@@ -47,7 +47,9 @@ struct Timecode {
 
 // A whole decimal integer with an optional sign, nothing around it; absent on overflow.
 [[nodiscard]] std::optional<long long> parseInteger(std::string_view text) noexcept;
-// A decimal number ("25", "23.976", "-1e2"), nothing around it.
+// A decimal number ("25", "23.976", "-1e2"), nothing around it; "nan" and "inf" are none.
 [[nodiscard]] std::optional<double> parseDecimal(std::string_view text) noexcept;
+// The same as a 32-bit number holds it; absent beyond its range.
+[[nodiscard]] std::optional<float> parseFloat(std::string_view text) noexcept;
 
 } // namespace lumbra::base

@@ -1,6 +1,7 @@
 #include "db/db_column_tools.h"
 
 #include "base/saveable.h"
+#include "base/text_helpers.h"
 
 #include <algorithm>
 #include <charconv>
@@ -182,19 +183,6 @@ std::string digest(std::string_view text) {
     return out;
 }
 
-std::optional<float> readFloat(std::string_view text) {
-    if (text.starts_with('+'))
-        text.remove_prefix(1);
-    if (text.empty() || text.front() == '+')
-        return std::nullopt;
-    float value = 0.0F;
-    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    // "nan" and "inf" are texts to keep, not numbers to sum.
-    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
-        return std::nullopt;
-    return value;
-}
-
 std::string formatFloat(float value) {
     char buffer[64];
     auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, value);
@@ -265,8 +253,8 @@ bool groupBy(tables::DBTable& table, const std::string& column) {
             const tables::RowData& row = table.data[*j].data;
             for (std::size_t c = 0; c < others.size(); ++c) {
                 const std::string& b = row.valueOr(others[c]);
-                auto x = readFloat(merged[c]);
-                auto y = readFloat(b);
+                auto x = base::parseFloat(merged[c]);
+                auto y = base::parseFloat(b);
                 if (x && y) {
                     merged[c] = formatFloat(*x + *y);
                     changed[c] = true;
@@ -279,7 +267,7 @@ bool groupBy(tables::DBTable& table, const std::string& column) {
         }
         for (std::size_t c = 0; c < others.size(); ++c) {
             if (changed[c])
-                kept.set(others[c], readFloat(merged[c]) ? std::move(merged[c]) : digest(merged[c]));
+                kept.set(others[c], base::parseFloat(merged[c]) ? std::move(merged[c]) : digest(merged[c]));
         }
     }
     if (!any)

@@ -39,8 +39,6 @@ bool groupBy(tables::DBTable& table, const std::string& column);
 [[nodiscard]] std::string combine(std::string_view a, std::string_view b);
 // One letter or digit per character, from a hash of the character.
 [[nodiscard]] std::string digest(std::string_view text);
-// The value as a single-precision number, the whole text and nothing else.
-[[nodiscard]] std::optional<float> readFloat(std::string_view text);
 // The shortest text that reads back as the same single-precision number; whole numbers end in ".0".
 [[nodiscard]] std::string formatFloat(float value);
 

@@ -1,11 +1,10 @@
 #include "project/project_file.h"
 
 #include "base/text_file.h"
+#include "base/text_helpers.h"
 #include "project/shared_stuff.h"
 
-#include <charconv>
-#include <cmath>
-#include <type_traits>
+#include <limits>
 #include <unordered_map>
 
 namespace lumbra::project {
@@ -50,19 +49,12 @@ std::string widthRuleName(ColumnsDefaultWidth rule) {
     return "asneeded";
 }
 
-// The whole token or nothing, as a number parser that refuses trailing text does.
-template <typename T> std::optional<T> parseNumber(std::string_view token) {
-    if (!token.empty() && token.front() == '+')
-        token.remove_prefix(1);
-    T value{};
-    auto [end, ec] = std::from_chars(token.data(), token.data() + token.size(), value);
-    if (token.empty() || ec != std::errc() || end != token.data() + token.size())
+// A count that an int holds, or nothing.
+std::optional<int> parseCount(std::string_view token) {
+    std::optional<long long> value = base::parseInteger(token);
+    if (!value || *value < std::numeric_limits<int>::min() || *value > std::numeric_limits<int>::max())
         return std::nullopt;
-    if constexpr (std::is_floating_point_v<T>) {
-        if (!std::isfinite(value))
-            return std::nullopt;
-    }
-    return value;
+    return static_cast<int>(*value);
 }
 
 std::vector<std::string> split(std::string_view text, char separator) {
@@ -180,7 +172,7 @@ void readColumnsWidth(const std::vector<std::string>& tokens, tables::ProjectLay
     const std::string& rule = tokens[1];
     if (rule == "fixed") {
         layouts.columnsdefaultwidth = ColumnsDefaultWidth::fixed;
-        if (auto width = tokens.size() > 2 ? parseNumber<float>(tokens[2]) : std::nullopt)
+        if (auto width = tokens.size() > 2 ? base::parseFloat(tokens[2]) : std::nullopt)
             layouts.columnsfixedwidth = static_cast<double>(*width);
     } else if (rule == "fittoheader") {
         layouts.columnsdefaultwidth = ColumnsDefaultWidth::fittoheader;
@@ -224,13 +216,13 @@ void readLine(const std::vector<std::string>& tokens, Key key, SharedStuff& s, P
             s.userDefinedProperties[tokens[1]] = tokens[2];
         break;
     case Key::timeInMinBackup:
-        s.timeInMinBackup = parseNumber<double>(tokens[1]).value_or(5.0);
+        s.timeInMinBackup = base::parseDecimal(tokens[1]).value_or(5.0);
         break;
     case Key::maxNBackup:
-        s.maxNBackup = parseNumber<int>(tokens[1]).value_or(1);
+        s.maxNBackup = parseCount(tokens[1]).value_or(1);
         break;
     case Key::maxShowBinToImport:
-        s.maxShowBinToImport = parseNumber<int>(tokens[1]).value_or(10);
+        s.maxShowBinToImport = parseCount(tokens[1]).value_or(10);
         break;
     case Key::statusBarRuleNew:
         s.statusBarRule = tokens[1];

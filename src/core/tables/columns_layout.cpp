@@ -47,20 +47,6 @@ std::string formatWidth(double width) {
     return base::formatDecimal(width);
 }
 
-// A width that a 32-bit number can hold; infinities and "nan" are refused, as no column is drawn so.
-std::optional<double> parseWidth(std::string_view text) {
-    if (!text.empty() && text.front() == '+') {
-        text.remove_prefix(1);
-        if (!text.empty() && text.front() == '-')
-            return std::nullopt;
-    }
-    float value = 0;
-    auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (text.empty() || ec != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
-        return std::nullopt;
-    return static_cast<double>(value);
-}
-
 // Tab-separated parts of a column line, empty ones dropped.
 std::vector<std::string_view> tabParts(std::string_view line) {
     std::vector<std::string_view> parts;
@@ -185,7 +171,8 @@ void ColumnsLayout::readLayoutText(std::string_view text) {
             continue;
         columns.emplace_back(parts[0]);
         if (parts.size() >= 2) {
-            if (auto width = parseWidth(parts[1]))
+            // A width is what a 32-bit number can hold.
+            if (auto width = base::parseFloat(parts[1]))
                 colwidths[columns.back()] = *width;
         }
     }

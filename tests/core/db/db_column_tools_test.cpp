@@ -1,3 +1,4 @@
+#include "base/text_helpers.h"
 #include "db/db_column_tools.h"
 
 #include <gtest/gtest.h>
@@ -154,13 +155,13 @@ TEST(DBColumnTools, DigestGivesOneAlphabetEntryPerCharacter) {
 }
 
 TEST(DBColumnTools, FloatsReadWholeAndWriteShortest) {
-    EXPECT_EQ(readFloat("10"), 10.0F);
-    EXPECT_EQ(readFloat("2.5"), 2.5F);
-    EXPECT_EQ(readFloat("1e3"), 1000.0F);
-    EXPECT_EQ(readFloat("-4"), -4.0F);
-    for (const char* text : {"", "10 ", " 10", "ten", "10px", "+", "1,5"}) {
+    EXPECT_EQ(lumbra::base::parseFloat("10"), 10.0F);
+    EXPECT_EQ(lumbra::base::parseFloat("2.5"), 2.5F);
+    EXPECT_EQ(lumbra::base::parseFloat("1e3"), 1000.0F);
+    EXPECT_EQ(lumbra::base::parseFloat("-4"), -4.0F);
+    for (const char* text : {"", "10 ", " 10", "ten", "10px", "+", "1,5", "+-5"}) {
         SCOPED_TRACE(text);
-        EXPECT_FALSE(readFloat(text));
+        EXPECT_FALSE(lumbra::base::parseFloat(text));
     }
     EXPECT_EQ(formatFloat(30.0F), "30.0");
     EXPECT_EQ(formatFloat(12.5F), "12.5");

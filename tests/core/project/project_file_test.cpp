@@ -135,6 +135,11 @@ TEST(ProjectFile, ReaderCases) {
              EXPECT_EQ(s.maxNBackup, 1);
              EXPECT_EQ(s.maxShowBinToImport, 10);
          }},
+        {"a doubled sign is no number", "P\ntimeInMinBackup\t+-2\nmaxNBackup\t+-3\n",
+         [](const SharedStuff& s) {
+             EXPECT_EQ(s.timeInMinBackup, 5.0);
+             EXPECT_EQ(s.maxNBackup, 1);
+         }},
         {"endless numbers take their fallbacks", "P\ntimeInMinBackup\tinf\ncolumnsdefaultwidth\tfixed\tnan\n",
          [](const SharedStuff& s) {
              EXPECT_EQ(s.timeInMinBackup, 5.0);
