@@ -7,6 +7,7 @@
 #include <cstring>
 #include <unicode/locid.h>
 #include <unicode/unistr.h>
+#include <unicode/utf8.h>
 #include <utility>
 
 namespace lumbra::base {
@@ -177,36 +178,13 @@ bool isValidUtf8(std::string_view text) noexcept {
             i += 8;
             continue;
         }
-        unsigned char c = s[i];
-        if (c < 0x80) {
-            ++i;
-            continue;
-        }
-        std::size_t len;
-        char32_t cp;
-        if (c >= 0xC2 && c <= 0xDF) {
-            len = 2;
-            cp = c & 0x1F;
-        } else if (c >= 0xE0 && c <= 0xEF) {
-            len = 3;
-            cp = c & 0x0F;
-        } else if (c >= 0xF0 && c <= 0xF4) {
-            len = 4;
-            cp = c & 0x07;
-        } else {
+        // One character at a time otherwise, within its longest length: ICU's indices are 32-bit.
+        std::int32_t length = 0;
+        UChar32 c = 0;
+        U8_NEXT(s + i, length, static_cast<std::int32_t>(std::min<std::size_t>(n - i, U8_MAX_LENGTH)), c);
+        if (c < 0)
             return false;
-        }
-        if (i + len > n)
-            return false;
-        for (std::size_t k = 1; k < len; ++k) {
-            if ((s[i + k] & 0xC0) != 0x80)
-                return false;
-            cp = (cp << 6) | (s[i + k] & 0x3F);
-        }
-        if ((len == 3 && cp < 0x800) || (len == 4 && (cp < 0x10000 || cp > 0x10FFFF)) ||
-            (cp >= 0xD800 && cp <= 0xDFFF))
-            return false;
-        i += len;
+        i += static_cast<std::size_t>(length);
     }
     return true;
 }

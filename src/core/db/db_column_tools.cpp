@@ -2,6 +2,7 @@
 
 #include "base/saveable.h"
 #include "base/text_helpers.h"
+#include "import/csv_options.h"
 
 #include <algorithm>
 #include <charconv>
@@ -50,15 +51,6 @@ std::vector<Character> characters(std::string_view text) {
         out.push_back(c);
     }
     return out;
-}
-
-void appendCode(std::string& out, char32_t code) {
-    if (code < 0x80) {
-        out += static_cast<char>(code);
-    } else {
-        out += static_cast<char>(0xC0 | (code >> 6));
-        out += static_cast<char>(0x80 | (code & 0x3F));
-    }
 }
 
 // Marks that join the character before them into one character as the user sees it.
@@ -164,7 +156,7 @@ std::string combine(std::string_view a, std::string_view b) {
     for (std::size_t p = 0; p < length; ++p) {
         std::uint64_t x = p < left.size() && left[p] ? *left[p] + 1ULL : 1ULL;
         std::uint64_t y = p < right.size() && right[p] ? *right[p] : 0ULL;
-        appendCode(out, static_cast<char32_t>((x + y) % 255));
+        out += import::utf8Character(static_cast<char32_t>((x + y) % 255));
     }
     return out;
 }

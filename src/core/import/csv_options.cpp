@@ -4,39 +4,36 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <limits>
+#include <unicode/utf8.h>
 
 namespace lumbra::import {
 
 namespace {
 
-bool isContinuation(unsigned char byte) noexcept {
-    return (byte & 0xC0) == 0x80;
+bool isContinuation(char byte) noexcept {
+    return U8_IS_TRAIL(static_cast<unsigned char>(byte));
 }
 
 // The character that starts at the front of the bytes, with its length; absent for a malformed sequence.
 std::optional<char32_t> decodeAt(std::string_view text, std::size_t& length) noexcept {
     if (text.empty())
         return std::nullopt;
-    auto lead = static_cast<unsigned char>(text[0]);
-    std::size_t n = lead < 0x80             ? 1
-                    : (lead & 0xE0) == 0xC0 ? 2
-                    : (lead & 0xF0) == 0xE0 ? 3
-                    : (lead & 0xF8) == 0xF0 ? 4
-                                            : 0;
-    if (n == 0 || n > text.size() || !base::isValidUtf8(text.substr(0, n)))
+    std::int32_t end = 0;
+    UChar32 c = 0;
+    U8_NEXT(text.data(), end, static_cast<std::int32_t>(std::min<std::size_t>(text.size(), U8_MAX_LENGTH)),
+            c);
+    if (c < 0)
         return std::nullopt;
-    char32_t c = n == 1 ? lead : lead & (0x7F >> n);
-    for (std::size_t i = 1; i < n; ++i)
-        c = (c << 6) | (static_cast<unsigned char>(text[i]) & 0x3F);
-    length = n;
-    return c;
+    length = static_cast<std::size_t>(end);
+    return static_cast<char32_t>(c);
 }
 
 // Byte offset of the character numbered `count` (from 0), or the size when the text is shorter.
 std::size_t offsetOfCharacter(std::string_view text, std::size_t count) noexcept {
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (!isContinuation(static_cast<unsigned char>(text[i]))) {
+        if (!isContinuation(text[i])) {
             if (count == 0)
                 return i;
             --count;
@@ -46,8 +43,8 @@ std::size_t offsetOfCharacter(std::string_view text, std::size_t count) noexcept
 }
 
 std::size_t characterCount(std::string_view text) noexcept {
-    return static_cast<std::size_t>(std::count_if(
-        text.begin(), text.end(), [](char c) { return !isContinuation(static_cast<unsigned char>(c)); }));
+    return static_cast<std::size_t>(
+        std::count_if(text.begin(), text.end(), [](char c) { return !isContinuation(c); }));
 }
 
 constexpr std::array<char32_t, 4> listedSeparators{U',', U'\t', U';', U' '};
@@ -55,23 +52,10 @@ constexpr std::array<char32_t, 4> listedSeparators{U',', U'\t', U';', U' '};
 } // namespace
 
 std::string utf8Character(char32_t c) {
-    std::string out;
-    if (c < 0x80) {
-        out.push_back(static_cast<char>(c));
-    } else if (c < 0x800) {
-        out.push_back(static_cast<char>(0xC0 | (c >> 6)));
-        out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-    } else if (c < 0x10000) {
-        out.push_back(static_cast<char>(0xE0 | (c >> 12)));
-        out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-    } else {
-        out.push_back(static_cast<char>(0xF0 | (c >> 18)));
-        out.push_back(static_cast<char>(0x80 | ((c >> 12) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-    }
-    return out;
+    char bytes[U8_MAX_LENGTH];
+    std::int32_t length = 0;
+    U8_APPEND_UNSAFE(bytes, length, c);
+    return {bytes, static_cast<std::size_t>(length)};
 }
 
 std::optional<char32_t> firstCharacter(std::string_view text) noexcept {
@@ -83,7 +67,7 @@ std::optional<char32_t> lastCharacter(std::string_view text) noexcept {
     if (text.empty())
         return std::nullopt;
     std::size_t start = text.size() - 1;
-    while (start > 0 && text.size() - start < 4 && isContinuation(static_cast<unsigned char>(text[start])))
+    while (start > 0 && text.size() - start < 4 && isContinuation(text[start]))
         --start;
     std::size_t length = 0;
     auto c = decodeAt(text.substr(start), length);
