@@ -15,12 +15,7 @@ namespace lumbra::project {
 using base::printLine;
 
 SharedStuff::SharedStuff(base::UserInteraction* interaction)
-    : bins(std::make_shared<BinsTreeEntry>("root", nullptr, std::vector<TreeNode>{}, this)),
-      smartbins(std::make_shared<BinsTreeEntry>("smartbins", nullptr, std::vector<TreeNode>{}, this)),
-      interaction(interaction), m_saver(std::make_unique<ProjectSaver>(*this)) {
-    TagTrees trees = emptyTagTrees();
-    tagThreeWithSmartbins = std::move(trees.withSmartbins);
-    tagThreeWithoutSmartbins = std::move(trees.withoutSmartbins);
+    : ProjectContents(this), SessionState(interaction), m_saver(std::make_unique<ProjectSaver>(*this)) {
 }
 
 SharedStuff::~SharedStuff() = default;
@@ -81,56 +76,6 @@ void SharedStuff::refreshSmartbins(Bin& bin, bool refreshBin) {
     rebuildTagTrees();
 }
 
-std::vector<Bin*> SharedStuff::openBins() const {
-    std::vector<Bin*> out;
-    std::copy_if(bins->toarray.begin(), bins->toarray.end(), std::back_inserter(out),
-                 [](const Bin* b) { return b->selected(); });
-    out.insert(out.end(), smartbins->toarray.begin(), smartbins->toarray.end());
-    return out;
-}
-
-std::vector<Bin*> SharedStuff::allBins() const {
-    std::vector<Bin*> out = bins->toarray;
-    out.insert(out.end(), smartbins->toarray.begin(), smartbins->toarray.end());
-    return out;
-}
-
-tables::OrderedStringList SharedStuff::allColumns() const {
-    tables::OrderedStringList out(true);
-    auto addAll = [&](const std::vector<std::string>& names) {
-        for (const auto& name : names)
-            out.insert(name);
-    };
-    for (const Bin* bin : allBins()) {
-        if (bin->table())
-            addAll(bin->table()->cols);
-    }
-    for (const auto& layout : projectLayouts.layouts)
-        addAll(layout->columns);
-    if (projectLayouts.baseLayout)
-        addAll(projectLayouts.baseLayout->columns);
-    return out;
-}
-
-void SharedStuff::refreshOpenBoxes() {
-    for (SharedStuffDelegate* delegate : delegates)
-        delegate->refreshOpenBoxes();
-}
-
-void SharedStuff::refreshLayoutButtons() {
-    for (SharedStuffDelegate* delegate : delegates)
-        delegate->refreshLayoutButtons();
-}
-
-bool SharedStuff::removeJob(const std::string& name) {
-    auto it =
-        std::find_if(tareljobs.begin(), tareljobs.end(), [&](const TarelJob& j) { return j.name == name; });
-    if (it == tareljobs.end())
-        return false;
-    tareljobs.erase(it);
-    return true;
-}
-
 bool SharedStuff::addJob(TarelJob job) {
     auto it = std::find_if(tareljobs.begin(), tareljobs.end(),
                            [&](const TarelJob& j) { return j.name == job.name; });
@@ -149,88 +94,11 @@ bool SharedStuff::addJob(TarelJob job) {
     return true;
 }
 
-void SharedStuff::flushBufferedNotifications() {
-    if (interaction && !bufferedNotifications.empty())
-        interaction->notify(bufferedNotifications);
-    bufferedNotifications.clear();
-}
-
 void SharedStuff::projectChanged() {
     if (autosave)
         save();
     else
         something_to_save = true;
-}
-
-void SharedStuff::addLog(const std::string& text, bool notify, const std::string& title,
-                         base::NotificationType kind) {
-    if (mainWindow && interaction) {
-        interaction->addLog(text, notify, title, kind);
-        return;
-    }
-    printLine(text);
-    if (notify)
-        bufferedNotifications.emplace_back(title, text, kind);
-}
-
-std::optional<std::string> SharedStuff::interpretProjectToken(std::string_view token) const {
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
-    return interpretProjectToken(token, local);
-}
-
-std::optional<std::string> SharedStuff::interpretProjectToken(std::string_view token,
-                                                              const std::tm& now) const {
-    auto twoDigits = [](int n) {
-        char buffer[16];
-        std::snprintf(buffer, sizeof buffer, "%02d", n);
-        return std::string(buffer);
-    };
-    const int year = now.tm_year + 1900;
-    const int month = now.tm_mon + 1;
-    if (token == "projname")
-        return projectName.value_or("");
-    if (token == "date")
-        return twoDigits(now.tm_mday) + "_" + twoDigits(month) + "_" + twoDigits(year);
-    if (token == "day")
-        return twoDigits(now.tm_mday);
-    if (token == "month")
-        return twoDigits(month);
-    if (token == "year")
-        return twoDigits(year);
-    const std::pair<std::string_view, const std::optional<std::string>*> fields[] = {
-        {"projfps", &fps},     {"projresolution", &tlResolution}, {"projtape", &tapeId},
-        {"projsound", &sound}, {"projfilmformat", &film_format},
-    };
-    for (const auto& [name, field] : fields) {
-        if (token == name)
-            return field->value_or("");
-    }
-    auto property = userDefinedProperties.find(std::string(token));
-    if (property != userDefinedProperties.end())
-        return property->second;
-    return std::nullopt;
-}
-
-std::string SharedStuff::nextBinName() const {
-    return project::nextBinName(*bins, *smartbins);
-}
-
-std::string SharedStuff::nextGroupName() const {
-    return project::nextGroupName(*bins, *smartbins);
-}
-
-std::string SharedStuff::nextSmartbinName() const {
-    return project::nextSmartbinName(*bins, *smartbins);
-}
-
-std::string SharedStuff::uniqueId(const std::string& name) const {
-    return project::uniqueId(name, *bins, *smartbins);
-}
-
-std::string SharedStuff::uniqueName(const std::string& name) const {
-    return project::uniqueName(name, *bins, *smartbins);
 }
 
 std::shared_ptr<tables::ColumnsLayout> SharedStuff::baseLayout() const {
@@ -266,6 +134,141 @@ void SharedStuff::rowChanged(tables::ALEEntry& row) {
         if (SmartTableLink* smart = smartLink(*smartbin))
             smart->reEvaluate(handle);
     }
+}
+
+std::optional<std::string> ProjectSettings::interpretProjectToken(std::string_view token) const {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    return interpretProjectToken(token, local);
+}
+
+std::optional<std::string> ProjectSettings::interpretProjectToken(std::string_view token,
+                                                                  const std::tm& now) const {
+    auto twoDigits = [](int n) {
+        char buffer[16];
+        std::snprintf(buffer, sizeof buffer, "%02d", n);
+        return std::string(buffer);
+    };
+    const int year = now.tm_year + 1900;
+    const int month = now.tm_mon + 1;
+    if (token == "projname")
+        return projectName.value_or("");
+    if (token == "date")
+        return twoDigits(now.tm_mday) + "_" + twoDigits(month) + "_" + twoDigits(year);
+    if (token == "day")
+        return twoDigits(now.tm_mday);
+    if (token == "month")
+        return twoDigits(month);
+    if (token == "year")
+        return twoDigits(year);
+    const std::pair<std::string_view, const std::optional<std::string>*> fields[] = {
+        {"projfps", &fps},     {"projresolution", &tlResolution}, {"projtape", &tapeId},
+        {"projsound", &sound}, {"projfilmformat", &film_format},
+    };
+    for (const auto& [name, field] : fields) {
+        if (token == name)
+            return field->value_or("");
+    }
+    auto property = userDefinedProperties.find(std::string(token));
+    if (property != userDefinedProperties.end())
+        return property->second;
+    return std::nullopt;
+}
+
+ProjectContents::ProjectContents(BinsHost* host)
+    : bins(std::make_shared<BinsTreeEntry>("root", nullptr, std::vector<TreeNode>{}, host)),
+      smartbins(std::make_shared<BinsTreeEntry>("smartbins", nullptr, std::vector<TreeNode>{}, host)) {
+    TagTrees trees = emptyTagTrees();
+    tagThreeWithSmartbins = std::move(trees.withSmartbins);
+    tagThreeWithoutSmartbins = std::move(trees.withoutSmartbins);
+}
+
+std::vector<Bin*> ProjectContents::openBins() const {
+    std::vector<Bin*> out;
+    std::copy_if(bins->toarray.begin(), bins->toarray.end(), std::back_inserter(out),
+                 [](const Bin* b) { return b->selected(); });
+    out.insert(out.end(), smartbins->toarray.begin(), smartbins->toarray.end());
+    return out;
+}
+
+std::vector<Bin*> ProjectContents::allBins() const {
+    std::vector<Bin*> out = bins->toarray;
+    out.insert(out.end(), smartbins->toarray.begin(), smartbins->toarray.end());
+    return out;
+}
+
+tables::OrderedStringList ProjectContents::allColumns() const {
+    tables::OrderedStringList out(true);
+    auto addAll = [&](const std::vector<std::string>& names) {
+        for (const auto& name : names)
+            out.insert(name);
+    };
+    for (const Bin* bin : allBins()) {
+        if (bin->table())
+            addAll(bin->table()->cols);
+    }
+    for (const auto& layout : projectLayouts.layouts)
+        addAll(layout->columns);
+    if (projectLayouts.baseLayout)
+        addAll(projectLayouts.baseLayout->columns);
+    return out;
+}
+
+bool ProjectContents::removeJob(const std::string& name) {
+    auto it =
+        std::find_if(tareljobs.begin(), tareljobs.end(), [&](const TarelJob& j) { return j.name == name; });
+    if (it == tareljobs.end())
+        return false;
+    tareljobs.erase(it);
+    return true;
+}
+
+std::string ProjectContents::nextBinName() const {
+    return project::nextBinName(*bins, *smartbins);
+}
+
+std::string ProjectContents::nextGroupName() const {
+    return project::nextGroupName(*bins, *smartbins);
+}
+
+std::string ProjectContents::nextSmartbinName() const {
+    return project::nextSmartbinName(*bins, *smartbins);
+}
+
+std::string ProjectContents::uniqueId(const std::string& name) const {
+    return project::uniqueId(name, *bins, *smartbins);
+}
+
+std::string ProjectContents::uniqueName(const std::string& name) const {
+    return project::uniqueName(name, *bins, *smartbins);
+}
+
+void SessionState::refreshOpenBoxes() {
+    for (SharedStuffDelegate* delegate : delegates)
+        delegate->refreshOpenBoxes();
+}
+
+void SessionState::refreshLayoutButtons() {
+    for (SharedStuffDelegate* delegate : delegates)
+        delegate->refreshLayoutButtons();
+}
+
+void SessionState::flushBufferedNotifications() {
+    if (interaction && !bufferedNotifications.empty())
+        interaction->notify(bufferedNotifications);
+    bufferedNotifications.clear();
+}
+
+void SessionState::addLog(const std::string& text, bool notify, const std::string& title,
+                          base::NotificationType kind) {
+    if (mainWindow && interaction) {
+        interaction->addLog(text, notify, title, kind);
+        return;
+    }
+    printLine(text);
+    if (notify)
+        bufferedNotifications.emplace_back(title, text, kind);
 }
 
 } // namespace lumbra::project

@@ -66,10 +66,118 @@ struct TarelJob {
     std::string name;
 };
 
-// The open project: the trees of bins, the lists of layouts, presets, databases, pivot tables
-// and jobs, the project's settings, and the operations that make names. One per open project;
-// it exists with its defaults before anything is loaded.
-class SharedStuff : public BinsHost, public tables::ProjectLink {
+// What the project file holds of an open project besides its trees and layouts: its name, the values bins
+// take for their heading, the rules and the user's choices.
+class ProjectSettings {
+public:
+    // The value of a project token of a clever string ("projname", "date", a user property...);
+    // unset fields answer "", an unknown token nothing. Dates are those of `now`, in local time.
+    [[nodiscard]] std::optional<std::string> interpretProjectToken(std::string_view token) const;
+    [[nodiscard]] std::optional<std::string> interpretProjectToken(std::string_view token,
+                                                                   const std::tm& now) const;
+
+    std::optional<std::string> projectName;
+    std::optional<std::string> fps;
+    std::optional<std::string> tlResolution;
+    std::optional<std::string> sound;
+    std::optional<std::string> film_format;
+    std::optional<std::string> tapeId;
+    double timeInMinBackup = 15.0;
+    int maxNBackup = 5;
+    std::vector<std::string> columns;
+    bool archiveOriginalData = true;
+    std::vector<std::string> projectTags;
+    bool saving_film_format = false;
+    bool gang = false;
+    bool autosave = true;
+    std::map<std::string, std::string> userDefinedProperties;
+    std::string statusBarRule = "Total values #{COUNT ENTRIES}";
+    std::string binNamingRule = "@{All Bin Name}";
+    int maxShowBinToImport = 5;
+    std::vector<std::string> mergeAppendOriginalColumns;
+    bool usePython = false;
+    bool installedOTIO = false;
+};
+
+// The trees and lists of an open project: bins, smart bins and the tag trees built from them, layouts,
+// presets, databases, pivot tables and jobs, and the names they make.
+class ProjectContents {
+public:
+    // Empty trees whose entries tell `host` of their changes.
+    explicit ProjectContents(BinsHost* host);
+
+    // The open bins of `bins`, then every bin of `smartbins`.
+    [[nodiscard]] std::vector<Bin*> openBins() const;
+    // Every bin of `bins`, then every bin of `smartbins`.
+    [[nodiscard]] std::vector<Bin*> allBins() const;
+    // The columns of every bin, every saved layout and the default layout, sorted, each once.
+    [[nodiscard]] tables::OrderedStringList allColumns() const;
+
+    // Removes the first job of that name; false when there is none.
+    bool removeJob(const std::string& name);
+
+    [[nodiscard]] std::string nextBinName() const;
+    [[nodiscard]] std::string nextGroupName() const;
+    [[nodiscard]] std::string nextSmartbinName() const;
+    [[nodiscard]] std::string uniqueId(const std::string& name) const;
+    [[nodiscard]] std::string uniqueName(const std::string& name) const;
+
+    // The saved layouts, the standing layouts "Default", "Project Default", the last chosen
+    // default and "System", the pinned columns and the width rules.
+    tables::ProjectLayouts projectLayouts;
+    std::vector<std::shared_ptr<base::Saveable>> exportPresets;
+    std::vector<std::shared_ptr<base::Saveable>> reportPresets;
+    std::vector<std::shared_ptr<base::Saveable>> mapPresets;
+    TreeNode bins;
+    TreeNode smartbins;
+    TreeNode tagThreeWithSmartbins;
+    TreeNode tagThreeWithoutSmartbins;
+    std::vector<std::shared_ptr<tables::DBTable>> db;
+    std::vector<std::shared_ptr<base::Saveable>> pivottables;
+    std::vector<TarelJob> tareljobs;
+};
+
+// What an open project holds only while it is open: where it is, who looks at it and answers for the user,
+// what waits to be saved or told, and the rows copied.
+class SessionState {
+public:
+    // `interaction` does not own and may be null (no user: questions take their cancelling answer).
+    explicit SessionState(base::UserInteraction* interaction) : interaction(interaction) {}
+
+    void refreshOpenBoxes();
+    void refreshLayoutButtons();
+    // Hands the buffered notifications to the user, in order, and empties the list.
+    void flushBufferedNotifications();
+    // One line for the user: to the main window's log when it stands, else printed and (with
+    // notify) buffered until flushBufferedNotifications().
+    void addLog(const std::string& text, bool notify, const std::string& title, base::NotificationType kind);
+
+    Bin* activeBin = nullptr;                    // does not own
+    std::vector<SharedStuffDelegate*> delegates; // do not own; the main window is one of them
+    std::optional<std::string> currentFolder;
+    MainWindowLink* mainWindow = nullptr;         // does not own; absent until the window stands
+    base::UserInteraction* interaction = nullptr; // does not own
+    // Set by a window that keeps typing free of disk time; the window waits for it before the project goes.
+    tables::BackgroundWriter* deferredWriter = nullptr; // does not own
+    BackupTimer timer;
+    bool something_to_save = false;
+    // Why saves into the project's own folder are refused: set when updating its earlier layout
+    // failed, so that nothing is written over the layout that still holds the bins. Copies go on.
+    std::optional<std::string> saveRefusal;
+    // Choices remembered while the project is open ("csvSeparator"); never stored, values as text.
+    std::map<std::string, std::string> options;
+    std::vector<Bin*> openthesebinsafterloading; // do not own
+    base::Notifications bufferedNotifications;
+    std::vector<tables::EntryPtr> copiedEntries;
+};
+
+// The open project: its settings, its trees and lists, and the state of its session, with the operations
+// that span them. One per open project; it exists with its defaults before anything is loaded.
+class SharedStuff : public BinsHost,
+                    public tables::ProjectLink,
+                    public ProjectSettings,
+                    public ProjectContents,
+                    public SessionState {
 public:
     // `interaction` does not own and may be null (no user: questions take their cancelling answer).
     explicit SharedStuff(base::UserInteraction* interaction = nullptr);
@@ -89,42 +197,11 @@ public:
     // Each smart bin tests the rows of `bin` again; boxes are refreshed, `bin`'s own if asked.
     void refreshSmartbins(Bin& bin, bool refreshBin);
 
-    // The open bins of `bins`, then every bin of `smartbins`.
-    [[nodiscard]] std::vector<Bin*> openBins() const;
-    // Every bin of `bins`, then every bin of `smartbins`.
-    [[nodiscard]] std::vector<Bin*> allBins() const;
-    // The columns of every bin, every saved layout and the default layout, sorted, each once.
-    [[nodiscard]] tables::OrderedStringList allColumns() const;
-
-    void refreshOpenBoxes();
-    void refreshLayoutButtons();
-
-    // Removes the first job of that name; false when there is none.
-    bool removeJob(const std::string& name);
     // Appends the job; a job of the same name is overwritten only if the user says so (false otherwise).
     bool addJob(TarelJob job);
 
-    // Hands the buffered notifications to the user, in order, and empties the list.
-    void flushBufferedNotifications();
-
     // The end of every change of project data: saves at once with autosave, else marks the project.
     void projectChanged();
-
-    // One line for the user: to the main window's log when it stands, else printed and (with
-    // notify) buffered until flushBufferedNotifications().
-    void addLog(const std::string& text, bool notify, const std::string& title, base::NotificationType kind);
-
-    // The value of a project token of a clever string ("projname", "date", a user property...);
-    // unset fields answer "", an unknown token nothing. Dates are those of `now`, in local time.
-    [[nodiscard]] std::optional<std::string> interpretProjectToken(std::string_view token) const;
-    [[nodiscard]] std::optional<std::string> interpretProjectToken(std::string_view token,
-                                                                   const std::tm& now) const;
-
-    [[nodiscard]] std::string nextBinName() const;
-    [[nodiscard]] std::string nextGroupName() const;
-    [[nodiscard]] std::string nextSmartbinName() const;
-    [[nodiscard]] std::string uniqueId(const std::string& name) const;
-    [[nodiscard]] std::string uniqueName(const std::string& name) const;
 
     // Saving (project_saver.cpp); each fails with false and says why to the user. A save writes
     // every object it can and lists in its result those it could not.
@@ -158,58 +235,6 @@ public:
 
     // tables::ProjectLink: every smart table tests the row again.
     void rowChanged(tables::ALEEntry& row) override;
-
-    // The saved layouts, the standing layouts "Default", "Project Default", the last chosen
-    // default and "System", the pinned columns and the width rules.
-    tables::ProjectLayouts projectLayouts;
-    std::vector<std::shared_ptr<base::Saveable>> exportPresets;
-    std::vector<std::shared_ptr<base::Saveable>> reportPresets;
-    std::vector<std::shared_ptr<base::Saveable>> mapPresets;
-    TreeNode bins;
-    TreeNode smartbins;
-    TreeNode tagThreeWithSmartbins;
-    TreeNode tagThreeWithoutSmartbins;
-    std::vector<std::shared_ptr<tables::DBTable>> db;
-    std::vector<std::shared_ptr<base::Saveable>> pivottables;
-    Bin* activeBin = nullptr;                    // does not own
-    std::vector<SharedStuffDelegate*> delegates; // do not own; the main window is one of them
-    std::optional<std::string> currentFolder;
-    std::optional<std::string> projectName;
-    std::optional<std::string> fps;
-    std::optional<std::string> tlResolution;
-    std::optional<std::string> sound;
-    std::optional<std::string> film_format;
-    std::optional<std::string> tapeId;
-    double timeInMinBackup = 15.0;
-    int maxNBackup = 5;
-    std::vector<std::string> columns;
-    bool archiveOriginalData = true;
-    MainWindowLink* mainWindow = nullptr;         // does not own; absent until the window stands
-    base::UserInteraction* interaction = nullptr; // does not own
-    // Set by a window that keeps typing free of disk time; the window waits for it before the project goes.
-    tables::BackgroundWriter* deferredWriter = nullptr; // does not own
-    std::vector<std::string> projectTags;
-    bool saving_film_format = false;
-    bool gang = false;
-    bool autosave = true;
-    BackupTimer timer;
-    bool something_to_save = false;
-    // Why saves into the project's own folder are refused: set when updating its earlier layout
-    // failed, so that nothing is written over the layout that still holds the bins. Copies go on.
-    std::optional<std::string> saveRefusal;
-    // Choices remembered while the project is open ("csvSeparator"); never stored, values as text.
-    std::map<std::string, std::string> options;
-    std::vector<Bin*> openthesebinsafterloading; // do not own
-    base::Notifications bufferedNotifications;
-    std::map<std::string, std::string> userDefinedProperties;
-    std::vector<TarelJob> tareljobs;
-    std::vector<tables::EntryPtr> copiedEntries;
-    std::string statusBarRule = "Total values #{COUNT ENTRIES}";
-    std::string binNamingRule = "@{All Bin Name}";
-    int maxShowBinToImport = 5;
-    std::vector<std::string> mergeAppendOriginalColumns;
-    bool usePython = false;
-    bool installedOTIO = false;
 
 private:
     std::unique_ptr<ProjectSaver> m_saver;
