@@ -14,11 +14,6 @@ namespace {
 
 using tables::ColumnsDefaultWidth;
 
-std::size_t characterCount(std::string_view text) {
-    return static_cast<std::size_t>(std::count_if(
-        text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
-}
-
 ColumnSizing sizingByRule(ColumnsDefaultWidth rule, bool pinned) {
     switch (rule) {
     case ColumnsDefaultWidth::fittoheader:
@@ -115,7 +110,7 @@ double contentWidth(const tables::ALETable& table, const std::string& column) {
     if (const auto key = tables::ColumnNames::find(column)) {
         for (const tables::EntryPtr& row : table.data) {
             if (const std::string* value = row->data().find(*key))
-                widest = std::max(widest, characterCount(*value));
+                widest = std::max(widest, base::characterCount(*value));
         }
     }
     return static_cast<double>(widest) * fitPointsPerCharacter;

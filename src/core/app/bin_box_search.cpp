@@ -13,13 +13,9 @@ char asciiLower(char c) {
     return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-bool isAscii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
 // `needle` is lower-cased already; ASCII values are compared in place, others lower-cased first.
 bool containsIgnoringCase(std::string_view haystack, std::string_view needle) {
-    if (isAscii(haystack)) {
+    if (base::isAscii(haystack)) {
         const auto hit = std::search(haystack.begin(), haystack.end(), needle.begin(), needle.end(),
                                      [](char a, char b) { return asciiLower(a) == b; });
         return hit != haystack.end();

@@ -14,23 +14,12 @@ namespace lumbra::base {
 
 namespace {
 
-// Length in bytes of the UTF-8 sequence that starts with this byte (1 for stray bytes).
-std::size_t sequenceLength(unsigned char lead) noexcept {
-    if (lead < 0x80)
-        return 1;
-    if ((lead & 0xE0) == 0xC0)
-        return 2;
-    if ((lead & 0xF0) == 0xE0)
-        return 3;
-    if ((lead & 0xF8) == 0xF0)
-        return 4;
-    return 1;
-}
-
 std::vector<std::string_view> splitCharacters(std::string_view text) {
     std::vector<std::string_view> out;
     for (std::size_t i = 0; i < text.size();) {
-        std::size_t n = std::min(sequenceLength(static_cast<unsigned char>(text[i])), text.size() - i);
+        // The lead byte tells the length; a byte that leads nothing stands alone.
+        const auto lead = static_cast<std::uint8_t>(text[i]);
+        std::size_t n = std::min<std::size_t>(U8_COUNT_TRAIL_BYTES(lead) + 1, text.size() - i);
         out.push_back(text.substr(i, n));
         i += n;
     }
@@ -145,6 +134,11 @@ std::string lowercased(std::string_view text) {
 
 std::string uppercased(std::string_view text) {
     return mapCase(text, true);
+}
+
+std::size_t characterCount(std::string_view text) noexcept {
+    return static_cast<std::size_t>(std::count_if(
+        text.begin(), text.end(), [](char c) { return !U8_IS_TRAIL(static_cast<unsigned char>(c)); }));
 }
 
 std::string dropLastCharacters(std::string_view text, std::size_t n) {

@@ -21,6 +21,8 @@ namespace lumbra::base {
 [[nodiscard]] std::string lowercased(std::string_view text);
 [[nodiscard]] std::string uppercased(std::string_view text);
 
+// The number of characters (code points) of UTF-8 text.
+[[nodiscard]] std::size_t characterCount(std::string_view text) noexcept;
 // The text less its last n characters (code points); shorter texts give "".
 [[nodiscard]] std::string dropLastCharacters(std::string_view text, std::size_t n);
 

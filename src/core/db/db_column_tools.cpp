@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <unicode/utf8.h>
 #include <unordered_map>
 
 namespace lumbra::db {
@@ -17,29 +18,20 @@ namespace {
 constexpr std::string_view digestAlphabet = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVZ0123456789";
 static_assert(digestAlphabet.size() == 59);
 
-// One character of UTF-8 text: its code and its bytes. A stray byte stands for itself.
+// One character of UTF-8 text: its code and its bytes. A byte that begins no character stands for itself.
 struct Character {
     char32_t code;
     std::string_view bytes;
 };
 
 Character characterAt(std::string_view text, std::size_t at) {
-    auto byte = static_cast<unsigned char>(text[at]);
-    std::size_t length = byte < 0x80           ? 1
-                         : (byte >> 5) == 0x6  ? 2
-                         : (byte >> 4) == 0xE  ? 3
-                         : (byte >> 3) == 0x1E ? 4
-                                               : 1;
-    if (at + length > text.size())
-        length = 1;
-    char32_t code = length == 1 ? byte : byte & (0x7F >> length);
-    for (std::size_t i = 1; i < length; ++i) {
-        auto next = static_cast<unsigned char>(text[at + i]);
-        if ((next & 0xC0) != 0x80)
-            return {byte, text.substr(at, 1)};
-        code = (code << 6) | (next & 0x3F);
-    }
-    return {code, text.substr(at, length)};
+    std::int32_t length = 0;
+    UChar32 code = 0;
+    U8_NEXT(text.data() + at, length,
+            static_cast<std::int32_t>(std::min<std::size_t>(text.size() - at, U8_MAX_LENGTH)), code);
+    if (code < 0)
+        return {static_cast<unsigned char>(text[at]), text.substr(at, 1)};
+    return {static_cast<char32_t>(code), text.substr(at, static_cast<std::size_t>(length))};
 }
 
 std::vector<Character> characters(std::string_view text) {

@@ -1,5 +1,6 @@
 #include "db/db_editing.h"
 
+#include "base/text_helpers.h"
 #include "base/user_interaction.h"
 #include "project/bin.h"
 #include "project/project_saver.h"
@@ -8,15 +9,6 @@
 #include <algorithm>
 
 namespace lumbra::db {
-
-namespace {
-
-std::size_t characterCount(std::string_view text) {
-    return static_cast<std::size_t>(std::count_if(
-        text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
-}
-
-} // namespace
 
 std::optional<std::size_t> databaseIndex(const project::SharedStuff& sharedstuff,
                                          const tables::DBTable& table) {
@@ -99,7 +91,7 @@ std::optional<std::size_t> longestCellRow(const tables::DBTable& table, const st
     std::optional<std::size_t> longest;
     std::size_t longestLength = 0;
     for (std::size_t row = 0; row < table.data.size(); ++row) {
-        const std::size_t length = characterCount(table.data[row].data.valueOr(key));
+        const std::size_t length = base::characterCount(table.data[row].data.valueOr(key));
         if (length > longestLength) {
             longest = row;
             longestLength = length;

@@ -42,11 +42,6 @@ std::size_t offsetOfCharacter(std::string_view text, std::size_t count) noexcept
     return text.size();
 }
 
-std::size_t characterCount(std::string_view text) noexcept {
-    return static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(), [](char c) { return !isContinuation(c); }));
-}
-
 constexpr std::array<char32_t, 4> listedSeparators{U',', U'\t', U';', U' '};
 
 } // namespace
@@ -122,13 +117,13 @@ int firstLineNumberFromText(std::string_view text) noexcept {
 
 bool sliderApplies(std::string_view text) noexcept {
     // Bytes are never fewer than characters: most short texts need no count.
-    return text.size() >= sliderMinimumLength && characterCount(text) >= sliderMinimumLength;
+    return text.size() >= sliderMinimumLength && base::characterCount(text) >= sliderMinimumLength;
 }
 
 std::string_view shortenedText(std::string_view text, int sliderValue) noexcept {
     if (!sliderApplies(text))
         return text;
-    const std::size_t length = characterCount(text);
+    const std::size_t length = base::characterCount(text);
     std::size_t characters = 0;
     switch (sliderValue) {
     case 1:
