@@ -189,9 +189,38 @@ bool writeFileAtomically(const std::string& path, const TextProducer& produce) {
     return writeFileAtomically(path, size, produce);
 }
 
+namespace {
+
+bool writeAll(int fd, std::string_view part) {
+    for (std::size_t written = 0; written < part.size();) {
+        ssize_t n = ::write(fd, part.data() + written, part.size() - written);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0)
+            return false;
+        written += static_cast<std::size_t>(n);
+    }
+    return true;
+}
+
+// A device or a pipe (/dev/stdout, /dev/null) takes the text as it comes: renaming over it would replace it.
+bool writeToSpecialFile(const std::string& path, const TextProducer& produce) {
+    int fd = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    bool ok = produce([fd](std::string_view part) { return writeAll(fd, part); });
+    return (::close(fd) == 0) && ok;
+}
+
+} // namespace
+
 bool writeFileAtomically(const std::string& path, std::size_t size, const TextProducer& produce) {
     namespace fs = std::filesystem;
     fs::path target(path);
+    std::error_code statusError;
+    const fs::file_status status = fs::status(target, statusError);
+    if (!statusError && fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status))
+        return writeToSpecialFile(path, produce);
     fs::path folder = target.parent_path().empty() ? fs::path(".") : target.parent_path();
     thread_local std::mt19937_64 random{std::random_device{}()};
     // The size in the name lets the next open tell a complete file that a kill kept from its rename.
@@ -200,17 +229,6 @@ bool writeFileAtomically(const std::string& path, std::size_t size, const TextPr
     int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     if (fd < 0)
         return false;
-    auto writeAll = [fd](std::string_view part) {
-        for (std::size_t written = 0; written < part.size();) {
-            ssize_t n = ::write(fd, part.data() + written, part.size() - written);
-            if (n < 0 && errno == EINTR)
-                continue;
-            if (n < 0)
-                return false;
-            written += static_cast<std::size_t>(n);
-        }
-        return true;
-    };
     // A write fault is injected once half of the text is on disk.
     const std::size_t half = size / 2;
     std::size_t written = 0;
@@ -222,7 +240,7 @@ bool writeFileAtomically(const std::string& path, std::size_t size, const TextPr
     auto sink = [&](std::string_view part) {
         if (!halfPassed && written + part.size() >= half) {
             const std::size_t head = half - written;
-            if (!writeAll(part.substr(0, head)))
+            if (!writeAll(fd, part.substr(0, head)))
                 return false;
             written += head;
             part.remove_prefix(head);
@@ -230,7 +248,7 @@ bool writeFileAtomically(const std::string& path, std::size_t size, const TextPr
                 return false;
         }
         written += part.size();
-        return writeAll(part);
+        return writeAll(fd, part);
     };
     bool ok = produce(sink) && (halfPassed || passHalf()) && written == size && ::fsync(fd) == 0;
     ok = (::close(fd) == 0) && ok;

@@ -3,7 +3,11 @@
 #include "base/text_helpers.h"
 #include "core/project/project_test_support.h"
 
+#include <fcntl.h>
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace lumbra::base {
 namespace {
@@ -151,6 +155,20 @@ TEST(ReadTextFile, FallsBackToLatin1AndAnUnreadablePathPrintsAndNotifies) {
         PrintCapture quiet;
         EXPECT_EQ(readTextFile(path), nullopt);
     }
+}
+
+TEST(WriteFileAtomically, APipeTakesTheTextAndStaysAPipe) {
+    project::testing::TempFolder dir;
+    const std::string pipe = (dir.path / "pipe").string();
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const int reader = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    EXPECT_TRUE(writeFileAtomically(pipe, "abc"));
+    char got[8] = {};
+    EXPECT_EQ(::read(reader, got, sizeof got), 3);
+    ::close(reader);
+    EXPECT_EQ(std::string(got), "abc");
+    EXPECT_TRUE(std::filesystem::is_fifo(pipe));
 }
 
 } // namespace
