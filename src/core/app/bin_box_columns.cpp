@@ -114,7 +114,7 @@ double contentWidth(const tables::ALETable& table, const std::string& column) {
     std::size_t widest = 0;
     if (const auto key = tables::ColumnNames::find(column)) {
         for (const tables::EntryPtr& row : table.data) {
-            if (const std::string* value = row->data().find(*key))
+            if (auto value = row->data().find(*key))
                 widest = std::max(widest, characterCount(*value));
         }
     }

@@ -208,9 +208,9 @@ void ALETable::parseText(std::string text) {
     }
     if (dataLine < lineCount) {
         text.erase(0, starts[dataLine]);
-        datastring = std::move(text);
+        datastring = m_textStore->adopt(std::move(text));
     } else {
-        datastring.clear();
+        datastring = {};
     }
     readClipLines();
 
@@ -231,23 +231,24 @@ void ALETable::readClipLines() {
     // The heading's tape and the colour tag that every kept row gets once the clips are read. Rows
     // have no bin and no project yet, so writing them at build time is the same as writing each row
     // again afterwards, without copying every row twice.
-    std::vector<RowData::Cell> added;
+    std::vector<std::pair<ColumnKey, std::string_view>> added;
     if (!hasColumn("Tape") && tape)
-        added.push_back({ColumnNames::key("Tape"), *tape});
+        added.emplace_back(ColumnNames::key("Tape"), m_textStore->append(*tape));
     if (!hasColumn("Lumbra_Color_Tag"))
-        added.push_back({ColumnNames::key("Lumbra_Color_Tag"), "None"});
+        added.emplace_back(ColumnNames::key("Lumbra_Color_Tag"), m_textStore->append("None"));
 
     std::vector<std::pair<ColumnKey, std::string_view>> fields;
     fields.reserve(keys.size());
     auto finishRow = [&] {
         if (fields.empty())
             return;
-        RowData row;
+        // Values are views into the adopted file text; only an unescaped value needs text of its own.
+        RowData row(m_textStore);
         row.reserve(fields.size() + added.size());
         for (const auto& [key, text] : fields)
-            row.appendUnordered(key, valueEscapes ? unescaped(text) : std::string(text));
-        for (const auto& cell : added)
-            row.appendUnordered(cell.key, cell.value);
+            row.appendStored(key, valueEscapes ? m_textStore->append(unescaped(text)) : text);
+        for (const auto& [key, text] : added)
+            row.appendStored(key, text);
         row.finishAppending();
         appendEntry(std::make_shared<ALEEntry>(std::move(row)));
         fields.clear();

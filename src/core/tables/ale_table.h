@@ -102,6 +102,8 @@ public:
     void appendEntry(EntryPtr entry);
     // False for tables whose rows belong to other bins.
     [[nodiscard]] bool ownsRows() const noexcept { return m_ownsRows; }
+    // The text of the rows' values, shared with the rows and with copies of the table.
+    [[nodiscard]] const std::shared_ptr<TextStore>& textStore() const noexcept { return m_textStore; }
 
     std::optional<std::string> field_delim;
     std::optional<std::string> video_format;
@@ -119,7 +121,8 @@ public:
     std::string refusal;
     char32_t delimiter = U'"';
     char separator = '\t';
-    std::string datastring;
+    // The clip lines as read: a view into textStore(), where the rows' values lie.
+    std::string_view datastring;
     bool inDelimiter = false;
     static constexpr char32_t openQuotes = U'\u201C';
     static constexpr char32_t closedQuotes = U'\u201D';
@@ -138,6 +141,7 @@ private:
     void repointRows(ALETable* from);
 
     bool m_ownsRows = true;
+    std::shared_ptr<TextStore> m_textStore = std::make_shared<TextStore>();
 };
 
 } // namespace lumbra::tables

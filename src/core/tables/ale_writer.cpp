@@ -61,7 +61,7 @@ void appendRow(std::string& out, const RowData& row, const std::vector<ColumnKey
     for (std::size_t i = 0; i < keys.size(); ++i) {
         if (i > 0)
             out.append(sep);
-        if (const std::string* v = row.find(keys[i]))
+        if (auto v = row.find(keys[i]))
             appendValue(out, *v, form, sep);
     }
 }
@@ -84,7 +84,7 @@ bool needsEscapes(const std::vector<EntryPtr>& rows, const std::vector<std::stri
         return true;
     for (const auto& row : rows) {
         for (const auto& cell : row->data()) {
-            if (unkept(cell.value))
+            if (unkept(cell.value()))
                 return true;
         }
     }
@@ -95,7 +95,7 @@ std::size_t estimateSize(const std::vector<EntryPtr>& rows, std::size_t columns)
     std::size_t total = 256;
     for (std::size_t i = 0; i < rows.size() && i < 64; ++i) {
         for (const auto& c : rows[i]->data())
-            total += c.value.size();
+            total += c.size;
     }
     if (!rows.empty())
         total = total * rows.size() / std::min<std::size_t>(rows.size(), 64) + rows.size() * (columns + 1);

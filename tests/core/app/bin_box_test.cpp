@@ -39,7 +39,7 @@ struct BoxFixture {
     }
 
     [[nodiscard]] std::string value(long row, const std::string& column) const {
-        return bin->table()->data[static_cast<std::size_t>(row)]->data().valueOr(column);
+        return std::string(bin->table()->data[static_cast<std::size_t>(row)]->data().valueOr(column));
     }
     [[nodiscard]] bool hasKey(long row, const std::string& column) const {
         return bin->table()->data[static_cast<std::size_t>(row)]->data().contains(column);
@@ -272,7 +272,7 @@ TEST(BinBoxEdits, OrderingFlipsOnTheSameColumnAndStartsDescendingOnAnother) {
     const auto names = [&f] {
         std::vector<std::string> out;
         for (const auto& row : f.bin->table()->data)
-            out.push_back(row->data().valueOr("Name"));
+            out.emplace_back(row->data().valueOr("Name"));
         return out;
     };
     const base::NotificationData note = orderByColumn(f.sharedstuff, *f.bin, order, "Name");

@@ -31,7 +31,7 @@ tables::DBTable tableOf(std::vector<std::string> cols, const std::vector<std::ve
 std::vector<std::string> column(const tables::DBTable& table, const std::string& name) {
     std::vector<std::string> values;
     for (const auto& entry : table.data)
-        values.push_back(entry.data.valueOr(name));
+        values.emplace_back(entry.data.valueOr(name));
     return values;
 }
 
@@ -189,7 +189,7 @@ TEST(DBColumnTools, GroupBySumsNumbersKeepsEqualTextsAndCodesDifferentOnes) {
     EXPECT_EQ(merged.valueOr("Size"), "30.0");
     EXPECT_EQ(merged.valueOr("Tape"), "T1");
     EXPECT_NE(merged.valueOr("Gain"), "inf"); // a text, not a number to sum
-    const std::string& code = merged.valueOr("File");
+    std::string_view code = merged.valueOr("File");
     EXPECT_EQ(code.size(), std::string("a_0001.dpx").size());
     EXPECT_NE(code, "a_0001.dpx");
     EXPECT_NE(code, "a_0002.dpx");

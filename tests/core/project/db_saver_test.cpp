@@ -64,7 +64,7 @@ std::vector<std::vector<std::string>> rowsOf(const tables::DBTable& table) {
     for (const auto& entry : table.data) {
         std::vector<std::string> row;
         for (const auto& col : table.cols)
-            row.push_back(entry.data.valueOr(col));
+            row.emplace_back(entry.data.valueOr(col));
         rows.push_back(std::move(row));
     }
     return rows;
