@@ -2,11 +2,12 @@
 
 #include <QString>
 #include <string>
+#include <string_view>
 
 namespace lumbra::shell {
 
 // The core's UTF-8 text to Qt and back.
-inline QString toQt(const std::string& text) {
+inline QString toQt(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 

@@ -111,7 +111,7 @@ double ContentWidths::width(const tables::ALETable& table, const std::string& co
         counted = m_columns.try_emplace(column).first;
         if (const auto key = tables::ColumnNames::find(column)) {
             for (const tables::EntryPtr& row : table.data) {
-                const std::string* value = row->data().find(*key);
+                const auto value = row->data().find(*key);
                 if (const std::size_t characters = value ? base::characterCount(*value) : 0)
                     ++counted->second[characters];
             }

@@ -60,26 +60,26 @@ CellEditResult editCell(project::SharedStuff& sharedstuff, project::Bin& bin, lo
         return result;
     }
     entry->sharedstuff = &sharedstuff;
-    const std::string oldValue = entry->data().valueOr(column);
+    const std::optional<std::string_view> current = entry->data().find(column);
+    const std::string_view oldValue = current.value_or(std::string_view());
     // A smart bin's row belongs to another bin: that bin's path is the one marked changed.
     project::Bin* owner = binOf(entry->table);
     project::Bin& changedBin = owner ? *owner : bin;
 
-    tables::RowData updated = entry->data();
     const bool clearing = isClearingText(text);
     const bool changed = clearing ? !oldValue.empty() : text != oldValue;
     if (changed)
         touchBin(sharedstuff, changedBin);
-    if (clearing) {
-        updated.erase(column);
-    } else {
-        if (entry->table && !entry->table->hasColumn(column))
-            entry->table->cols.push_back(column);
-        updated.set(column, text);
-    }
-    if (updated == entry->data()) {
+    if (!clearing && entry->table && !entry->table->hasColumn(column))
+        entry->table->cols.push_back(column);
+    const bool same = clearing ? !current : current == text;
+    const auto store = [&] {
+        return clearing ? entry->edit([&](tables::RowData& d) { d.erase(column); })
+                        : entry->setValue(column, text);
+    };
+    if (same) {
         result.outcome = CellEditOutcome::unchanged;
-    } else if (!entry->setData(std::move(updated))) {
+    } else if (!store()) {
         result.outcome = CellEditOutcome::dropped;
     } else {
         result.outcome = clearing ? CellEditOutcome::cleared : CellEditOutcome::stored;

@@ -40,7 +40,7 @@ bool cellHolds(const tables::ALETable& table, std::size_t row, const std::option
                const std::string& needle) {
     if (!key)
         return false;
-    const std::string* value = table.data[row]->data().find(*key);
+    auto value = table.data[row]->data().find(*key);
     return value && containsIgnoringCase(*value, needle);
 }
 

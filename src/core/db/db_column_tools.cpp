@@ -180,8 +180,8 @@ std::vector<std::string> inferPath(tables::DBTable& table, const std::string& co
     if (!table.hasColumn(column))
         return {};
     std::string filename = insertDerivedColumn(
-        table, column, column, "filename", [](const std::string& value) { return lastPathComponent(value); });
-    std::string path = insertDerivedColumn(table, filename, column, "path", [](const std::string& value) {
+        table, column, column, "filename", [](std::string_view value) { return lastPathComponent(value); });
+    std::string path = insertDerivedColumn(table, filename, column, "path", [](std::string_view value) {
         return deletingLastPathComponent(value);
     });
     return {filename, path};
@@ -191,14 +191,14 @@ std::optional<std::string> trimExtension(tables::DBTable& table, const std::stri
     if (!table.hasColumn(column))
         return std::nullopt;
     return insertDerivedColumn(table, column, column, column + "_noext",
-                               [](const std::string& value) { return deletingPathExtension(value); });
+                               [](std::string_view value) { return deletingPathExtension(value); });
 }
 
 std::optional<std::string> suppressSequence(tables::DBTable& table, const std::string& column) {
     if (!table.hasColumn(column))
         return std::nullopt;
     return insertDerivedColumn(table, column, column, column + "_noseq",
-                               [](const std::string& value) { return suppressedSequence(value); });
+                               [](std::string_view value) { return suppressedSequence(value); });
 }
 
 bool groupBy(tables::DBTable& table, const std::string& column) {
@@ -212,7 +212,7 @@ bool groupBy(tables::DBTable& table, const std::string& column) {
     }
     // The rows of each key in order: the first row of a key takes the others, from the last one back,
     // as a walk over every pair of rows would, in one pass.
-    std::unordered_map<std::string, std::size_t> groupOfKey;
+    std::unordered_map<std::string_view, std::size_t> groupOfKey;
     std::vector<std::vector<std::size_t>> groups;
     groupOfKey.reserve(table.data.size());
     for (std::size_t i = 0; i < table.data.size(); ++i) {
@@ -231,12 +231,12 @@ bool groupBy(tables::DBTable& table, const std::string& column) {
         std::vector<std::string> merged;
         merged.reserve(others.size());
         for (tables::ColumnKey c : others)
-            merged.push_back(kept.valueOr(c));
+            merged.emplace_back(kept.valueOr(c));
         std::vector<bool> changed(others.size(), false);
         for (auto j = rows.rbegin(); j + 1 != rows.rend(); ++j) {
             const tables::RowData& row = table.data[*j].data;
             for (std::size_t c = 0; c < others.size(); ++c) {
-                const std::string& b = row.valueOr(others[c]);
+                std::string_view b = row.valueOr(others[c]);
                 auto x = base::parseFloat(merged[c]);
                 auto y = base::parseFloat(b);
                 if (x && y) {

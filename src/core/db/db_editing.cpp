@@ -81,7 +81,7 @@ bool setCell(project::SharedStuff& sharedstuff, tables::DBTable& table, std::siz
              const std::string& column, std::string value) {
     if (row >= table.data.size())
         return false;
-    table.data[row].data.set(column, std::move(value));
+    table.data[row].data.set(column, value);
     tableEdited(sharedstuff, table);
     return true;
 }

@@ -117,9 +117,8 @@ private:
 
     tables::ALETable& m_table;
     std::string m_source;
-    // The text as read, and the part of it behind the line "Data": the clip lines. The text is not cut,
-    // which would move all of it.
-    std::string m_text;
+    // The clip lines behind the line "Data": a view into the table's store, which adopts the whole text
+    // uncut (cutting would move all of it) so that the rows' values can point into it.
     std::string_view m_datastring;
     char m_separator = '\t';
 };
@@ -234,9 +233,8 @@ std::optional<ReadFailure> AleReader::parseText(std::string text) {
         }
         dataLine = k + 1;
     }
-    m_text = std::move(text);
     if (dataLine < lineCount)
-        m_datastring = std::string_view(m_text).substr(starts[dataLine]);
+        m_datastring = m_table.textStore()->adopt(std::move(text)).substr(starts[dataLine]);
     readClipLines();
 
     // The cells of these two columns were put in each row as it was built (see readClipLines).
@@ -256,23 +254,24 @@ void AleReader::readClipLines() {
     // The heading's tape and the colour tag that every kept row gets once the clips are read. Rows
     // have no bin and no project yet, so writing them at build time is the same as writing each row
     // again afterwards, without copying every row twice.
-    std::vector<RowData::Cell> added;
+    std::vector<std::pair<ColumnKey, std::string_view>> added;
     if (!m_table.hasColumn("Tape") && m_table.tape)
-        added.push_back({ColumnNames::key("Tape"), *m_table.tape});
+        added.emplace_back(ColumnNames::key("Tape"), m_table.textStore()->append(*m_table.tape));
     if (!m_table.hasColumn("Lumbra_Color_Tag"))
-        added.push_back({ColumnNames::key("Lumbra_Color_Tag"), "None"});
+        added.emplace_back(ColumnNames::key("Lumbra_Color_Tag"), m_table.textStore()->append("None"));
 
     std::vector<std::pair<ColumnKey, std::string_view>> fields;
     fields.reserve(keys.size());
     auto finishRow = [&] {
         if (fields.empty())
             return;
-        RowData row;
+        // Values are views into the adopted file text; only an unescaped value needs text of its own.
+        RowData row(m_table.textStore());
         row.reserve(fields.size() + added.size());
         for (const auto& [key, text] : fields)
-            row.appendUnordered(key, m_table.valueEscapes ? unescaped(text) : std::string(text));
-        for (const auto& cell : added)
-            row.appendUnordered(cell.key, cell.value);
+            row.appendStored(key, m_table.valueEscapes ? m_table.textStore()->append(unescaped(text)) : text);
+        for (const auto& [key, text] : added)
+            row.appendStored(key, text);
         row.finishAppending();
         m_table.appendEntry(std::make_shared<ALEEntry>(std::move(row)));
         fields.clear();

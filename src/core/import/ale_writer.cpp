@@ -23,7 +23,7 @@ bool needsEscapes(const std::vector<tables::EntryPtr>& rows, const std::vector<s
         return true;
     for (const auto& row : rows) {
         for (const auto& cell : row->data()) {
-            if (unkept(cell.value))
+            if (unkept(cell.value()))
                 return true;
         }
     }
@@ -92,9 +92,9 @@ std::size_t aleTextSize(const ALETable& table, const AleParts& parts) {
         for (const auto& cell : row->data()) {
             if (cell.key >= uses.size() || uses[cell.key] == 0)
                 continue;
-            std::size_t length = cell.value.size();
+            std::size_t length = cell.size;
             if (parts.escaped)
-                length += std::count_if(cell.value.begin(), cell.value.end(), [](char c) {
+                length += std::count_if(cell.value().begin(), cell.value().end(), [](char c) {
                     return c == '\\' || unkeptCharacters.find(c) != std::string_view::npos;
                 });
             size += uses[cell.key] * length;

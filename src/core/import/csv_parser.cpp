@@ -287,16 +287,18 @@ std::size_t CSVParser::readRows(tables::CSVTable& table) {
     ColumnNamer namer(table.cols);
     const std::size_t readColumns = table.cols.size();
 
-    std::vector<std::pair<tables::ColumnKey, std::string>> fields;
+    // One store for the whole table, so that a value costs no allocation of its own.
+    auto store = std::make_shared<tables::TextStore>();
+    std::vector<std::pair<tables::ColumnKey, std::string_view>> fields;
     fields.reserve(keys.size());
     bool hasValue = false;
     auto finishRow = [&] {
         // A row whose values are all empty, or that has none, is no row.
         if (hasValue) {
-            tables::DBEntry& entry = table.data.emplace_back();
+            tables::DBEntry& entry = table.data.emplace_back(tables::DBEntry{tables::RowData(store)});
             entry.data.reserve(fields.size());
-            for (auto& [key, value] : fields)
-                entry.data.appendUnordered(key, std::move(value));
+            for (const auto& [key, value] : fields)
+                entry.data.appendStored(key, value);
             entry.data.finishAppending();
         }
         fields.clear();
@@ -327,7 +329,7 @@ std::size_t CSVParser::readRows(tables::CSVTable& table) {
             if (!options.standard_csv && field.size() >= 2 * m_delimiter.size() &&
                 field.starts_with(m_delimiter) && field.ends_with(m_delimiter))
                 field = field.substr(m_delimiter.size(), field.size() - 2 * m_delimiter.size());
-            fields.emplace_back(keys[column], field);
+            fields.emplace_back(keys[column], store->append(field));
             hasValue = hasValue || !field.empty();
         }
         if (end == n)

@@ -53,7 +53,7 @@ void appendRow(std::string& out, const tables::RowData& row, const std::vector<t
     for (std::size_t i = 0; i < keys.size(); ++i) {
         if (i > 0)
             out.append(sep);
-        if (const std::string* v = row.find(keys[i]))
+        if (auto v = row.find(keys[i]))
             appendValue(out, *v, form, sep);
     }
 }
@@ -71,7 +71,7 @@ std::size_t estimateSize(const std::vector<tables::EntryPtr>& rows, std::size_t 
     std::size_t total = 256;
     for (std::size_t i = 0; i < rows.size() && i < 64; ++i) {
         for (const auto& c : rows[i]->data())
-            total += c.value.size();
+            total += c.size;
     }
     if (!rows.empty())
         total = total * rows.size() / std::min<std::size_t>(rows.size(), 64) + rows.size() * (columns + 1);

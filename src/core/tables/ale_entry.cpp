@@ -7,13 +7,21 @@
 
 namespace lumbra::tables {
 
-bool ALEEntry::setData(RowData data) {
-    if (table && table->bin && table->bin->isLocked())
-        return false;
-    m_data = std::move(data);
+bool ALEEntry::editable() const {
+    return !(table && table->bin && table->bin->isLocked());
+}
+
+void ALEEntry::changed() {
     if (sharedstuff)
         sharedstuff->rowChanged(*this);
-    return true;
+}
+
+bool ALEEntry::setData(RowData data) {
+    return edit([&](RowData& d) { d = std::move(data).movedTo(d.store()); });
+}
+
+bool ALEEntry::setValue(std::string_view column, std::string_view value) {
+    return edit([&](RowData& d) { d.set(column, value); });
 }
 
 std::shared_ptr<ALEEntry> ALEEntry::copy(bool keepSharedStuff) const {
@@ -21,15 +29,15 @@ std::shared_ptr<ALEEntry> ALEEntry::copy(bool keepSharedStuff) const {
 }
 
 std::optional<std::string> ALEEntry::value(std::string_view column) const {
-    if (const std::string* v = m_data.find(column))
-        return *v;
+    if (auto v = m_data.find(column))
+        return std::string(*v);
     return std::nullopt;
 }
 
 RowData ALEEntry::projection(const std::vector<std::string>& columns) const {
-    RowData out;
+    RowData out(m_data.store());
     for (const auto& c : columns)
-        out.set(c, m_data.valueOr(c));
+        out.setStored(ColumnNames::key(c), m_data.valueOr(c));
     return out;
 }
 
@@ -45,13 +53,13 @@ void ALEEntry::removeAssociation(const ALETable* smart) {
 }
 
 bool ALEEntry::isEmpty() const {
-    return std::all_of(m_data.begin(), m_data.end(), [](const RowData::Cell& c) { return c.value.empty(); });
+    return std::all_of(m_data.begin(), m_data.end(), [](const RowData::Cell& c) { return c.size == 0; });
 }
 
 bool matches(const ALEEntry& row, const RowData& criteria) {
     for (const auto& c : criteria) {
-        const std::string* v = row.data().find(c.key);
-        if (v && *v != c.value)
+        auto v = row.data().find(c.key);
+        if (v && *v != c.value())
             return false;
     }
     return true;

@@ -23,7 +23,18 @@ public:
     [[nodiscard]] const RowData& data() const noexcept { return m_data; }
     // The one way to change a row: dropped when the row's bin is locked (returns false),
     // otherwise stored, and every smart table of the project tests the row again.
+    // A row built elsewhere has its text copied into this row's store.
     bool setData(RowData data);
+    // The same for one value, written to the row's store; the other values are not touched.
+    bool setValue(std::string_view column, std::string_view value);
+    // The same for a change made in place by `change(RowData&)` (a column removed or renamed).
+    template <typename Change> bool edit(Change&& change) {
+        if (!editable())
+            return false;
+        change(m_data);
+        changed();
+        return true;
+    }
 
     [[nodiscard]] std::shared_ptr<ALEEntry> copy(bool keepSharedStuff) const;
     [[nodiscard]] std::optional<std::string> value(std::string_view column) const;
@@ -35,6 +46,9 @@ public:
     [[nodiscard]] bool isEmpty() const;
 
 private:
+    [[nodiscard]] bool editable() const;
+    void changed();
+
     RowData m_data;
 
 public:

@@ -16,7 +16,7 @@ ALESorter::ALESorter(const std::vector<EntryPtr>& data, std::vector<std::string>
         auto& keys = m_keys[c];
         keys.reserve(data.size());
         for (const auto& row : data) {
-            const std::string* v = key ? row->data().find(*key) : nullptr;
+            auto v = key ? row->data().find(*key) : std::nullopt;
             if (!v) {
                 keys.emplace_back();
             } else if (base::isSortKey(*v)) {

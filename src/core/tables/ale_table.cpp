@@ -20,7 +20,8 @@ ALETable::ALETable(ALETable&& other) noexcept
       fps(std::move(other.fps)), audio_format(std::move(other.audio_format)),
       film_format(std::move(other.film_format)), tape(std::move(other.tape)), bin(other.bin),
       cols(std::move(other.cols)), data(std::move(other.data)), tablename(std::move(other.tablename)),
-      state(other.state), valueEscapes(other.valueEscapes), m_ownsRows(other.m_ownsRows) {
+      state(other.state), valueEscapes(other.valueEscapes), m_ownsRows(other.m_ownsRows),
+      m_textStore(std::move(other.m_textStore)) {
     repointRows(&other);
 }
 
@@ -40,6 +41,7 @@ ALETable& ALETable::operator=(ALETable&& other) noexcept {
     state = other.state;
     valueEscapes = other.valueEscapes;
     m_ownsRows = other.m_ownsRows;
+    m_textStore = std::move(other.m_textStore);
     repointRows(&other);
     return *this;
 }
@@ -62,6 +64,7 @@ void ALETable::copyInto(ALETable& clone, bool keepSharedStuff) const {
     clone.state = state;
     clone.valueEscapes = valueEscapes;
     clone.tablename = tablename + "_cl";
+    clone.m_textStore = m_textStore;
     clone.data.reserve(data.size());
     for (const auto& row : data) {
         auto c = row->copy(keepSharedStuff);
@@ -122,7 +125,7 @@ ALETable::rowValues(long index, const std::optional<std::vector<std::string>>& c
     std::vector<std::string> out;
     out.reserve(names.size());
     for (const auto& c : names)
-        out.push_back(row.valueOr(c));
+        out.emplace_back(row.valueOr(c));
     return out;
 }
 
@@ -131,12 +134,10 @@ bool ALETable::deleteColumn(const std::string& name) {
     if (i < 0)
         return false;
     cols.erase(cols.begin() + i);
+    const ColumnKey key = ColumnNames::key(name);
     for (auto& row : data) {
-        if (!row->data().contains(name))
-            continue;
-        RowData d = row->data();
-        d.erase(name);
-        row->setData(std::move(d));
+        if (row->data().find(key))
+            row->edit([&](RowData& d) { d.erase(key); });
     }
     return true;
 }
@@ -196,16 +197,16 @@ std::optional<std::pair<std::string, std::string>> ALETable::renameColumn(const 
         return std::nullopt;
     }
     cols[static_cast<std::size_t>(i)] = newName;
+    const ColumnKey from = ColumnNames::key(oldName);
+    const ColumnKey to = ColumnNames::key(newName);
+    // Two writes, as a person would make them: the value under the new name, then the old name gone. The
+    // value's text stays where it is.
     for (auto& row : data) {
-        const std::string* v = row->data().find(oldName);
+        auto v = row->data().find(from);
         if (!v)
             continue;
-        RowData added = row->data();
-        added.set(newName, *v);
-        row->setData(added);
-        RowData removed = row->data();
-        removed.erase(oldName);
-        row->setData(std::move(removed));
+        row->edit([&](RowData& d) { d.setStored(to, *v); });
+        row->edit([&](RowData& d) { d.erase(from); });
     }
     return std::pair{oldName, newName};
 }
@@ -231,7 +232,7 @@ int ALETable::updateEntry(const RowData& incoming, const std::vector<std::string
             if (to == id)
                 incomingName = from;
         }
-        if (const std::string* v = incoming.find(incomingName))
+        if (auto v = incoming.find(incomingName))
             criteria.set(tableSide, *v);
         else
             criteria.erase(tableSide);
@@ -239,7 +240,7 @@ int ALETable::updateEntry(const RowData& incoming, const std::vector<std::string
     int result = 1;
     EntryPtr row = findEntry(criteria);
     if (!row) {
-        row = std::make_shared<ALEEntry>();
+        row = std::make_shared<ALEEntry>(RowData(m_textStore));
         appendEntry(row);
         result = 2;
     }
@@ -251,9 +252,7 @@ int ALETable::updateEntry(const RowData& incoming, const std::vector<std::string
         bool overwrite = priority != priorities.end() && priority->second;
         if (row->data().contains(to) && !overwrite)
             continue;
-        RowData d = row->data();
-        d.set(to, cell.value);
-        row->setData(std::move(d));
+        row->setValue(to, cell.value());
     }
     return result;
 }
@@ -271,7 +270,7 @@ bool ALETable::columnIsConstant(const std::string& name) const {
         return false;
     if (data.empty())
         return true;
-    const std::string& first = data.front()->data().valueOr(name);
+    std::string_view first = data.front()->data().valueOr(name);
     return std::all_of(data.begin(), data.end(),
                        [&](const EntryPtr& row) { return row->data().valueOr(name) == first; });
 }
@@ -309,10 +308,11 @@ bool ALETable::remapColumns(const std::map<std::string, std::string>& mapping) {
         }
     }
     for (auto& row : data) {
-        RowData d;
+        // The values stay where they are in the store; only the keys change.
+        RowData d(row->data().store());
         for (const auto& [from, to] : working) {
-            if (const std::string* v = row->data().find(from))
-                d.set(to, *v);
+            if (auto v = row->data().find(from))
+                d.setStored(ColumnNames::key(to), *v);
         }
         row->setData(std::move(d));
     }
@@ -340,7 +340,7 @@ ALECompareResult ALETable::compare(const ALETable& other, const std::vector<std:
     auto joined = [&](const RowData& row, std::string& out) {
         out.clear();
         for (const auto& id : ids) {
-            const std::string* v = row.find(id);
+            auto v = row.find(id);
             if (!v)
                 return false;
             out += std::to_string(v->size());
@@ -378,7 +378,7 @@ bool ALETable::canDeriveTimecodes(const std::string& a, const std::string& b, co
     for (const auto& row : data) {
         int usable = 0;
         for (const auto* name : {&a, &b, &c}) {
-            const std::string* v = row->data().find(*name);
+            auto v = row->data().find(*name);
             if (v && base::parseTimecode(*v))
                 ++usable;
         }

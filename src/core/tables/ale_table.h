@@ -76,6 +76,8 @@ public:
     void appendEntry(EntryPtr entry);
     // False for tables whose rows belong to other bins.
     [[nodiscard]] bool ownsRows() const noexcept { return m_ownsRows; }
+    // The text of the rows' values, shared with the rows and with copies of the table.
+    [[nodiscard]] const std::shared_ptr<TextStore>& textStore() const noexcept { return m_textStore; }
 
     std::optional<std::string> field_delim;
     std::optional<std::string> video_format;
@@ -100,6 +102,7 @@ private:
     void repointRows(ALETable* from);
 
     bool m_ownsRows = true;
+    std::shared_ptr<TextStore> m_textStore = std::make_shared<TextStore>();
 };
 
 } // namespace lumbra::tables

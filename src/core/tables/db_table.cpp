@@ -28,7 +28,7 @@ std::string diskName(std::string_view name) {
 } // namespace
 
 bool DBEntry::isEmpty() const {
-    return std::all_of(data.begin(), data.end(), [](const auto& cell) { return cell.value.empty(); });
+    return std::all_of(data.begin(), data.end(), [](const auto& cell) { return cell.size == 0; });
 }
 
 bool DBTable::hasColumn(std::string_view column) const {
@@ -55,7 +55,7 @@ std::string DBTable::tableText(const std::string& separator) const {
             text += base::standardCsvField(valueOf(cols[c]), separator);
         }
     };
-    appendRecord([](const std::string& column) -> const std::string& { return column; });
+    appendRecord([](const std::string& column) -> std::string_view { return column; });
     std::vector<tables::ColumnKey> keys;
     keys.reserve(cols.size());
     for (const auto& column : cols)
@@ -63,7 +63,7 @@ std::string DBTable::tableText(const std::string& separator) const {
     for (const auto& entry : data) {
         text += '\n';
         std::size_t c = 0;
-        appendRecord([&](const std::string&) -> const std::string& { return entry.data.valueOr(keys[c++]); });
+        appendRecord([&](const std::string&) { return entry.data.valueOr(keys[c++]); });
     }
     return text;
 }

@@ -23,8 +23,6 @@ Register& reg() {
     return r;
 }
 
-const std::string emptyText;
-
 } // namespace
 
 ColumnKey ColumnNames::key(std::string_view name) {
@@ -50,7 +48,7 @@ const std::string& ColumnNames::name(ColumnKey key) {
 
 RowData::RowData(std::initializer_list<std::pair<std::string_view, std::string_view>> cells) {
     for (const auto& [k, v] : cells)
-        set(k, std::string(v));
+        set(k, v);
 }
 
 RowData RowData::fromMap(const std::map<std::string, std::string>& map) {
@@ -72,60 +70,95 @@ std::vector<RowData::Cell>::const_iterator RowData::lowerBound(ColumnKey key) co
                             [](const Cell& c, ColumnKey k) { return c.key < k; });
 }
 
-const std::string* RowData::find(ColumnKey key) const {
-    auto it = lowerBound(key);
-    return it != m_cells.end() && it->key == key ? &it->value : nullptr;
-}
-
-const std::string* RowData::find(std::string_view column) const {
-    auto key = ColumnNames::find(column);
-    return key ? find(*key) : nullptr;
-}
-
-const std::string& RowData::valueOr(std::string_view column) const {
-    const std::string* v = find(column);
-    return v ? *v : emptyText;
-}
-
-const std::string& RowData::valueOr(ColumnKey key) const {
-    const std::string* v = find(key);
-    return v ? *v : emptyText;
-}
-
-void RowData::set(ColumnKey key, std::string value) {
+std::optional<std::string_view> RowData::find(ColumnKey key) const {
     auto it = lowerBound(key);
     if (it != m_cells.end() && it->key == key)
-        it->value = std::move(value);
-    else
-        m_cells.insert(it, Cell{key, std::move(value)});
+        return it->value();
+    return std::nullopt;
 }
 
-void RowData::set(std::string_view column, std::string value) {
-    set(ColumnNames::key(column), std::move(value));
-}
-
-bool RowData::erase(std::string_view column) {
+std::optional<std::string_view> RowData::find(std::string_view column) const {
     auto key = ColumnNames::find(column);
-    if (!key)
-        return false;
-    auto it = lowerBound(*key);
-    if (it == m_cells.end() || it->key != *key)
+    return key ? find(*key) : std::nullopt;
+}
+
+std::string_view RowData::valueOr(std::string_view column) const {
+    return find(column).value_or(std::string_view());
+}
+
+std::string_view RowData::valueOr(ColumnKey key) const {
+    return find(key).value_or(std::string_view());
+}
+
+std::string_view RowData::stored(std::string_view value) {
+    if (!m_store)
+        m_store = std::make_shared<TextStore>();
+    return m_store->append(value);
+}
+
+void RowData::set(ColumnKey key, std::string_view value) {
+    setStored(key, stored(value));
+}
+
+void RowData::setStored(ColumnKey key, std::string_view storedText) {
+    Cell cell{storedText.data(), static_cast<std::uint32_t>(storedText.size()), key};
+    auto it = lowerBound(key);
+    if (it != m_cells.end() && it->key == key)
+        *it = cell;
+    else
+        m_cells.insert(it, cell);
+}
+
+void RowData::set(std::string_view column, std::string_view value) {
+    set(ColumnNames::key(column), value);
+}
+
+bool RowData::erase(ColumnKey key) {
+    auto it = lowerBound(key);
+    if (it == m_cells.end() || it->key != key)
         return false;
     m_cells.erase(it);
     return true;
 }
 
+bool RowData::erase(std::string_view column) {
+    auto key = ColumnNames::find(column);
+    return key && erase(*key);
+}
+
+void RowData::appendUnordered(ColumnKey key, std::string_view value) {
+    std::string_view text = stored(value);
+    m_cells.push_back({text.data(), static_cast<std::uint32_t>(text.size()), key});
+}
+
 void RowData::finishAppending() {
-    if (!std::is_sorted(m_cells.begin(), m_cells.end(),
-                        [](const Cell& a, const Cell& b) { return a.key < b.key; }))
-        std::sort(m_cells.begin(), m_cells.end(), [](const Cell& a, const Cell& b) { return a.key < b.key; });
+    auto byKey = [](const Cell& a, const Cell& b) { return a.key < b.key; };
+    if (!std::is_sorted(m_cells.begin(), m_cells.end(), byKey))
+        std::sort(m_cells.begin(), m_cells.end(), byKey);
+}
+
+RowData RowData::movedTo(const std::shared_ptr<TextStore>& store) && {
+    if (!store || store == m_store)
+        return std::move(*this);
+    RowData out(store);
+    out.m_cells = std::move(m_cells);
+    for (auto& cell : out.m_cells) {
+        std::string_view text = store->append(cell.value());
+        cell.text = text.data();
+    }
+    return out;
 }
 
 std::map<std::string, std::string> RowData::toMap() const {
     std::map<std::string, std::string> out;
     for (const auto& c : m_cells)
-        out.emplace(ColumnNames::name(c.key), c.value);
+        out.emplace(ColumnNames::name(c.key), c.value());
     return out;
+}
+
+bool RowData::operator==(const RowData& other) const {
+    return std::equal(m_cells.begin(), m_cells.end(), other.m_cells.begin(), other.m_cells.end(),
+                      [](const Cell& a, const Cell& b) { return a.key == b.key && a.value() == b.value(); });
 }
 
 } // namespace lumbra::tables

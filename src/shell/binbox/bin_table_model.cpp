@@ -111,10 +111,10 @@ QVariant BinTableModel::data(const QModelIndex& index, int role) const {
         return {};
     }
     const auto& key = m_keys[static_cast<std::size_t>(index.column())];
-    const std::string* value =
-        key ? table->data[static_cast<std::size_t>(index.row())]->data().find(*key) : nullptr;
+    const std::optional<std::string_view> value =
+        key ? table->data[static_cast<std::size_t>(index.row())]->data().find(*key) : std::nullopt;
     if (spec.isTag) {
-        const app::RowTag tag = app::rowTag(value ? *value : std::string());
+        const app::RowTag tag = app::rowTag(value.value_or(std::string_view()));
         if (role == Qt::DisplayRole)
             return tag == app::RowTag::none ? QString() : QStringLiteral("●");
         if (role == Qt::ForegroundRole && tag != app::RowTag::none)

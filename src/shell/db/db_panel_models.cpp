@@ -2,6 +2,7 @@
 
 #include "db/db_editing.h"
 #include "project/shared_stuff.h"
+#include "qt_text.h"
 #include "tables/db_table.h"
 
 #include <QIcon>
@@ -62,7 +63,7 @@ QVariant DatabaseTableModel::data(const QModelIndex& index, int role) const {
         return {};
     }
     const tables::DBEntry& entry = m_table->data[static_cast<std::size_t>(index.row())];
-    return QString::fromStdString(entry.data.valueOr(m_keys[static_cast<std::size_t>(index.column())]));
+    return toQt(entry.data.valueOr(m_keys[static_cast<std::size_t>(index.column())]));
 }
 
 QVariant DatabaseTableModel::headerData(int section, Qt::Orientation orientation, int role) const {
@@ -93,7 +94,7 @@ bool DatabaseTableModel::setData(const QModelIndex& index, const QVariant& value
     const std::string text = value.toString().toStdString();
     const tables::DBEntry& entry = m_table->data[static_cast<std::size_t>(index.row())];
     // An editor that hands back the text already written is no new change.
-    if (const std::string* old = entry.data.find(m_keys[static_cast<std::size_t>(index.column())]);
+    if (const auto old = entry.data.find(m_keys[static_cast<std::size_t>(index.column())]);
         (old && *old == text) || (!old && text.empty())) {
         return true;
     }

@@ -39,7 +39,7 @@ struct BoxFixture {
     }
 
     [[nodiscard]] std::string value(long row, const std::string& column) const {
-        return bin->table()->data[static_cast<std::size_t>(row)]->data().valueOr(column);
+        return std::string(bin->table()->data[static_cast<std::size_t>(row)]->data().valueOr(column));
     }
     [[nodiscard]] bool hasKey(long row, const std::string& column) const {
         return bin->table()->data[static_cast<std::size_t>(row)]->data().contains(column);

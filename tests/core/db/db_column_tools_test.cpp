@@ -28,7 +28,7 @@ tables::DBTable tableOf(std::vector<std::string> cols, const std::vector<std::ve
 std::vector<std::string> column(const tables::DBTable& table, const std::string& name) {
     std::vector<std::string> values;
     for (const auto& entry : table.data)
-        values.push_back(entry.data.valueOr(name));
+        values.emplace_back(entry.data.valueOr(name));
     return values;
 }
 

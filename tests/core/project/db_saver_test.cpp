@@ -54,7 +54,7 @@ Rows rowsOf(const tables::DBTable& table) {
     for (const auto& entry : table.data) {
         Names row;
         for (const auto& col : table.cols)
-            row.push_back(entry.data.valueOr(col));
+            row.emplace_back(entry.data.valueOr(col));
         rows.push_back(std::move(row));
     }
     return rows;

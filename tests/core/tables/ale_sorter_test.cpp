@@ -24,7 +24,7 @@ Names sorted(const std::vector<EntryPtr>& rows, Names cols, bool ascending, cons
     sorter.sort();
     Names out;
     for (const auto& row : sorter.sortedRows())
-        out.push_back(row->data().valueOr(shown));
+        out.emplace_back(row->data().valueOr(shown));
     return out;
 }
 

@@ -2,6 +2,7 @@
 #include "tables/ale_entry.h"
 #include "tables/ale_table.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace lumbra::tables {
@@ -17,7 +18,7 @@ TEST(RowData, KeysAreNamesAndMissingReadsEmpty) {
     EXPECT_TRUE(row.contains("Start"));
     EXPECT_FALSE(row.contains("End"));
     EXPECT_EQ(row.valueOr("never used as a column anywhere"), "");
-    EXPECT_EQ(row.find("never used as a column anywhere"), nullptr);
+    EXPECT_EQ(row.find("never used as a column anywhere"), std::nullopt);
 
     row.set("Name", "B");
     EXPECT_EQ(row.size(), 2u);
@@ -134,6 +135,65 @@ TEST(ALEEntry, WriteGoesThroughTheLockAndTellsTheProject) {
     EXPECT_TRUE(loose.setData(RowData{{"Name", "E"}}));
     EXPECT_EQ(loose.value("Name"), "E");
     EXPECT_EQ(project.changed.size(), 2u);
+}
+
+// Faults of text shared by a table's rows: each case edits a table read from text, then reads every row.
+TEST(ALEEntry, EditsKeepTheOtherValuesOfTheirTable) {
+    using Rows = std::vector<std::vector<std::string>>;
+    struct Case {
+        const char* name;
+        std::function<void(ALETable&)> edit;
+        std::vector<std::string> columns;
+        Rows rows;
+    };
+    const Case cases[] = {
+        {"edit after a column rename",
+         [](ALETable& t) {
+             t.renameColumn("Tape", "Reel");
+             EXPECT_TRUE(t.data[0]->setValue("Reel", "R9"));
+         },
+         {"Name", "Tape", "Reel"},
+         {{"A", "", "R9"}, {"B", "", "T2"}}},
+        {"a copy edited on its own",
+         [](ALETable& t) {
+             auto copy = t.copy(false);
+             copy->data[0]->setValue("Name", "Z");
+             copy->deleteColumn("Tape");
+         },
+         {"Name", "Tape"},
+         {{"A", "T1"}, {"B", "T2"}}},
+        {"a view kept through many later edits",
+         [](ALETable& t) {
+             std::string_view kept = t.data[1]->data().valueOr("Name");
+             for (int i = 0; i < 20000; ++i)
+                 t.data[0]->setValue("Tape", std::string(static_cast<std::size_t>(i % 300), 'x'));
+             t.updateEntry(RowData{{"Name", "C"}}, {"Name"}, {}, {{"Name", true}});
+             EXPECT_EQ(kept, "B");
+         },
+         {"Name", "Tape"},
+         {{"A", std::string(199, 'x')}, {"B", "T2"}, {"C", ""}}},
+        {"a locked bin drops the edit",
+         [](ALETable& t) {
+             static FakeBin locked;
+             locked.locked = true;
+             t.bin = &locked;
+             EXPECT_FALSE(t.data[0]->setValue("Name", "Z"));
+             t.renameColumn("Tape", "Reel");
+             t.bin = nullptr;
+         },
+         {"Name", "Tape", "Reel"},
+         {{"A", "T1", ""}, {"B", "T2", ""}}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        ALETable t = ALETable::fromText(
+            "Heading\nFIELD_DELIM\tTABS\n\nColumn\nName\tTape\n\nData\nA\tT1\nB\tT2\n", "t");
+        c.edit(t);
+        Rows rows;
+        for (long i = 0; i < static_cast<long>(t.data.size()); ++i)
+            rows.push_back(*t.rowValues(i, c.columns));
+        EXPECT_EQ(rows, c.rows);
+    }
 }
 
 } // namespace

@@ -80,7 +80,7 @@ struct Project {
     shell::BinBox& box(int i = 0) { return *boxes[static_cast<std::size_t>(i)]; }
     project::Bin& bin(int i = 0) { return box(i).bin(); }
     std::string value(int row, const std::string& column, int i = 0) {
-        return bin(i).table()->data[static_cast<std::size_t>(row)]->data().valueOr(column);
+        return std::string(bin(i).table()->data[static_cast<std::size_t>(row)]->data().valueOr(column));
     }
 
     FakeHost host;

@@ -291,7 +291,7 @@ private slots:
         QTest::keyClicks(field, QStringLiteral("K"));
         QTest::keyClick(field, Qt::Key_Left);
         QTest::keyClicks(field, QStringLiteral("_O"));
-        QCOMPARE(plates.data[1].data.valueOr("Name"), std::string("B001C002_OK"));
+        QCOMPARE(plates.data[1].data.valueOr("Name"), std::string_view("B001C002_OK"));
         QVERIFY(plates.hasChanged);
         QTest::keyClick(field, Qt::Key_Return);
         QCOMPARE(rows.index(1, 0).data().toString(), QStringLiteral("B001C002_OK"));
@@ -303,7 +303,7 @@ private slots:
         lumbra::project::Bin* bin = project.bins->toarray.at(0);
         QCOMPARE(bin->table()->tablename, std::string("plates"));
         QVERIFY(bin->selected());
-        QCOMPARE(bin->table()->data[1]->data().valueOr("Name"), std::string("B001C002_OK"));
+        QCOMPARE(bin->table()->data[1]->data().valueOr("Name"), std::string_view("B001C002_OK"));
         // The box shows the database's columns, though the project's layout names only Name of them.
         QTableView* box = dynamic_cast<lumbra::shell::BinBox*>(bin->box())->mainTable();
         QCOMPARE(columnsOf(*box->model()), (QStringList{"Name", "Path_noseq", "filename", "path", "Size"}));
