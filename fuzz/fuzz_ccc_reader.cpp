@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     lumbra::tables::CCCTable table = lumbra::import::CCCParser::parseText(text);
     // Every row carries its three values; the SOP text always has its three pairs of brackets.
     for (const auto& entry : table.data) {
-        const std::string* sop = entry.data.find("ASC_SOP");
+        const auto sop = entry.data.find("ASC_SOP");
         if (!sop || !entry.data.contains("id") || !entry.data.contains("ASC_SAT") || !sop->starts_with('(') ||
             !sop->ends_with(')'))
             std::abort();

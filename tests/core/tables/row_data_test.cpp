@@ -1,3 +1,4 @@
+#include "import/ale_reader.h"
 #include "table_test_support.h"
 #include "tables/ale_entry.h"
 #include "tables/ale_table.h"
@@ -186,8 +187,9 @@ TEST(ALEEntry, EditsKeepTheOtherValuesOfTheirTable) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        ALETable t = ALETable::fromText(
+        import::ReadResult read = import::parseALEText(
             "Heading\nFIELD_DELIM\tTABS\n\nColumn\nName\tTape\n\nData\nA\tT1\nB\tT2\n", "t");
+        ALETable& t = *read.table;
         c.edit(t);
         Rows rows;
         for (long i = 0; i < static_cast<long>(t.data.size()); ++i)
