@@ -141,31 +141,6 @@ TEST(BinsTreeSaver, NodeOutsideTheTreeIsReported) {
                                      NotificationType::KO}}));
 }
 
-TEST(BinsTreeSaver, AFailedWriteLeavesThatBinAndWritesTheOthers) {
-    Project p;
-    ASSERT_TRUE(p.saver.saveItem(*p.root, nullptr));
-    Bin& bin = *p.day1->children[0]->bin;
-    std::string alePath = *p.saver.folderOf(*p.day1->children[0]) + "/bin_01.ale";
-    std::string before = readFile(alePath);
-    ASSERT_TRUE(bin.table()->data[0]->setData({{"Name", "changed"}}));
-    p.root->touch(bin);
-    p.root->touch(*p.loose->bin);
-    base::setWriteFailureHook([&](const std::string& path) { return path == alePath; });
-    Notifications notes;
-    bool saved = p.saver.saveItem(*p.root, &notes);
-    EXPECT_EQ(p.saver.unwritten(), (Names{"bin_01"}));
-    base::setWriteFailureHook({});
-    EXPECT_FALSE(saved);
-    EXPECT_EQ(readFile(alePath), before);
-    ASSERT_EQ(notes.size(), 1u);
-    EXPECT_EQ(notes[0].title, "Error saving");
-    // The failed bin is tried again next time; the walk went on to the others.
-    EXPECT_TRUE(bin.hasChanged);
-    EXPECT_FALSE(p.loose->bin->hasChanged);
-    ASSERT_TRUE(p.saver.saveItem(*p.root, nullptr));
-    EXPECT_NE(readFile(alePath), before);
-}
-
 TEST(BinsTreeSaver, ReadOnlyFolderReportsTheMoveAndKeepsTheOldFolder) {
     Project p;
     ASSERT_TRUE(p.saver.saveItem(*p.root, nullptr));
