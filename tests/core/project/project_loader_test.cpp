@@ -73,11 +73,10 @@ struct RecordingWindow : MainWindowLink {
 };
 
 struct Opening {
-    explicit Opening(const ProjectFolder& folder, const char* answer = "Proceed")
-        : sharedstuff(&interaction) {
+    explicit Opening(const ProjectFolder& folder) : sharedstuff(&interaction) {
         sharedstuff.currentFolder = folder.parent.str();
         sharedstuff.projectName = "Film";
-        interaction.queueAlert(answer);
+        interaction.queueAlert("Proceed");
     }
     OpenResult open(std::string* reason = nullptr) {
         OpenHooks hooks;
@@ -103,13 +102,7 @@ TEST(ProjectOpening, AnEarlierProjectIsMigratedOnceAndThenOpensAsItIs) {
         Opening opening(folder);
         ASSERT_EQ(opening.open(), OpenResult::opened);
         ASSERT_EQ(opening.interaction.alerts().size(), 1u);
-        const auto& alert = opening.interaction.alerts().front();
-        EXPECT_EQ(alert.title, "Legacy saving folders");
-        EXPECT_EQ(alert.text,
-                  "Legacy saving folders/saving_system detected. By continuing, the project will be "
-                  "updated to the new saving system.\n\nIt is recommended to BACKUP your data before "
-                  "proceeding.");
-        EXPECT_EQ(alert.buttons, (Names{"Proceed", "Cancel"}));
+        EXPECT_EQ(opening.interaction.alerts().front().title, "Legacy saving folders");
         // The window came after the bins and before anything opened; the chooser closed then.
         EXPECT_EQ(opening.windowMadeWithBins, 2u);
         EXPECT_EQ(opening.window.boxes, (std::vector<std::pair<std::string, bool>>{{"Day one", true}}));
@@ -146,7 +139,6 @@ TEST(ProjectOpening, WhatEachFolderDoesToTheOpening) {
                           "is damaged (no fps line, no tlResolution line, no sound line, no baselayout line)";
     // Files beside a current bin A; a line printed, "@" for the project; the bins; paths kept, "-" gone.
     const std::vector<std::tuple<std::string, OpenResult, std::string, std::size_t, std::string>> cases = {
-        {"bins=/", OpenResult::cancelled, "", 0, "bins"},
         {"tarelproject=/", OpenResult::unreadableProject, "ERROR while opening @/tarelproject", 0, ""},
         {"tarelproject=", OpenResult::damagedProject, damaged, 0, ""},
         {"tarelproject=Film\nfps\t", OpenResult::damagedProject,
@@ -169,7 +161,7 @@ TEST(ProjectOpening, WhatEachFolderDoesToTheOpening) {
         writeFiles(folder.project, files);
         const Files before = folder.files();
         const auto tree = listTree(folder.project);
-        Opening opening(folder, result == OpenResult::cancelled ? "Cancel" : "Proceed");
+        Opening opening(folder);
         PrintCapture capture;
         std::string reason;
         EXPECT_EQ(opening.open(&reason), result);
