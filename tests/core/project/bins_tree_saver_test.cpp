@@ -48,29 +48,23 @@ struct Project {
     BinsTreeSaver saver{dir.str(), *root};
 };
 
-// How many nodes of the tree are marked as changed, and how many there are.
-std::pair<long, std::size_t> changed(BinsTreeEntry& root) {
+// How many nodes of the tree are marked as changed.
+long changed(BinsTreeEntry& root) {
     auto nodes = root.flatten();
-    return {std::count_if(nodes.begin(), nodes.end(), [](auto* node) { return node->identity().hasChanged; }),
-            nodes.size()};
+    return std::count_if(nodes.begin(), nodes.end(), [](auto* node) { return node->identity().hasChanged; });
 }
 
 } // namespace
 
 TEST(BinsTreeSaver, FoldersAreNamedAfterNodesAndASecondSaveWritesNothing) {
     Project p;
-    ASSERT_TRUE(p.saver.saveAll((p.dir.path / "copy").string(), *p.root, nullptr));
-    EXPECT_EQ(listTree(p.dir.path / "copy"), expectedFiles(*p.root));
-    EXPECT_EQ(changed(*p.root).first, static_cast<long>(changed(*p.root).second));
-    fs::remove_all(p.dir.path / "copy");
-
     Notifications notes;
     ASSERT_TRUE(p.saver.saveItem(*p.root, &notes));
     EXPECT_TRUE(notes.empty());
     EXPECT_EQ(listTree(p.dir.path), expectedFiles(*p.root));
     EXPECT_EQ(*p.saver.folderOf(*p.day1->children[0]),
               (p.dir.path / folderName(*p.day1) / folderName(*p.day1->children[0])).string());
-    EXPECT_EQ(changed(*p.root).first, 0);
+    EXPECT_EQ(changed(*p.root), 0);
     auto before = fileTimes(p.dir.path);
     ASSERT_TRUE(p.saver.saveItem(*p.root, nullptr));
     EXPECT_FALSE(p.saver.wroteSomething());
@@ -125,7 +119,7 @@ TEST(BinsTreeSaver, UserSessionLeavesDiskMatchingTheTree) {
     ASSERT_TRUE(reloaded && reloaded->bin);
     EXPECT_EQ(reloaded->bin->displayName(), "Interviews final");
     EXPECT_EQ(reloaded->bin->table()->data.size(), 2u);
-    EXPECT_EQ(changed(*loaded).first, 0);
+    EXPECT_EQ(changed(*loaded), 0);
 }
 
 TEST(BinsTreeSaver, NodeOutsideTheTreeIsReported) {
