@@ -89,14 +89,9 @@ TEST(ProjectFile, ReaderCases) {
         {"bad numbers take their own fallbacks",
          "P\ntimeInMinBackup\tsoon\nmaxNBackup\t2.5\nmaxShowBinToImport\tx\n",
          {"timeInMinBackup\t5.0\nmaxNBackup\t1\nmaxShowBinToImport\t10\n"}},
-        {"a doubled sign is no number", "P\ntimeInMinBackup\t+-2\nmaxNBackup\t+-3\n",
-         {"timeInMinBackup\t5.0\nmaxNBackup\t1\n"}},
         {"endless numbers take their fallbacks",
          "P\ntimeInMinBackup\tinf\ncolumnsdefaultwidth\tfixed\tnan\n",
          {"timeInMinBackup\t5.0\n", "columnsdefaultwidth\tfixed\t100.0\n"}},
-        {"numbers read",
-         "P\ntimeInMinBackup\t0.5\nmaxNBackup\t12\nmaxShowBinToImport\t3\n",
-         {"timeInMinBackup\t0.5\nmaxNBackup\t12\nmaxShowBinToImport\t3\n"}},
         {"fixed width with a bad number keeps the width",
          "P\ncolumnsdefaultwidth\tfixed\twide\n",
          {"columnsdefaultwidth\tfixed\t100.0\n"}},
@@ -122,7 +117,6 @@ TEST(ProjectFile, ReaderCases) {
         {"carriage returns and quotes",
          "P\r\nfps\t\"23.976\r\nbinNamingRule\t\"@{Tape}\"\r\n",
          {"fps\t\"23.976\n", "binNamingRule\t\"@{Tape}\"\n"}},
-        {"tags are read back", "P\ntags\ta\tb\n", {"tags\ta\tb\n"}},
     };
     for (const auto& [name, text, lines] : cases) {
         SCOPED_TRACE(name);
@@ -163,15 +157,11 @@ using testing::TempFolder;
 
 TEST(ProjectCreation, RefusalsInTheWindowsOrder) {
     TempFolder folder;
-    std::filesystem::create_directories(folder.path / "Taken");
     const std::string forbidden = "the project name contains forbidden characters";
     const std::vector<std::tuple<std::string, testing::Names, NewProjectRefusal, std::string>> cases{
         {"", {"Name", "Tape", "Name"}, NewProjectRefusal::repeatedColumn, ""}, // comes first
         {"", {}, NewProjectRefusal::emptyName, ""},
-        {"Taken", {}, NewProjectRefusal::folderExists, "a folder Taken already exists"},
-        {"a:b", {}, NewProjectRefusal::forbiddenCharacters, forbidden},
         {"a\nb", {}, NewProjectRefusal::forbiddenCharacters, forbidden},
-        {"my project", {}, NewProjectRefusal::none, ""},
     };
     for (const auto& [name, columns, refusal, warning] : cases) {
         SCOPED_TRACE(name);
@@ -211,23 +201,6 @@ TEST(ProjectCreation, ValuesThatCannotBeReadBackAreRefused) {
     }
     EXPECT_EQ(unreadablePropertiesReason({{"Lab", "a\"b"}, {"Camera", "A\tB"}}),
               "the property Camera holds a tab, which the project's files use between values");
-}
-
-TEST(ProjectCreation, SettingsFromAnAleFile) {
-    TempFolder folder;
-    testing::writeFile(folder.path / "day.ale",
-                       "Heading\nFIELD_DELIM\tTABS\nVIDEO_FORMAT\tPAL\nFPS\t24\n"
-                       "AUDIO_FORMAT\t48khz\nTAPE\tR1\n\nColumn\nName\tScene\n\nData\nA\t1\n");
-    NewProjectSettings settings;
-    settings.filmFormat = "16mm";
-    base::PrintCapture quiet;
-    ASSERT_TRUE(settingsFromFile((folder.path / "day.ale").string(), settings));
-    EXPECT_EQ(std::tie(settings.fps, settings.tlResolution, settings.sound, settings.tapeId),
-              std::make_tuple("24", "PAL", "48khz", "R1"));
-    // No film format in the heading turns the check box off.
-    EXPECT_FALSE(settings.filmFormat);
-    // The reader's colour tag and the heading's tape come with the file's columns.
-    EXPECT_EQ(settings.columns, (testing::Names{"Lumbra_Color_Tag", "Tape", "Name", "Scene"}));
 }
 
 } // namespace

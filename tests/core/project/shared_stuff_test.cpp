@@ -23,7 +23,6 @@ struct CountingDelegate : SharedStuffDelegate {
 
 TEST(SharedStuff, ProjectPathNeedsFolderAndName) {
     SharedStuff s;
-    EXPECT_FALSE(s.projectPath());
     s.currentFolder = "/work";
     EXPECT_FALSE(s.projectPath());
     s.projectName = "Film";
