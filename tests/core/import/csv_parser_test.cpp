@@ -44,7 +44,8 @@ TEST(CsvParser, FirstLineIndexFallsBackAndSeesQuotes) {
 }
 
 TEST(CsvParser, ColumnsAndRows) {
-    const CsvOptions single{.delimiter = U'\''}, standard{.standard_csv = true};
+    const CsvOptions single{.delimiter = U'\''}, standard{.standard_csv = true}, bar{.separator = U'\u00A6'};
+    const CsvOptions flat{.ignore_oriented_quotes = true}, semiStd{.separator = U';', .standard_csv = true};
     const struct {
         std::string name;
         std::string text;
@@ -52,7 +53,7 @@ TEST(CsvParser, ColumnsAndRows) {
         std::string expected;
         std::size_t notices = 0;
     } cases[] = {
-        {"empty names and repeats", "Name,,,Tape,Tape,Tape\n", {}, "Name|NoName|NoName_2|Tape|Tape_2|Tape_3", 1},
+        {"unnamed and repeated", "Name,,,Tape,Tape,Tape\n", {}, "Name|NoName|NoName_2|Tape|Tape_2|Tape_3", 1},
         {"a repeat skips a taken number", "A_2,A,A\n", {}, "A_2|A|A_3"},
         {"blanks, tabs and separators trimmed at both ends", " ,\tName,Tape, ,\t\n", {}, "Name|Tape"},
         {"quotes are gone, so a quoted separator splits", "\"Name, first\",Tape\n", {}, "Name| first|Tape"},
@@ -60,14 +61,8 @@ TEST(CsvParser, ColumnsAndRows) {
         {"semicolon", "Name;Tape,Reel\n", {.separator = U';'}, "Name|Tape,Reel"},
         {"no line feed: one line, columns only", "Name,Tape", {}, "Name|Tape"},
         {"nothing at all", "", {}, "NoName", 1},
-        {"custom first line on the last line: columns only",
-         "A,B\n1,2",
-         {.first_line = Style::custom, .first_line_number = 2},
-         "1|2"},
-        {"custom first line past the end: empty table",
-         "A,B\n1,2",
-         {.first_line = Style::custom, .first_line_number = 9},
-         ""},
+        {"custom: the last line", "A,B\n1,2", {.first_line = Style::custom, .first_line_number = 2}, "1|2"},
+        {"custom: past the end", "A,B\n1,2", {.first_line = Style::custom, .first_line_number = 9}, ""},
         {"short rows and empty fields leave keys unset", "A,B,C\n1\n1,,3\n", {}, "A|B|C [A=1] [A=1|C=3]"},
         {"empty rows vanish", "A,B\n,\n\n\n1,2\n,,,\n", {.first_line = Style::first}, "A|B [A=1|B=2]"},
         {"long rows add numbered columns past the taken ones",
@@ -83,27 +78,16 @@ TEST(CsvParser, ColumnsAndRows) {
          "A|B [A=it's,x\n2,3\n]"},
         {"one delimiter alone is kept", "A,B\n1,'\n", single, "A|B [A=1|B='\n]"},
         {"a pair of delimiters is an empty value", "A,B\n'',x\n''\n", single, "A|B [A=|B=x]"},
-        {"curly quotes keep separators and line feeds, and stay",
-         "A,B\n1,\u201Cx, y\nz\u201D\n",
-         {},
-         "A|B [A=1|B=\u201Cx, y\nz\u201D]"},
-        {"curly quotes ignored",
-         "A,B\n1,\u201Cx, y\nz\u201D\n",
-         {.ignore_oriented_quotes = true},
-         "A|B|newcol_001 [A=1|B=\u201Cx|newcol_001= y] [A=z\u201D]",
-         2},
-        {"a separator outside ASCII",
-         "A\u00A6B\n1\u00A62\u00A6\n",
-         {.separator = U'\u00A6'},
-         "A|B [A=1|B=2]"},
+        {"curly quotes stay", "A,B\n1,\u201Cx, y\nz\u201D\n", {}, "A|B [A=1|B=\u201Cx, y\nz\u201D]"},
+        {"curly quotes ignored", "A,B\n1,\u201Cx, y\nz\u201D\n", flat,
+         "A|B|newcol_001 [A=1|B=\u201Cx|newcol_001= y] [A=z\u201D]", 2},
+        {"a separator outside ASCII", "A\u00A6B\n1\u00A62\u00A6\n", bar, "A|B [A=1|B=2]"},
         {"tab", "A\tB\n1,5\t2\n", {.separator = U'\t'}, "A|B [A=1,5|B=2]"},
         {"standard CSV keeps quoted separators and line feeds, a doubled quote is one",
          "A,B,C\n\"Wide, establishing\",\"\"\"hero\"\"\",\"two\nlines\"\n", standard,
          "A|B|C [A=Wide, establishing|B=\"hero\"|C=two\nlines]"},
         {"standard CSV keeps quotes inside a field that does not begin with one",
-         "\"N,ame\";B\n5\" cut;\"x\"y\";\"\"\n",
-         {.separator = U';', .standard_csv = true},
-         "N,ame|B [N,ame=5\" cut|B=x\"y]"},
+         "\"N,ame\";B\n5\" cut;\"x\"y\";\"\"\n", semiStd, "N,ame|B [N,ame=5\" cut|B=x\"y]"},
         {"standard CSV: an unclosed quote runs to the end", "A,B\n1,\"open\n2,3\n", standard,
          "A|B [A=1|B=open\n2,3\n]"},
         {"long rows in standard CSV", "A\n1,\"2\"\n", standard, "A|newcol_001 [A=1|newcol_001=2]", 2},
@@ -194,7 +178,7 @@ TEST(CsvParser, FilesInOtherEncodings) {
     }
 }
 
-TEST(CsvParser, UnreadableFileGivesNoTable) {
+TEST(CsvParser, UnreadableFileGivesNoTableAndATsvFileAClipTable) {
     base::PrintCapture capture;
     const std::string missing = dataDir + "missing.csv";
     EXPECT_EQ(parseCSVFile(missing, nullptr, nullptr, nullptr), nullptr);
@@ -202,9 +186,7 @@ TEST(CsvParser, UnreadableFileGivesNoTable) {
     EXPECT_EQ(parseCSVFile(dataDir, nullptr, nullptr, nullptr), nullptr);
     EXPECT_EQ(readCSVAsALETable(missing, nullptr).failure,
               (ReadFailure{missing, "the file cannot be read", {}}));
-}
 
-TEST(CsvParser, TsvFileAsClipTable) {
     auto read = readCSVAsALETable(dataDir + "day1.tsv", nullptr);
     ASSERT_FALSE(read.failure);
     const auto& table = read.table;

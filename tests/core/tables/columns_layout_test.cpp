@@ -83,7 +83,7 @@ TEST(ColumnsLayout, ReadsHandWrittenFiles) {
     }
 }
 
-TEST(ColumnsLayout, SavesReadWidthsAsWrittenAndKeepsUuidAndTag) {
+TEST(ColumnsLayout, SavesReadWidthsAsWrittenKeepsUuidAndTagComparesByColumns) {
     TempDir first, second;
     writeLayoutFolder(first, "L", "U1", "L.layout", "L\nA\t100.1\nB\t33.3");
     ColumnsLayout reread("");
@@ -95,6 +95,9 @@ TEST(ColumnsLayout, SavesReadWidthsAsWrittenAndKeepsUuidAndTag) {
     ASSERT_TRUE(back.load(second.path(), nullptr));
     EXPECT_EQ(back.uuid(), "U1");
     EXPECT_EQ(back.tag, lumbra::base::Tag::blue);
+    // Layouts are equal by their columns in order, whatever their names.
+    EXPECT_EQ(back, ColumnsLayout("Other", {"A", "B"}));
+    EXPECT_FALSE(back == ColumnsLayout("L", {"B", "A"}) || back == ColumnsLayout("L", {"A"}));
 }
 
 TEST(ColumnsLayout, AFolderWithoutALayoutFileIsRefused) {
@@ -181,14 +184,7 @@ TEST(ColumnsLayout, ARenameLeavesOnlyTheNewFileAndASecondSaveNone) {
     EXPECT_EQ(notes[0].title, "Error saving layout");
 }
 
-TEST(ColumnsLayout, EqualByColumnsInOrderOnly) {
-    ColumnsLayout a("A", {"Name", "Start"});
-    EXPECT_EQ(a, ColumnsLayout("B", {"Name", "Start"}));
-    EXPECT_FALSE(a == ColumnsLayout("A", {"Start", "Name"}));
-    EXPECT_FALSE(a == ColumnsLayout("A", {"Name"}));
-}
-
-TEST(ProjectLayouts, SystemLayoutAlwaysHoldsItsTenColumns) {
+TEST(ProjectLayouts, SystemLayoutAlwaysHoldsItsTenColumnsAndSortIsStableInTextOrder) {
     const Names ten = {"Name",  "Start",   "End",     "Duration", "Tracks",
                        "Video", "ASC_SOP", "ASC_SAT", "Comments", "Lumbra_Color_Tag"};
     ProjectLayouts p;
@@ -197,6 +193,14 @@ TEST(ProjectLayouts, SystemLayoutAlwaysHoldsItsTenColumns) {
     system->columns.erase(system->columns.begin());
     EXPECT_EQ(p.systemLayout(), system);
     EXPECT_EQ(p.systemLayout()->columns, ten);
+
+    // Sorting is stable and in text order.
+    auto b1 = layout("b", {"1"}), b2 = layout("b", {"2"});
+    auto composed = layout("\xC3\xA9"), decomposed = layout("e\xCC\x81");
+    p.layouts = {b1, layout("a"), composed, layout("B"), b2, decomposed, layout("a10"), layout("a9")};
+    p.sortLayouts();
+    EXPECT_EQ(namesOf(p.layouts), (Names{"B", "a", "a10", "a9", "b", "b", "\xC3\xA9", "e\xCC\x81"}));
+    EXPECT_TRUE(p.layouts[4] == b1 && p.layouts[5] == b2 && p.layouts[6] == composed);
 }
 
 TEST(ProjectLayouts, UniqueNamesNeverUseTheBareBase) {
@@ -249,16 +253,4 @@ TEST(ProjectLayouts, LayoutNamedFindsByColumnsInAnyOrderOrMakesASortedLayoutWith
     // The made layout has the tag added, so the same list without it does not find it again.
     EXPECT_EQ(p.layoutNamed({"Name", "Tape"}, nullptr), "Lay_04");
     EXPECT_EQ(p.layoutNamed({"Name", "Name"}, nullptr), "Lay_05");
-}
-
-TEST(ProjectLayouts, SortIsStableInTextOrder) {
-    ProjectLayouts p;
-    auto b1 = layout("b", {"1"}), b2 = layout("b", {"2"});
-    auto composed = layout("\xC3\xA9"), decomposed = layout("e\xCC\x81");
-    p.layouts = {b1, layout("a"), composed, layout("B"), b2, decomposed, layout("a10"), layout("a9")};
-    p.sortLayouts();
-    EXPECT_EQ(namesOf(p.layouts), (Names{"B", "a", "a10", "a9", "b", "b", "\xC3\xA9", "e\xCC\x81"}));
-    EXPECT_EQ(p.layouts[4], b1);
-    EXPECT_EQ(p.layouts[5], b2);
-    EXPECT_EQ(p.layouts[6], composed);
 }
