@@ -50,11 +50,19 @@ void appendValue(std::string& out, std::string_view value, ValueForm form, std::
 
 void appendRow(std::string& out, const tables::RowData& row, const std::vector<tables::ColumnKey>& keys,
                std::string_view sep, ValueForm form) {
+    // A file's columns usually have rising keys, so one walk along the row's cells (kept in key order) finds
+    // every value; a key below the last one starts the walk again.
+    auto cell = row.begin();
     for (std::size_t i = 0; i < keys.size(); ++i) {
-        if (i > 0)
+        if (i > 0) {
             out.append(sep);
-        if (auto v = row.find(keys[i]))
-            appendValue(out, *v, form, sep);
+            if (keys[i] < keys[i - 1])
+                cell = row.begin();
+        }
+        while (cell != row.end() && cell->key < keys[i])
+            ++cell;
+        if (cell != row.end() && cell->key == keys[i])
+            appendValue(out, cell->value(), form, sep);
     }
 }
 
