@@ -89,7 +89,8 @@ TEST(EDLParser, TheClipTableTakesNameColumnsAndRowsOrNothing) {
     EXPECT_TRUE(capture.contains("ERROR WHILE READING FROM " + missing));
     ASSERT_EQ(notifications.size(), 1u);
     EXPECT_EQ(notifications[0].title, "Reading error");
-    EXPECT_EQ(readEDLAsALETable(missing, nullptr).failure, (ReadFailure{missing, "the file cannot be read", {}}));
+    EXPECT_EQ(readEDLAsALETable(missing, nullptr).failure,
+              (ReadFailure{missing, "the file cannot be read", {}}));
 }
 
 } // namespace
