@@ -136,7 +136,6 @@ private:
     void updateToolButtons();
     // The bin the bin commands act on: the list's selected bin, else the active one.
     [[nodiscard]] project::Bin* commandBin() const;
-    void logChooserFailure(bool cancelled);
     // A table file the background writer could not write: told to the user, its bin written again later.
     void tableWriteFailed(const std::string& path);
 
