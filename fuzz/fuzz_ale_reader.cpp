@@ -14,9 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     namespace base = lumbra::base;
     // The reader's warnings would flood the fuzzer's output.
     base::PrintCapture quiet;
-    std::string text(reinterpret_cast<const char*>(bytes), size);
-    if (!base::decodeText(text))
-        text = base::decodeLatin1(text);
+    std::string text = base::decodeFileBytes(std::string(reinterpret_cast<const char*>(bytes), size));
     auto read = import::parseALEText(std::move(text), "fuzz");
     std::string ale = import::aleText(*read.table, {}, false);
     std::string csv = import::csvText(*read.table, ",", true, {}, false);

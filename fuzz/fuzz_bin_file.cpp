@@ -27,9 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     namespace tables = lumbra::tables;
     namespace base = lumbra::base;
     base::PrintCapture quiet;
-    std::string text(reinterpret_cast<const char*>(bytes), size);
-    if (!base::decodeText(text))
-        text = base::decodeLatin1(text);
+    std::string text = base::decodeFileBytes(std::string(reinterpret_cast<const char*>(bytes), size));
     auto bin = newBin();
     lumbra::project::applyBinFileText(*bin, text);
     const std::string written = lumbra::project::binFileText(*bin);

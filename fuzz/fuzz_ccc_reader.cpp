@@ -13,9 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     namespace tables = lumbra::tables;
     namespace base = lumbra::base;
     base::PrintCapture quiet;
-    std::string text(reinterpret_cast<const char*>(bytes), size);
-    if (!base::decodeText(text))
-        text = base::decodeLatin1(text);
+    std::string text = base::decodeFileBytes(std::string(reinterpret_cast<const char*>(bytes), size));
     lumbra::tables::CCCTable table = lumbra::import::CCCParser::parseText(text);
     // Every row carries its three values; the SOP text always has its three pairs of brackets.
     for (const auto& entry : table.data) {

@@ -24,9 +24,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     options.standard_csv = (bytes[1] & 8) != 0;
     options.first_line = static_cast<base::FirstLineStyle>(bytes[2] % 5);
     options.first_line_number = static_cast<int>(bytes[2] / 5) - 3;
-    std::string text(reinterpret_cast<const char*>(bytes + 3), size - 3);
-    if (!base::decodeText(text))
-        text = base::decodeLatin1(text);
+    std::string text = base::decodeFileBytes(std::string(reinterpret_cast<const char*>(bytes + 3), size - 3));
     base::Notifications notices;
     for (int slider = 1; slider <= 4; ++slider)
         static_cast<void>(import::sheet::shortenedText(text, slider));

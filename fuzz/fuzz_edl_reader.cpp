@@ -14,9 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     namespace tables = lumbra::tables;
     namespace base = lumbra::base;
     base::PrintCapture quiet;
-    std::string text(reinterpret_cast<const char*>(bytes), size);
-    if (!base::decodeText(text))
-        text = base::decodeLatin1(text);
+    std::string text = base::decodeFileBytes(std::string(reinterpret_cast<const char*>(bytes), size));
     lumbra::tables::EDLTable table = lumbra::import::EDLParser(std::move(text)).parse();
     // Columns are named once each, and every row stands on an Id and a Name.
     if (std::set<std::string>(table.cols.begin(), table.cols.end()).size() != table.cols.size())

@@ -13,9 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     namespace tables = lumbra::tables;
     namespace base = lumbra::base;
     base::PrintCapture quiet;
-    std::string text(reinterpret_cast<const char*>(bytes), size);
-    if (!base::decodeText(text))
-        text = base::decodeLatin1(text);
+    std::string text = base::decodeFileBytes(std::string(reinterpret_cast<const char*>(bytes), size));
     base::collapseCrLf(text);
     lumbra::tables::MHLTable table = lumbra::import::MHLParser(std::move(text)).parse();
     // A column is named once, and no row holds a key that is not a column.

@@ -163,6 +163,12 @@ std::optional<std::string> readFileBytes(const std::string& path) {
     return bytes;
 }
 
+std::string decodeFileBytes(std::string bytes) {
+    if (decodeText(bytes))
+        return bytes;
+    return decodeLatin1(bytes);
+}
+
 std::optional<std::string> readTextFile(const std::string& path, Notifications* notifications) {
     auto bytes = readFileBytes(path);
     if (!bytes) {
@@ -171,9 +177,7 @@ std::optional<std::string> readTextFile(const std::string& path, Notifications* 
             notifications->emplace_back("Reading error", "Error reading file " + path, NotificationType::KO);
         return std::nullopt;
     }
-    if (decodeText(*bytes))
-        return bytes;
-    return decodeLatin1(*bytes);
+    return decodeFileBytes(std::move(*bytes));
 }
 
 bool writeFileAtomically(const std::string& path, std::string_view content) {

@@ -21,6 +21,9 @@ void collapseCrLf(std::string& text);
 // ISO Latin 1 bytes as UTF-8; line ends untouched.
 [[nodiscard]] std::string decodeLatin1(std::string_view bytes);
 
+// Bytes as a file reader takes them: decoded by decodeText, else read as Latin-1.
+[[nodiscard]] std::string decodeFileBytes(std::string bytes);
+
 // The file's text, decoded as above or else as ISO Latin 1; absent (with a message and a
 // "Reading error" notification) when the file cannot be read.
 [[nodiscard]] std::optional<std::string> readTextFile(const std::string& path,
